@@ -1,0 +1,223 @@
+#include "generic/generic.h"
+
+#include <algorithm>
+
+#include "zorvat/automation.h"
+#include "zorvat/error.h"
+#include "zorvat/format.h"
+#include "zorvat/hours.h"
+
+namespace zorvat::formats {
+namespace {
+
+constexpr std::string_view kExecuteSource = "zorvat.Generic.Execute";
+constexpr std::string_view kSetupSource = "zorvat.Generic.Setup";
+constexpr std::string_view kValidateSource = "zorvat.Generic.Validate";
+constexpr std::string_view kGetSeperatorSource = "zorvat.Generic.GetSeperator";
+constexpr std::string_view kCreateHeaderSource = "zorvat.Generic.CreateHeader";
+constexpr std::string_view kEmployeeRecordSource = "zorvat.Generic.EmployeeRecord";
+constexpr std::string_view kMin2HrsSource = "zorvat.Generic.Min2Hrs";
+constexpr std::string_view kLineTerminatorSource = "zorvat.Generic.LineTerminator";
+
+constexpr std::string_view kFileFilter = "Generic ASCII (*.TAB) | *.TAB";
+
+// The option labelled "Tab (0x09)" has always written four blanks, not a tab.
+constexpr std::string_view kTabOptionSeparator = "    ";
+
+constexpr std::string_view kTitles[] = {
+    "EXPORT ID",           "EmployeeNumber", "ShiftCode", "RegularHours", "FirstLevelOvertime",
+    "SecondLevelOvertime", "VACATION",       "HOLIDAY",   "SICK",         "OTHER"};
+constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
+
+const FormatPattern& employee_number_pattern() {
+  static const FormatPattern pattern("000000000");
+  return pattern;
+}
+const FormatPattern& shift_pattern() {
+  static const FormatPattern pattern("00");
+  return pattern;
+}
+const FormatPattern& hours_pattern() {
+  static const FormatPattern pattern("###0.00");
+  return pattern;
+}
+
+}  // namespace
+
+bool Generic::Execute(const Variant& pcTimeCards) {
+  return guarded(kExecuteSource, [&] {
+    separator_.reset();
+    terminator_.reset();
+    settings_ = SettingsFields(setup_data());
+
+    std::string text;
+    if (field_equals_number(settings_.at(kOutputFieldTitles), 1)) CreateHeader(text);
+
+    // Every card yields a line, in the collection's own order, also one with no time.
+    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, text); });
+
+    if (field_is_true(settings_.at(kRemoveBlanks))) std::erase(text, ' ');
+
+    if (!save_text({std::string(kFileFilter), {}}, text)) return false;
+    SetupData(settings_.join());
+    return true;
+  });
+}
+
+bool Generic::Setup() {
+  return guarded(kSetupSource, [&]() -> bool { raise_no_setup_form(); });
+}
+
+void Generic::Validate(std::string_view psProperty, Variant& pvValue) {
+  guarded(kValidateSource, [&] {
+    std::string property(psProperty);
+    std::transform(property.begin(), property.end(), property.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+    // No property has a rule: every name and value is accepted as it is.
+    static_cast<void>(pvValue);
+  });
+}
+
+void Generic::run_check() {
+  Variant value{std::string()};
+  Validate("", value);
+}
+
+std::string Generic::GetSeperator() {
+  if (separator_) return *separator_;
+  return guarded(kGetSeperatorSource, [&] {
+    const SettingsFields fields(setup_data());
+    std::string separator;
+    if (field_is_true(fields.at(kSeparatorTab)))
+      separator = kTabOptionSeparator;
+    else if (field_is_true(fields.at(kSeparatorComma)))
+      separator = ",";
+    else if (field_is_true(fields.at(kSeparatorSlash)))
+      separator = "/";
+    else if (field_is_true(fields.at(kSeparatorSemiColon)))
+      separator = ";";
+    else if (field_is_true(fields.at(kSeparatorCustom)))
+      separator = fields.at(kCustomSeparatorText);
+    separator_ = separator;
+    return separator;
+  });
+}
+
+std::string Generic::LineTerminator() {
+  if (terminator_) return *terminator_;
+  return guarded(kLineTerminatorSource, [&] {
+    const SettingsFields fields(setup_data());
+    const double choice = to_double(Variant(fields.at(kLineTerminator)));
+    std::string terminator;
+    if (choice == 0)
+      terminator = "\r\n";
+    else if (choice == 1)
+      terminator = "\r";
+    else if (choice == 2)
+      terminator = "\n";
+    else if (choice == 3)
+      terminator = "\n\r";
+    terminator_ = terminator;
+    return terminator;
+  });
+}
+
+bool Generic::quoting() const {
+  return field_equals_number(settings_.at(kInsertQuotes), 1);
+}
+
+void Generic::append_field(std::string& text, std::string_view field) {
+  if (quoting()) {
+    text.push_back('"');
+    text += field;
+    text.push_back('"');
+  } else {
+    text += field;
+  }
+}
+
+void Generic::CreateHeader(std::string& text) {
+  guarded(kCreateHeaderSource, [&] {
+    const std::string separator = GetSeperator();
+    bool first = true;
+    auto title = [&](std::string_view name) {
+      if (!first) text += separator;
+      first = false;
+      append_field(text, name);
+    };
+    for (std::string_view name : kTitles) title(name);
+    if (field_equals_number(settings_.at(kIncludeEmployeeInformation), 1)) {
+      if (field_equals_number(settings_.at(kIncludeFullName), 1)) {
+        title("FullName");
+      } else {
+        title("LastName");
+        title("FirstName");
+      }
+      title("BadgeNumber");
+    }
+    text += LineTerminator();
+  });
+}
+
+void Generic::EmployeeRecord(const Variant& card, std::string& text) {
+  guarded(kEmployeeRecordSource, [&] {
+    const std::string separator = GetSeperator();
+    const bool quote = quoting();
+    bool first = true;
+    // Each field is written in line order: separator, opening quote, value, quote.
+    auto open_field = [&] {
+      if (!first) text += separator;
+      first = false;
+      if (quote) text.push_back('"');
+    };
+    auto close_field = [&] {
+      if (quote) text.push_back('"');
+    };
+    auto text_field = [&](const Variant& value) {
+      open_field();
+      text += to_concat_text(value);
+      close_field();
+    };
+    auto pattern_field = [&](const FormatPattern& pattern, const Variant& value) {
+      open_field();
+      pattern.append_to(text, value);
+      close_field();
+    };
+
+    text_field(get_property(card, "ExportID"));
+    pattern_field(employee_number_pattern(), get_property(card, "Number"));
+    pattern_field(shift_pattern(), get_property(card, "Shift"));
+    for (std::string_view category : kHourProperties) {
+      const double hours = Min2Hrs(to_double(get_property(card, category)));
+      open_field();
+      hours_pattern().append_to(text, hours);
+      close_field();
+    }
+    if (field_equals_number(settings_.at(kIncludeEmployeeInformation), 1)) {
+      if (field_equals_number(settings_.at(kIncludeFullName), 1)) {
+        std::string full_name = to_concat_text(get_property(card, "FirstName"));
+        full_name += ' ';
+        full_name += to_concat_text(get_property(card, "MI"));
+        full_name += ' ';
+        full_name += to_concat_text(get_property(card, "LastName"));
+        open_field();
+        text += full_name;
+        close_field();
+      } else {
+        text_field(get_property(card, "LastName"));
+        text_field(get_property(card, "FirstName"));
+      }
+      // The last column is titled "BadgeNumber" in both modes, but only the quoted
+      // layout has ever carried the badge; the unquoted one repeats the employee
+      // number, unformatted. Payroll imports built on either layout depend on it.
+      text_field(get_property(card, quote ? "Badge" : "Number"));
+    }
+    text += LineTerminator();
+  });
+}
+
+double Generic::Min2Hrs(double minutes) {
+  return hours::minutes_to_hours(minutes, kMin2HrsSource);
+}
+
+}  // namespace zorvat::formats

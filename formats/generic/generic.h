@@ -1,0 +1,63 @@
+// Generic: a plain delimited ASCII file, one line per time card, for any payroll
+// system that reads such a file. Its twelve settings choose quoting, a title line,
+// removal of blanks, employee columns, the field separator and the line terminator.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "zorvat/export_class.h"
+#include "zorvat/settings.h"
+
+namespace zorvat::formats {
+
+class Generic final : public ExportClass {
+ public:
+  // Positions in SetupData.
+  enum Position : std::size_t {
+    kInsertQuotes = 0,
+    kOutputFieldTitles = 1,
+    kRemoveBlanks = 2,
+    kIncludeEmployeeInformation = 3,
+    kIncludeFullName = 4,
+    kSeparatorTab = 5,
+    kSeparatorComma = 6,
+    kSeparatorSlash = 7,
+    kSeparatorSemiColon = 8,
+    kSeparatorCustom = 9,
+    kCustomSeparatorText = 10,
+    kLineTerminator = 11,
+  };
+  static constexpr std::size_t kFieldCount = 12;
+
+  explicit Generic(ExportContext context) : ExportClass(context) {}
+
+  std::string_view class_name() const override { return "Generic"; }
+
+  bool Execute(const Variant& pcTimeCards) override;
+  bool Setup() override;
+  // Accepts every property and value: nothing is checked, nothing changes.
+  void Validate(std::string_view psProperty, Variant& pvValue);
+
+  void run_check() override;
+  std::string_view check_method_name() const override { return "Validate"; }
+
+ private:
+  std::string GetSeperator();
+  void CreateHeader(std::string& text);
+  void EmployeeRecord(const Variant& card, std::string& text);
+  double Min2Hrs(double minutes);
+  std::string LineTerminator();
+
+  bool quoting() const;
+  void append_field(std::string& text, std::string_view field);
+
+  SettingsFields settings_;
+  // Separator and terminator depend only on SetupData, which does not change while a
+  // file is built, so each is worked out on first use and kept for the export.
+  std::optional<std::string> separator_;
+  std::optional<std::string> terminator_;
+};
+
+}  // namespace zorvat::formats

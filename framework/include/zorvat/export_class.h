@@ -1,0 +1,94 @@
+// The export class contract: what every export format class owes the host.
+//
+// The host creates a class by its ProgID ("zorvat.Generic"), assigns SetupData,
+// optionally calls Setup, runs the class's check method, calls Execute with the time
+// cards and reads SetupData back when Setup or Execute returned True. Errors are
+// raised (zorvat::Error), never returned.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zorvat/ui_services.h"
+#include "zorvat/variant.h"
+
+namespace zorvat {
+
+inline constexpr std::string_view kProgIdPrefix = "zorvat.";
+inline constexpr std::string_view kHelpFile = "HORALISHELP.HLP";
+inline constexpr std::string_view kNoFileNameSelected = "No file name selected!";
+
+class ExportClass {
+ public:
+  explicit ExportClass(ExportContext context) : context_(context) {}
+  virtual ~ExportClass() = default;
+  ExportClass(const ExportClass&) = delete;
+  ExportClass& operator=(const ExportClass&) = delete;
+
+  // The class name ("Generic"); the ProgID is "zorvat." followed by it.
+  virtual std::string_view class_name() const = 0;
+  std::string prog_id() const { return std::string(kProgIdPrefix) + std::string(class_name()); }
+
+  // Title: a read-write data member with no code behind it; no export reads it
+  // (IntuitPAC takes its edition from it).
+  std::string Title;
+
+  // SetupData: the settings string; get returns a copy, let stores a copy, with no
+  // validation on assignment.
+  std::string SetupData() const { return setup_data_; }
+  void SetupData(std::string value) { setup_data_ = std::move(value); }
+
+  // Exports the time cards (an automation collection); True when a file was written.
+  virtual bool Execute(const Variant& pcTimeCards) = 0;
+  // Shows the setup form; True when the user saved.
+  virtual bool Setup() = 0;
+
+  // The check method as the host calls it before an export: ValidateSetupData on
+  // the current settings, or Generic's Validate with an empty name and value.
+  virtual void run_check() = 0;
+  // The check method's name ("ValidateSetupData" or "Validate").
+  virtual std::string_view check_method_name() const { return "ValidateSetupData"; }
+
+ protected:
+  ExportContext& context() { return context_; }
+  const std::string& setup_data() const { return setup_data_; }
+
+  // "zorvat.<Class>.<procedure>", the source a procedure re-raises with.
+  std::string source_of(std::string_view procedure) const;
+
+  // The shared file step: asks for the output path with the Save dialog; returns
+  // false (nothing written) when the user cancels, or after "No file name selected!"
+  // for an empty name; otherwise writes `text` as the whole file and returns true.
+  bool save_text(const SaveDialogRequest& request, std::string_view text);
+
+  // Answer of Setup on a host that cannot show forms.
+  [[noreturn]] void raise_no_setup_form() const;
+
+ private:
+  ExportContext context_;
+  std::string setup_data_;
+};
+
+using ExportFactory = std::function<std::unique_ptr<ExportClass>(ExportContext)>;
+
+// The creatable classes, by class name or ProgID (matched without regard to case).
+class ExportRegistry {
+ public:
+  void add(std::string class_name, ExportFactory factory);
+  // nullptr for an unknown name.
+  std::unique_ptr<ExportClass> create(std::string_view name_or_prog_id,
+                                      ExportContext context) const;
+  std::vector<std::string> class_names() const;
+
+ private:
+  struct Entry {
+    std::string class_name;
+    ExportFactory factory;
+  };
+  std::vector<Entry> entries_;
+};
+
+}  // namespace zorvat

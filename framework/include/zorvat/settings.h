@@ -1,0 +1,46 @@
+// The settings string (SetupData): fields joined with "," and addressed by position
+// from 0. There is no quoting and no escape, so a field never holds a comma.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zorvat {
+
+class SettingsFields {
+ public:
+  SettingsFields() = default;
+  // Splits at every ","; an empty string has no fields at all (upper bound -1),
+  // while "," has two empty ones.
+  explicit SettingsFields(std::string_view setup);
+
+  std::size_t size() const { return fields_.size(); }
+  // The upper bound of the split: the last position, -1 when there is no field.
+  long upper_bound() const { return static_cast<long>(fields_.size()) - 1; }
+
+  // The field at `position`; raises 9 "Subscript out of range" past the end.
+  const std::string& at(std::size_t position) const;
+  std::string& at(std::size_t position);
+
+  // The fields joined with "," again: the normalised settings string.
+  std::string join() const;
+
+  const std::vector<std::string>& fields() const { return fields_; }
+
+ private:
+  std::vector<std::string> fields_;
+};
+
+// The comparisons the classes make on a field.
+//
+// `field_equals_number(field, 1)`: the field converted to a number equals `number`
+// (13 Type mismatch when the field is not numeric).
+bool field_equals_number(std::string_view field, double number);
+// `field_is_true(field)`: the field converted to a Boolean is True. Option buttons
+// store "True"/"False"; check boxes "1"/"0" also count, so a checked box is True.
+// Other text raises 13 Type mismatch.
+bool field_is_true(std::string_view field);
+
+}  // namespace zorvat

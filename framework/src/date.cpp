@@ -1,0 +1,97 @@
+#include "zorvat/date.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace zorvat {
+namespace {
+
+// Days from 1970-01-01 to a proleptic Gregorian date (H. Hinnant's algorithm).
+constexpr long days_from_civil(long y, unsigned m, unsigned d) {
+  y -= m <= 2;
+  const long era = (y >= 0 ? y : y - 399) / 400;
+  const unsigned yoe = static_cast<unsigned>(y - era * 400);
+  const unsigned doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
+  const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+  return era * 146097 + static_cast<long>(doe) - 719468;
+}
+
+CivilDate civil_from_days(long z) {
+  z += 719468;
+  const long era = (z >= 0 ? z : z - 146096) / 146097;
+  const unsigned doe = static_cast<unsigned>(z - era * 146097);
+  const unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+  const long y = static_cast<long>(yoe) + era * 400;
+  const unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+  const unsigned mp = (5 * doy + 2) / 153;
+  const unsigned d = doy - (153 * mp + 2) / 5 + 1;
+  const unsigned m = mp < 10 ? mp + 3 : mp - 9;
+  return {static_cast<int>(y + (m <= 2)), static_cast<int>(m), static_cast<int>(d)};
+}
+
+// 1899-12-30, serial day 0.
+constexpr long kEpochDays = days_from_civil(1899, 12, 30);
+
+bool parse_int(std::string_view text, int& out) {
+  if (text.empty()) return false;
+  const auto* end = text.data() + text.size();
+  auto [ptr, ec] = std::from_chars(text.data(), end, out);
+  return ec == std::errc() && ptr == end;
+}
+
+}  // namespace
+
+bool is_valid_civil(int year, int month, int day) {
+  if (year < 100 || year > 9999 || month < 1 || month > 12 || day < 1) return false;
+  static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+  const int last = month == 2 && leap ? 29 : kDays[month - 1];
+  return day <= last;
+}
+
+Date Date::from_civil(int year, int month, int day) {
+  const long days = days_from_civil(year, static_cast<unsigned>(month), static_cast<unsigned>(day));
+  return Date{static_cast<double>(days - kEpochDays)};
+}
+
+CivilDate Date::civil() const {
+  // Negative serials count days backwards while the time of day still counts
+  // forwards, so the day is the integer part taken towards zero.
+  const double whole = std::trunc(serial);
+  return civil_from_days(static_cast<long>(whole) + kEpochDays);
+}
+
+int Date::seconds_of_day() const {
+  const double fraction = std::fabs(serial - std::trunc(serial));
+  return static_cast<int>(std::lround(fraction * 86400.0)) % 86400;
+}
+
+std::optional<Date> parse_iso_date(std::string_view text) {
+  if (text.size() != 10 || text[4] != '-' || text[7] != '-') return std::nullopt;
+  int year = 0, month = 0, day = 0;
+  if (!parse_int(text.substr(0, 4), year) || !parse_int(text.substr(5, 2), month) ||
+      !parse_int(text.substr(8, 2), day))
+    return std::nullopt;
+  if (!is_valid_civil(year, month, day)) return std::nullopt;
+  return Date::from_civil(year, month, day);
+}
+
+std::optional<Date> parse_date_text(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  if (auto iso = parse_iso_date(text)) return iso;
+  const auto first = text.find('/');
+  if (first == std::string_view::npos) return std::nullopt;
+  const auto second = text.find('/', first + 1);
+  if (second == std::string_view::npos) return std::nullopt;
+  int month = 0, day = 0, year = 0;
+  const auto year_text = text.substr(second + 1);
+  if (!parse_int(text.substr(0, first), month) ||
+      !parse_int(text.substr(first + 1, second - first - 1), day) || !parse_int(year_text, year))
+    return std::nullopt;
+  if (year_text.size() <= 2) year += year < 30 ? 2000 : 1900;
+  if (!is_valid_civil(year, month, day)) return std::nullopt;
+  return Date::from_civil(year, month, day);
+}
+
+}  // namespace zorvat

@@ -1,0 +1,49 @@
+#include "zorvat/settings.h"
+
+#include "zorvat/error.h"
+#include "zorvat/variant.h"
+
+namespace zorvat {
+
+SettingsFields::SettingsFields(std::string_view setup) {
+  if (setup.empty()) return;
+  std::size_t start = 0;
+  while (true) {
+    const std::size_t comma = setup.find(',', start);
+    if (comma == std::string_view::npos) {
+      fields_.emplace_back(setup.substr(start));
+      break;
+    }
+    fields_.emplace_back(setup.substr(start, comma - start));
+    start = comma + 1;
+  }
+}
+
+const std::string& SettingsFields::at(std::size_t position) const {
+  if (position >= fields_.size()) raise_runtime(rt::kSubscriptOutOfRange);
+  return fields_[position];
+}
+
+std::string& SettingsFields::at(std::size_t position) {
+  if (position >= fields_.size()) raise_runtime(rt::kSubscriptOutOfRange);
+  return fields_[position];
+}
+
+std::string SettingsFields::join() const {
+  std::string joined;
+  for (std::size_t i = 0; i < fields_.size(); ++i) {
+    if (i > 0) joined.push_back(',');
+    joined += fields_[i];
+  }
+  return joined;
+}
+
+bool field_equals_number(std::string_view field, double number) {
+  return to_double(Variant(field)) == number;
+}
+
+bool field_is_true(std::string_view field) {
+  return to_boolean(Variant(field));
+}
+
+}  // namespace zorvat

@@ -1,0 +1,295 @@
+#include "zorvat/variant.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+#include "zorvat/automation.h"
+#include "zorvat/error.h"
+
+namespace zorvat {
+namespace {
+
+bool iequals(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    char x = a[i], y = b[i];
+    if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
+    if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
+    if (x != y) return false;
+  }
+  return true;
+}
+
+bool is_blank(char c) {
+  return c == ' ' || c == '\t';
+}
+bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+std::string_view trim_blanks(std::string_view text) {
+  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+NumericParse parse_radix(std::string_view digits, int radix) {
+  if (digits.empty()) return {};
+  double value = 0.0;
+  for (char c : digits) {
+    int digit = -1;
+    if (is_digit(c))
+      digit = c - '0';
+    else if (radix == 16 && c >= 'a' && c <= 'f')
+      digit = c - 'a' + 10;
+    else if (radix == 16 && c >= 'A' && c <= 'F')
+      digit = c - 'A' + 10;
+    if (digit < 0 || digit >= radix) return {};
+    value = value * radix + digit;
+  }
+  if (value > 4294967295.0) return {NumericParse::Status::Overflow, 0.0};
+  return {NumericParse::Status::Ok, value};
+}
+
+std::string date_text(Date date) {
+  const CivilDate civil = date.civil();
+  std::string text = std::to_string(civil.month) + "/" + std::to_string(civil.day) + "/" +
+                     std::to_string(civil.year);
+  const int seconds = date.seconds_of_day();
+  if (seconds != 0) {
+    const int hour = seconds / 3600;
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, " %d:%02d:%02d %s", hour % 12 == 0 ? 12 : hour % 12,
+                  seconds / 60 % 60, seconds % 60, hour < 12 ? "AM" : "PM");
+    text += buffer;
+  }
+  return text;
+}
+
+[[noreturn]] void raise_null() {
+  raise_runtime(rt::kInvalidUseOfNull);
+}
+
+}  // namespace
+
+std::string_view type_name(Variant::Type type) {
+  switch (type) {
+    case Variant::Type::Empty:
+      return "Empty";
+    case Variant::Type::Null:
+      return "Null";
+    case Variant::Type::Boolean:
+      return "Boolean";
+    case Variant::Type::Long:
+      return "Long";
+    case Variant::Type::Double:
+      return "Double";
+    case Variant::Type::String:
+      return "String";
+    case Variant::Type::Date:
+      return "Date";
+    case Variant::Type::Object:
+      return "Object";
+  }
+  return "Unknown";
+}
+
+NumericParse parse_numeric(std::string_view text) {
+  text = trim_blanks(text);
+  if (text.size() > 2 && text[0] == '&') {
+    if (text[1] == 'H' || text[1] == 'h') return parse_radix(text.substr(2), 16);
+    if (text[1] == 'O' || text[1] == 'o') return parse_radix(text.substr(2), 8);
+    return {};
+  }
+  // Rebuild the number without group separators for the library parser.
+  std::string plain;
+  plain.reserve(text.size());
+  std::size_t i = 0;
+  if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
+    if (text[i] == '-') plain.push_back('-');
+    ++i;
+  }
+  int mantissa_digits = 0;
+  for (; i < text.size(); ++i) {
+    const char c = text[i];
+    if (is_digit(c)) {
+      plain.push_back(c);
+      ++mantissa_digits;
+    } else if (c == ',' && mantissa_digits > 0) {
+      continue;
+    } else {
+      break;
+    }
+  }
+  if (i < text.size() && text[i] == '.') {
+    plain.push_back('.');
+    for (++i; i < text.size() && is_digit(text[i]); ++i) {
+      plain.push_back(text[i]);
+      ++mantissa_digits;
+    }
+  }
+  if (mantissa_digits == 0) return {};
+  bool negative_exponent = false;
+  if (i < text.size() && (text[i] == 'e' || text[i] == 'E' || text[i] == 'd' || text[i] == 'D')) {
+    plain.push_back('e');
+    ++i;
+    if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
+      negative_exponent = text[i] == '-';
+      plain.push_back(text[i]);
+      ++i;
+    }
+    int exponent_digits = 0;
+    for (; i < text.size() && is_digit(text[i]); ++i, ++exponent_digits) plain.push_back(text[i]);
+    if (exponent_digits == 0) return {};
+  }
+  if (i != text.size()) return {};
+  double value = 0.0;
+  const char* begin = plain.data();
+  if (*begin == '-') ++begin;  // from_chars takes no sign of its own
+  const auto [end, ec] = std::from_chars(begin, plain.data() + plain.size(), value);
+  if (ec == std::errc::result_out_of_range) {
+    if (negative_exponent) return {NumericParse::Status::Ok, 0.0};
+    return {NumericParse::Status::Overflow, 0.0};
+  }
+  if (ec != std::errc() || end != plain.data() + plain.size()) return {};
+  return {NumericParse::Status::Ok, plain[0] == '-' ? -value : value};
+}
+
+std::string general_number_text(double value) {
+  if (value == 0.0) return "0";
+  char buffer[40];
+  std::snprintf(buffer, sizeof buffer, "%.15G", value);
+  return buffer;
+}
+
+double round_half_even(double value) {
+  return std::nearbyint(value);
+}
+
+std::int32_t double_to_long(double value) {
+  const double rounded = round_half_even(value);
+  if (!(rounded >= -2147483648.0 && rounded <= 2147483647.0)) raise_runtime(rt::kOverflow);
+  return static_cast<std::int32_t>(rounded);
+}
+
+std::int16_t double_to_integer(double value) {
+  const double rounded = round_half_even(value);
+  if (!(rounded >= -32768.0 && rounded <= 32767.0)) raise_runtime(rt::kOverflow);
+  return static_cast<std::int16_t>(rounded);
+}
+
+double to_double(const Variant& value) {
+  switch (value.type()) {
+    case Variant::Type::Empty:
+      return 0.0;
+    case Variant::Type::Null:
+      raise_null();
+    case Variant::Type::Boolean:
+      return value.as_boolean() ? -1.0 : 0.0;
+    case Variant::Type::Long:
+      return value.as_long();
+    case Variant::Type::Double:
+      return value.as_double();
+    case Variant::Type::Date:
+      return value.as_date().serial;
+    case Variant::Type::String: {
+      const NumericParse parsed = parse_numeric(value.as_string());
+      if (parsed.status == NumericParse::Status::Overflow) raise_runtime(rt::kOverflow);
+      if (parsed.status != NumericParse::Status::Ok) raise_runtime(rt::kTypeMismatch);
+      return parsed.value;
+    }
+    case Variant::Type::Object:
+      break;
+  }
+  raise_runtime(rt::kTypeMismatch);
+}
+
+std::int32_t to_long(const Variant& value) {
+  if (value.type() == Variant::Type::Long) return value.as_long();
+  return double_to_long(to_double(value));
+}
+
+std::int16_t to_integer(const Variant& value) {
+  return double_to_integer(to_double(value));
+}
+
+std::string to_text(const Variant& value) {
+  switch (value.type()) {
+    case Variant::Type::Empty:
+      return {};
+    case Variant::Type::Null:
+      raise_null();
+    case Variant::Type::Boolean:
+      return value.as_boolean() ? "True" : "False";
+    case Variant::Type::Long:
+      return std::to_string(value.as_long());
+    case Variant::Type::Double:
+      return general_number_text(value.as_double());
+    case Variant::Type::String:
+      return value.as_string();
+    case Variant::Type::Date:
+      return date_text(value.as_date());
+    case Variant::Type::Object:
+      break;
+  }
+  raise_runtime(rt::kTypeMismatch);
+}
+
+std::string to_concat_text(const Variant& value) {
+  return value.is_null() ? std::string() : to_text(value);
+}
+
+Date to_date(const Variant& value) {
+  switch (value.type()) {
+    case Variant::Type::Null:
+      raise_null();
+    case Variant::Type::Date:
+      return value.as_date();
+    case Variant::Type::String:
+      if (auto date = parse_date_text(value.as_string())) return *date;
+      raise_runtime(rt::kTypeMismatch);
+    case Variant::Type::Object:
+      raise_runtime(rt::kTypeMismatch);
+    default: {
+      const double serial = to_double(value);
+      // The automation date range: years 100 to 9999.
+      if (!(serial >= -657434.0 && serial < 2958466.0)) raise_runtime(rt::kOverflow);
+      return Date{serial};
+    }
+  }
+}
+
+bool to_boolean(const Variant& value) {
+  switch (value.type()) {
+    case Variant::Type::Null:
+      raise_null();
+    case Variant::Type::Boolean:
+      return value.as_boolean();
+    case Variant::Type::String: {
+      const std::string_view text = trim_blanks(value.as_string());
+      if (iequals(text, "True")) return true;
+      if (iequals(text, "False")) return false;
+      return to_double(value) != 0.0;
+    }
+    default:
+      return to_double(value) != 0.0;
+  }
+}
+
+bool is_numeric(const Variant& value) {
+  switch (value.type()) {
+    case Variant::Type::Empty:
+    case Variant::Type::Boolean:
+    case Variant::Type::Long:
+    case Variant::Type::Double:
+      return true;
+    case Variant::Type::String:
+      return parse_numeric(value.as_string()).status == NumericParse::Status::Ok;
+    default:
+      return false;
+  }
+}
+
+}  // namespace zorvat

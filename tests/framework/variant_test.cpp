@@ -1,0 +1,134 @@
+#include "zorvat/variant.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "zorvat/error.h"
+
+namespace zorvat {
+namespace {
+
+template <class F>
+long error_number_of(F&& f) {
+  try {
+    f();
+  } catch (const Error& error) {
+    return error.number();
+  }
+  return 0;
+}
+
+TEST(Variant, HoldsTheHostSubtypes) {
+  EXPECT_EQ(Variant().type(), Variant::Type::Empty);
+  EXPECT_EQ(Variant::null().type(), Variant::Type::Null);
+  EXPECT_EQ(Variant(true).type(), Variant::Type::Boolean);
+  EXPECT_EQ(Variant(std::int32_t{5}).type(), Variant::Type::Long);
+  EXPECT_EQ(Variant(5.5).type(), Variant::Type::Double);
+  EXPECT_EQ(Variant("x").type(), Variant::Type::String);
+  EXPECT_EQ(Variant(Date{1.0}).type(), Variant::Type::Date);
+  EXPECT_EQ(Variant(ObjectRef{}).type(), Variant::Type::Object);
+}
+
+TEST(Variant, ToLongRoundsHalfToEven) {
+  EXPECT_EQ(to_long(Variant(2.5)), 2);
+  EXPECT_EQ(to_long(Variant(3.5)), 4);
+  EXPECT_EQ(to_long(Variant(-2.5)), -2);
+  EXPECT_EQ(to_long(Variant(-3.5)), -4);
+  EXPECT_EQ(to_long(Variant(2.4999)), 2);
+  EXPECT_EQ(to_long(Variant("2.5")), 2);
+  EXPECT_EQ(to_long(Variant(" 7 ")), 7);
+  EXPECT_EQ(to_long(Variant(2147483647.4)), 2147483647);
+  EXPECT_EQ(to_long(Variant(-2147483648.5)), std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(to_long(Variant(true)), -1);
+  EXPECT_EQ(to_long(Variant()), 0);
+}
+
+TEST(Variant, ToLongOverflows) {
+  EXPECT_EQ(error_number_of([] { to_long(Variant(2147483647.5)); }), rt::kOverflow);
+  EXPECT_EQ(error_number_of([] { to_long(Variant(-2147483649.0)); }), rt::kOverflow);
+  EXPECT_EQ(error_number_of([] { to_long(Variant("1e10")); }), rt::kOverflow);
+}
+
+TEST(Variant, ToIntegerRoundsAndOverflowsAt16Bits) {
+  EXPECT_EQ(to_integer(Variant(32766.5)), 32766);
+  EXPECT_EQ(to_integer(Variant(-32768.5)), -32768);
+  EXPECT_EQ(to_integer(Variant(std::int32_t{32767})), 32767);
+  EXPECT_EQ(error_number_of([] { to_integer(Variant(32767.5)); }), rt::kOverflow);
+  EXPECT_EQ(error_number_of([] { to_integer(Variant(std::int32_t{32768})); }), rt::kOverflow);
+  EXPECT_EQ(error_number_of([] { to_integer(Variant(-32769.0)); }), rt::kOverflow);
+}
+
+TEST(Variant, ToDoubleFollowsTheClassicRules) {
+  EXPECT_EQ(to_double(Variant()), 0.0);
+  EXPECT_EQ(to_double(Variant(true)), -1.0);
+  EXPECT_EQ(to_double(Variant("1.5")), 1.5);
+  EXPECT_EQ(to_double(Variant("-1.5e3")), -1500.0);
+  EXPECT_EQ(to_double(Variant("1D2")), 100.0);
+  EXPECT_EQ(to_double(Variant("&H1F")), 31.0);
+  EXPECT_EQ(to_double(Variant("&O17")), 15.0);
+  EXPECT_EQ(to_double(Variant(Date::from_civil(2004, 3, 6))), 38052.0);
+  EXPECT_EQ(error_number_of([] { to_double(Variant("abc")); }), rt::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { to_double(Variant("")); }), rt::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { to_double(Variant::null()); }), rt::kInvalidUseOfNull);
+  EXPECT_EQ(error_number_of([] { to_double(Variant("1e400")); }), rt::kOverflow);
+  EXPECT_EQ(error_number_of([] { to_double(Variant(ObjectRef{})); }), rt::kTypeMismatch);
+}
+
+TEST(Variant, ToTextUsesTheGeneralNumberForm) {
+  EXPECT_EQ(to_text(Variant(1.5)), "1.5");
+  EXPECT_EQ(to_text(Variant(0.1 + 0.2)), "0.3");
+  EXPECT_EQ(to_text(Variant(1e15)), "1E+15");
+  EXPECT_EQ(to_text(Variant(123456789012345.0)), "123456789012345");
+  EXPECT_EQ(to_text(Variant(0.00001)), "1E-05");
+  EXPECT_EQ(to_text(Variant(0.0001)), "0.0001");
+  EXPECT_EQ(to_text(Variant(-0.0)), "0");
+  EXPECT_EQ(to_text(Variant(std::int32_t{-42})), "-42");
+  EXPECT_EQ(to_text(Variant(true)), "True");
+  EXPECT_EQ(to_text(Variant()), "");
+  EXPECT_EQ(to_text(Variant(Date::from_civil(2004, 3, 6))), "3/6/2004");
+  EXPECT_EQ(to_concat_text(Variant::null()), "");
+  EXPECT_EQ(error_number_of([] { to_text(Variant::null()); }), rt::kInvalidUseOfNull);
+}
+
+TEST(Variant, ToDateAcceptsDatesNumbersAndDateText) {
+  const Date march6 = Date::from_civil(2004, 3, 6);
+  EXPECT_EQ(to_date(Variant(march6)), march6);
+  EXPECT_EQ(to_date(Variant("2004-03-06")), march6);
+  EXPECT_EQ(to_date(Variant("3/6/04")), march6);
+  EXPECT_EQ(to_date(Variant(38052.0)), march6);
+  EXPECT_EQ(error_number_of([] { to_date(Variant("someday")); }), rt::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { to_date(Variant(1e9)); }), rt::kOverflow);
+}
+
+TEST(Variant, ToBooleanAcceptsTrueFalseAndNumbers) {
+  EXPECT_TRUE(to_boolean(Variant("True")));
+  EXPECT_TRUE(to_boolean(Variant("TRUE")));
+  EXPECT_FALSE(to_boolean(Variant("false")));
+  EXPECT_TRUE(to_boolean(Variant("1")));
+  EXPECT_FALSE(to_boolean(Variant("0")));
+  EXPECT_TRUE(to_boolean(Variant(-1.0)));
+  EXPECT_EQ(error_number_of([] { to_boolean(Variant("yes")); }), rt::kTypeMismatch);
+}
+
+TEST(Variant, IsNumericFollowsTheClassicTest) {
+  EXPECT_TRUE(is_numeric(Variant("12")));
+  EXPECT_TRUE(is_numeric(Variant(" 12 ")));
+  EXPECT_TRUE(is_numeric(Variant("-1.5e3")));
+  EXPECT_TRUE(is_numeric(Variant("12.5")));
+  EXPECT_TRUE(is_numeric(Variant(".5")));
+  EXPECT_TRUE(is_numeric(Variant("&H1F")));
+  EXPECT_TRUE(is_numeric(Variant()));
+  EXPECT_TRUE(is_numeric(Variant(3.0)));
+  EXPECT_FALSE(is_numeric(Variant("")));
+  EXPECT_FALSE(is_numeric(Variant(" ")));
+  EXPECT_FALSE(is_numeric(Variant("abc")));
+  EXPECT_FALSE(is_numeric(Variant("1.2.3")));
+  EXPECT_FALSE(is_numeric(Variant("1e")));
+  EXPECT_FALSE(is_numeric(Variant(".")));
+  EXPECT_FALSE(is_numeric(Variant::null()));
+  EXPECT_FALSE(is_numeric(Variant(Date{1.0})));
+}
+
+}  // namespace
+}  // namespace zorvat
