@@ -1,0 +1,26 @@
+// The `zorvat` command: runs one export class as the time-and-attendance host does.
+//
+//   zorvat export CLASS --cards FILE [--setup TEXT] [--title TEXT] [--out PATH]
+//                       [--today YYYY-MM-DD] [--json]
+//   zorvat validate CLASS [--setup TEXT] [--title TEXT] [--json]
+//   zorvat classes
+//
+// Exit status: 0 Execute returned True (validate: the settings passed), 1 it returned
+// False, 2 usage error (bad arguments, unreadable or malformed cards file), 3 an error
+// was raised.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace zorvat::cli {
+
+enum ExitStatus { kSucceeded = 0, kReturnedFalse = 1, kUsageError = 2, kErrorRaised = 3 };
+
+// Runs the command with `args` (without the program name). `out` and `err` are the
+// standard streams; the terminal decides whether the Save dialog may prompt.
+int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+        bool interactive);
+
+}  // namespace zorvat::cli

@@ -1,0 +1,37 @@
+// Time cards from a JSON file, offered to the classes through the late-bound view.
+//
+//   {"PeriodEnd": "2004-03-06",
+//    "cards": [{"ExportID": "E100", "Number": 315, "REG": 2400, ...,
+//               "Days": [{"DayDate": "2004-03-01", "Hours": 480, ...}]}]}
+//
+// Values keep their JSON type, as the host's Variants do: integral numbers in the
+// 32-bit range are Longs, other numbers Doubles, text stays text (numeric or not),
+// true/false are Booleans, null is Null, arrays and objects are objects. "PeriodEnd",
+// "PeriodStart" and "DayDate" are ISO dates and reach the classes as Dates. A
+// property that is absent stays absent: reading it raises 438.
+//
+// The document is parsed once into a compact tape and read in place; nothing is
+// copied per card, so a million cards load in a fraction of a second.
+#pragma once
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "zorvat/variant.h"
+
+namespace zorvat::cli {
+
+// A cards file that cannot be used: unreadable, not JSON, or not in the layout above.
+// The message names the file and the place.
+class CardsFileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Loads and checks a cards file; the result holds the time-card collection.
+Variant load_cards_file(const std::string& path);
+// The same from JSON text in memory; `name` stands for the file in messages.
+Variant load_cards_json(std::string json, const std::string& name = "<memory>");
+
+}  // namespace zorvat::cli
