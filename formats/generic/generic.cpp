@@ -48,6 +48,9 @@ bool Generic::Execute(const Variant& pcTimeCards) {
   return guarded(kExecuteSource, [&] {
     separator_.reset();
     terminator_.reset();
+    quoting_.reset();
+    include_employee_information_.reset();
+    include_full_name_.reset();
     settings_ = SettingsFields(setup_data());
 
     std::string text;
@@ -122,8 +125,25 @@ std::string Generic::LineTerminator() {
   });
 }
 
-bool Generic::quoting() const {
-  return field_equals_number(settings_.at(kInsertQuotes), 1);
+namespace {
+
+bool cached_test(std::optional<bool>& cache, const SettingsFields& settings, std::size_t position) {
+  if (!cache) cache = field_equals_number(settings.at(position), 1);
+  return *cache;
+}
+
+}  // namespace
+
+bool Generic::quoting() {
+  return cached_test(quoting_, settings_, kInsertQuotes);
+}
+
+bool Generic::include_employee_information() {
+  return cached_test(include_employee_information_, settings_, kIncludeEmployeeInformation);
+}
+
+bool Generic::include_full_name() {
+  return cached_test(include_full_name_, settings_, kIncludeFullName);
 }
 
 void Generic::append_field(std::string& text, std::string_view field) {
@@ -146,8 +166,8 @@ void Generic::CreateHeader(std::string& text) {
       append_field(text, name);
     };
     for (std::string_view name : kTitles) title(name);
-    if (field_equals_number(settings_.at(kIncludeEmployeeInformation), 1)) {
-      if (field_equals_number(settings_.at(kIncludeFullName), 1)) {
+    if (include_employee_information()) {
+      if (include_full_name()) {
         title("FullName");
       } else {
         title("LastName");
@@ -161,7 +181,7 @@ void Generic::CreateHeader(std::string& text) {
 
 void Generic::EmployeeRecord(const Variant& card, std::string& text) {
   guarded(kEmployeeRecordSource, [&] {
-    const std::string separator = GetSeperator();
+    const std::string& separator = GetSeperator();
     const bool quote = quoting();
     bool first = true;
     // Each field is written in line order: separator, opening quote, value, quote.
@@ -193,8 +213,8 @@ void Generic::EmployeeRecord(const Variant& card, std::string& text) {
       hours_pattern().append_to(text, hours);
       close_field();
     }
-    if (field_equals_number(settings_.at(kIncludeEmployeeInformation), 1)) {
-      if (field_equals_number(settings_.at(kIncludeFullName), 1)) {
+    if (include_employee_information()) {
+      if (include_full_name()) {
         std::string full_name = to_concat_text(get_property(card, "FirstName"));
         full_name += ' ';
         full_name += to_concat_text(get_property(card, "MI"));

@@ -50,14 +50,21 @@ class Generic final : public ExportClass {
   double Min2Hrs(double minutes);
   std::string LineTerminator();
 
-  bool quoting() const;
+  // The settings tests a record makes, each worked out on first use.
+  bool quoting();
+  bool include_employee_information();
+  bool include_full_name();
   void append_field(std::string& text, std::string_view field);
 
   SettingsFields settings_;
-  // Separator and terminator depend only on SetupData, which does not change while a
-  // file is built, so each is worked out on first use and kept for the export.
+  // Separator, terminator and the record's settings tests depend only on SetupData,
+  // which does not change while a file is built, so each is worked out on first use
+  // (raising then, if it must) and kept for the rest of the export.
   std::optional<std::string> separator_;
   std::optional<std::string> terminator_;
+  std::optional<bool> quoting_;
+  std::optional<bool> include_employee_information_;
+  std::optional<bool> include_full_name_;
 };
 
 }  // namespace zorvat::formats

@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 
 #include "zorvat/error.h"
@@ -296,6 +297,36 @@ Decimal to_decimal(double magnitude) {
   return decimal;
 }
 
+// The common case without the general decimal conversion: when the value scaled to
+// the wanted decimal places is well clear of a tie, taking it to 15 significant
+// digits first cannot move it across the tie, so rounding the scaled double gives
+// the same digits. Returns false when the slow, exact path must decide.
+bool to_rounded_decimal_fast(double magnitude, int places, Decimal& decimal) {
+  static constexpr double kScale[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
+  if (places < 0 || places > 4 || !(magnitude < 1e12)) return false;
+  const double scaled = magnitude * kScale[places];
+  const double whole = std::floor(scaled);
+  const double fraction = scaled - whole;
+  // Room for the 15-digit rounding and the error of the multiplication.
+  const double margin = scaled * 1e-13 + 1e-9;
+  if (std::fabs(fraction - 0.5) <= margin) return false;
+  auto number = static_cast<std::uint64_t>(whole) + (fraction > 0.5 ? 1 : 0);
+  char buffer[24];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, number);
+  const int length = static_cast<int>(result.ptr - buffer);
+  if (number == 0) {
+    decimal.count = 0;
+    decimal.point = 0;
+    return true;
+  }
+  decimal.count = length;
+  for (int i = 0; i < length; ++i) decimal.digits[static_cast<std::size_t>(i)] = buffer[i];
+  decimal.point = length - places;
+  while (decimal.count > 0 && decimal.digits[static_cast<std::size_t>(decimal.count - 1)] == '0')
+    --decimal.count;
+  return true;
+}
+
 // Rounds to `places` digits after the point, half away from zero on the digits.
 void round_decimal(Decimal& decimal, int places) {
   const int keep = decimal.point + places;
@@ -334,9 +365,13 @@ char digit_at(const Decimal& decimal, int index) {
 
 void render_number(std::string& out, const Section& section, double value, bool write_sign) {
   const bool negative = value < 0.0;
-  Decimal decimal = to_decimal(std::fabs(value));
-  if (section.percent && decimal.count > 0) decimal.point += 2;
-  round_decimal(decimal, section.fraction_places);
+  Decimal decimal;
+  if (section.percent ||
+      !to_rounded_decimal_fast(std::fabs(value), section.fraction_places, decimal)) {
+    decimal = to_decimal(std::fabs(value));
+    if (section.percent && decimal.count > 0) decimal.point += 2;
+    round_decimal(decimal, section.fraction_places);
+  }
 
   // Whole digits, without leading zeros, then zero-padded to the forced places.
   std::string whole;

@@ -145,3 +145,48 @@ TEST(Format, AppendsToExistingText) {
 
 }  // namespace
 }  // namespace zorvat
+
+namespace zorvat {
+namespace {
+
+// An independent check of hour formatting: minutes / 60 rounded with exact integer
+// arithmetic, half away from zero, then laid out by hand.
+std::string hours_by_integers(long minutes, int places, bool leading_zero) {
+  const long scale = places == 2 ? 100 : 1;
+  const long magnitude = minutes < 0 ? -minutes : minutes;
+  const long rounded = (magnitude * scale * 2 + 60) / 120;  // half away from zero
+  std::string whole = std::to_string(rounded / scale);
+  if (whole == "0" && !leading_zero) whole.clear();
+  std::string text = (minutes < 0 ? "-" : "") + whole;
+  if (places == 2) {
+    const long cents = rounded % 100;
+    text += "." + std::string(cents < 10 ? "0" : "") + std::to_string(cents);
+  }
+  return text;
+}
+
+TEST(Format, HourPatternsAgreeWithExactArithmeticForEveryMinuteCount) {
+  const FormatPattern hours("###0.00"), bare("#####.00"), whole("##0");
+  std::string out;
+  for (long minutes = -200000; minutes <= 200000; ++minutes) {
+    const double value = static_cast<double>(minutes) / 60.0;
+    out.clear();
+    hours.append_to(out, value);
+    ASSERT_EQ(out, hours_by_integers(minutes, 2, true)) << minutes;
+    out.clear();
+    bare.append_to(out, value);
+    ASSERT_EQ(out, hours_by_integers(minutes, 2, false)) << minutes;
+    out.clear();
+    whole.append_to(out, value);
+    ASSERT_EQ(out, hours_by_integers(minutes, 0, true)) << minutes;
+  }
+}
+
+TEST(Format, LargeHourValuesKeepEveryDigit) {
+  EXPECT_EQ(format(Variant(123456789012.345), "###0.00"), "123456789012.35");
+  EXPECT_EQ(format(Variant(1e13 / 60.0), "###0.00"), "166666666666.67");
+  EXPECT_EQ(format(Variant(2147483647.0 / 60.0 * 100.0), "00000000000"), "03579139412");
+}
+
+}  // namespace
+}  // namespace zorvat

@@ -2,10 +2,9 @@
 // argument and result type and in rounding; the differences show in the files, so
 // each class picks the conversion that is its own and passes its own error source
 // ("zorvat.Generic.Min2Hrs"). All arithmetic is double precision: minutes / 60.0, and
-// hundredths as that quotient x 100.0. Whole results round half to even. After the
-// operation the floating-point status is checked: an invalid operation or overflow
-// raises 6 "Overflow", a division by zero 11; a result outside the 32-bit range
-// raises 6 "Overflow".
+// hundredths as that quotient x 100.0. Whole results round half to even. A result
+// that is not finite (a floating-point overflow or invalid operand) raises
+// 6 "Overflow", and so does a whole result outside the 32-bit range.
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,110 @@
+// Runs every case of the conformance corpus through the `zorvat` command, exactly as a
+// user would call it, and compares exit status, settings, messages, error and the
+// bytes of the written file with the case.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "process.h"
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+namespace {
+
+std::string read_bytes(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
+}
+
+std::vector<fs::path> corpus_cases() {
+  std::vector<fs::path> cases;
+  for (const auto& entry : fs::recursive_directory_iterator(ZORVAT_CORPUS_DIR))
+    if (entry.is_regular_file() && entry.path().filename() == "case.json")
+      cases.push_back(entry.path().parent_path());
+  std::sort(cases.begin(), cases.end());
+  return cases;
+}
+
+std::string case_name(const testing::TestParamInfo<fs::path>& info) {
+  std::string name = fs::relative(info.param, ZORVAT_CORPUS_DIR).generic_string();
+  for (char& c : name)
+    if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+  return name;
+}
+
+// Shows unprintable bytes, so a wrong CR or blank is visible in a failure.
+std::string visible(const std::string& bytes) {
+  std::string shown;
+  for (unsigned char c : bytes) {
+    if (c == '\r') shown += "\\r";
+    else if (c == '\n') shown += "\\n\n";
+    else if (c < 32 || c > 126) {
+      char hex[8];
+      std::snprintf(hex, sizeof hex, "\\x%02X", c);
+      shown += hex;
+    } else shown.push_back(static_cast<char>(c));
+  }
+  return shown;
+}
+
+class Corpus : public testing::TestWithParam<fs::path> {
+ protected:
+  void SetUp() override {
+    work_ = fs::temp_directory_path() / ("zorvat-corpus-" + std::to_string(::getpid()) + "-" +
+                                         case_name({GetParam(), 0}));
+    fs::remove_all(work_);
+    fs::create_directories(work_);
+  }
+  void TearDown() override { fs::remove_all(work_); }
+  fs::path work_;
+};
+
+TEST_P(Corpus, CommandLineHostMatches) {
+  const fs::path dir = GetParam();
+  const json spec = json::parse(read_bytes(dir / "case.json"));
+  const json& expect = spec.at("expect");
+  const std::string command = spec.value("command", "export");
+
+  std::vector<std::string> argv = {ZORVAT_CLI, command, spec.at("class").get<std::string>(),
+                                   "--setup", spec.value("setup", ""), "--title",
+                                   spec.value("title", ""), "--json"};
+  const fs::path written = work_ / "export.out";
+  if (command == "export") {
+    argv.insert(argv.end(), {"--cards", (dir / spec.value("cards", "cards.json")).string(),
+                             "--today", spec.value("today", "2004-03-08")});
+    const std::string save = spec.value("save", "file");
+    if (save == "file") argv.insert(argv.end(), {"--out", written.string()});
+    else if (save == "empty") argv.insert(argv.end(), {"--out", ""});
+    else ASSERT_EQ(save, "cancel") << "unknown save answer";
+  }
+
+  const auto result = zorvat::testing_support::run_process(argv);
+  ASSERT_EQ(result.exit_code, expect.at("exit").get<int>()) << result.out << result.err;
+  const json report = json::parse(result.out);
+  EXPECT_EQ(report.at("setupData"), expect.at("setupData"));
+  EXPECT_EQ(report.at("messages"), expect.value("messages", json::array()));
+  EXPECT_EQ(report.at("error"), expect.value("error", json()));
+  EXPECT_EQ(report.at("result").get<bool>(), expect.at("exit").get<int>() == 0);
+
+  const json& file = expect.at("file");
+  if (file.is_null()) {
+    EXPECT_TRUE(report.at("file").is_null());
+    EXPECT_FALSE(fs::exists(written)) << "a file was written";
+  } else {
+    ASSERT_TRUE(fs::exists(written)) << "no file written";
+    EXPECT_EQ(report.at("file"), written.string());
+    const std::string expected = read_bytes(dir / file.get<std::string>());
+    const std::string actual = read_bytes(written);
+    EXPECT_EQ(actual, expected) << "--- written:\n" << visible(actual) << "\n--- expected:\n" << visible(expected);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Corpus, testing::ValuesIn(corpus_cases()), case_name);
+
+}  // namespace
