@@ -115,7 +115,11 @@ void BM_GenericCore(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(files.contents.size()));
   state.SetComplexityN(n);
 }
-BENCHMARK(BM_GenericCore)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+BENCHMARK(BM_GenericCore)
+    ->RangeMultiplier(10)
+    ->Range(1000, 1000000)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity(benchmark::oN);
 
 #ifdef ZORVAT_CLI
 
@@ -136,10 +140,13 @@ const fs::path& cards_file(int n) {
   for (int i = 0; i < n; ++i) {
     out << (i ? ",\n" : "") << "{\"ExportID\": \"E" << 100000 + i << "\", \"Number\": " << i + 1
         << ", \"Shift\": " << i % 3 + 1 << ", \"REG\": " << 2400 + i % 97
-        << ", \"OT1\": " << (i % 5 == 0 ? 90 : 0) << ", \"OT2\": 0, \"VAC\": " << (i % 11 == 0 ? 480 : 0)
+        << ", \"OT1\": " << (i % 5 == 0 ? 90 : 0)
+        << ", \"OT2\": 0, \"VAC\": " << (i % 11 == 0 ? 480 : 0)
         << ", \"HOL\": 0, \"SIC\": " << (i % 13 == 0 ? 240 : 0)
-        << ", \"OTH\": 0, \"FirstName\": \"Ann\", \"MI\": \"\", \"LastName\": \"Lee\", \"Badge\": \""
-        << i + 1 << "\", \"EditREG\": 0, \"EditOT1\": 0, \"EditOT2\": 0, \"PeriodStart\": \"2004-02-29\", "
+        << ", \"OTH\": 0, \"FirstName\": \"Ann\", \"MI\": \"\", \"LastName\": \"Lee\", \"Badge\": "
+           "\""
+        << i + 1
+        << "\", \"EditREG\": 0, \"EditOT1\": 0, \"EditOT2\": 0, \"PeriodStart\": \"2004-02-29\", "
         << "\"Days\": []}";
   }
   out << "\n]}\n";
@@ -161,13 +168,18 @@ void BM_GenericJsonToFile(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * n);
   state.SetComplexityN(n);
 }
-BENCHMARK(BM_GenericJsonToFile)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond)->Complexity(benchmark::oN);
+BENCHMARK(BM_GenericJsonToFile)
+    ->RangeMultiplier(10)
+    ->Range(1000, 1000000)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity(benchmark::oN);
 
 void BM_CliEndToEnd(benchmark::State& state) {
   const int n = static_cast<int>(state.range(0));
   const std::string input = cards_file(n).string();
   const std::string output = (bench_dir() / "cli.tab").string();
-  std::vector<std::string> argv = {ZORVAT_CLI, "export", "Generic", "--cards", input, "--setup", kSetup, "--out", output};
+  std::vector<std::string> argv = {ZORVAT_CLI, "export", "Generic", "--cards", input,
+                                   "--setup",  kSetup,   "--out",   output};
   std::vector<char*> args;
   for (auto& arg : argv) args.push_back(arg.data());
   args.push_back(nullptr);
@@ -198,7 +210,12 @@ void BM_CliEndToEnd(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * n);
   state.SetComplexityN(n);
 }
-BENCHMARK(BM_CliEndToEnd)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond)->UseRealTime()->Complexity(benchmark::oN);
+BENCHMARK(BM_CliEndToEnd)
+    ->RangeMultiplier(10)
+    ->Range(1000, 1000000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Complexity(benchmark::oN);
 
 #endif
 

@@ -20,9 +20,9 @@ const std::string kSetup = "0,0,0,0,0,False,True,False,False,False,,2";
 class CommandLine : public testing::Test {
  protected:
   void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("zorvat-cli-" + std::to_string(::getpid()) + "-" +
-            testing::UnitTest::GetInstance()->current_test_info()->name());
+    dir_ =
+        fs::temp_directory_path() / ("zorvat-cli-" + std::to_string(::getpid()) + "-" +
+                                     testing::UnitTest::GetInstance()->current_test_info()->name());
     fs::remove_all(dir_);
     fs::create_directories(dir_);
   }
@@ -85,7 +85,8 @@ TEST_F(CommandLine, RaisedErrorIsOneLineOnStderr) {
 
 TEST_F(CommandLine, JsonReportHasEveryFieldInOrder) {
   const std::string out = (dir_ / "x.tab").string();
-  const auto r = zorvat({"export", "Generic", "--cards", kCards, "--setup", kSetup, "--out", out, "--json"});
+  const auto r =
+      zorvat({"export", "Generic", "--cards", kCards, "--setup", kSetup, "--out", out, "--json"});
   EXPECT_EQ(r.exit_code, 0);
   EXPECT_EQ(r.out, "{\"result\":true,\"setupData\":\"" + kSetup + "\",\"file\":\"" + out +
                        "\",\"messages\":[],\"error\":null}\n");
@@ -166,11 +167,11 @@ TEST_F(CommandLine, LayoutErrorsNameThePlace) {
 TEST_F(CommandLine, ValuesKeepTheirJsonTypes) {
   // Number as text keeps its leading zeros where the class writes it unformatted;
   // a number with a fraction reaches the class as a double.
-  const std::string path = write(
-      "types.json",
-      "{\"cards\": [{\"ExportID\": 12, \"Number\": \"007\", \"Shift\": 2.0, \"REG\": 90.0, "
-      "\"OT1\": \"30\", \"OT2\": 0, \"VAC\": 0, \"HOL\": 0, \"SIC\": 0, \"OTH\": 3000000000, "
-      "\"FirstName\": \"A\", \"MI\": null, \"LastName\": \"B\", \"Badge\": 9}]}");
+  const std::string path =
+      write("types.json",
+            "{\"cards\": [{\"ExportID\": 12, \"Number\": \"007\", \"Shift\": 2.0, \"REG\": 90.0, "
+            "\"OT1\": \"30\", \"OT2\": 0, \"VAC\": 0, \"HOL\": 0, \"SIC\": 0, \"OTH\": 3000000000, "
+            "\"FirstName\": \"A\", \"MI\": null, \"LastName\": \"B\", \"Badge\": 9}]}");
   const std::string out = (dir_ / "t.tab").string();
   const auto r = zorvat({"export", "Generic", "--cards", path, "--setup",
                          "0,0,0,1,1,False,True,False,False,False,,2", "--out", out});
@@ -197,16 +198,19 @@ TEST_F(CommandLine, ClassesListsTheProgIds) {
 
 TEST_F(CommandLine, ExportOfTheBundledSamplePeriod) {
   const std::string out = (dir_ / "sample.tab").string();
-  const auto r = zorvat({"export", "Generic", "--cards", std::string(ZORVAT_SOURCE_DIR) + "/examples/sample-period.json",
-                         "--setup", "0,1,0,1,0,False,True,False,False,False,,0", "--out", out});
+  const auto r = zorvat({"export", "Generic", "--cards",
+                         std::string(ZORVAT_SOURCE_DIR) + "/examples/sample-period.json", "--setup",
+                         "0,1,0,1,0,False,True,False,False,False,,0", "--out", out});
   ASSERT_EQ(r.exit_code, 0) << r.err;
   const std::string text = read(out);
   // A title line and twelve employee lines, each ended by CR LF.
   std::size_t lines = 0;
-  for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at + 2)) ++lines;
+  for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at + 2))
+    ++lines;
   EXPECT_EQ(lines, 13u);
-  EXPECT_NE(text.find("\r\nE107,000002004,02,0.00,0.00,0.00,40.00,0.00,0.00,0.00,Tanaka,Hiro,2004\r\n"),
-            std::string::npos);
+  EXPECT_NE(
+      text.find("\r\nE107,000002004,02,0.00,0.00,0.00,40.00,0.00,0.00,0.00,Tanaka,Hiro,2004\r\n"),
+      std::string::npos);
 }
 
 }  // namespace

@@ -42,13 +42,16 @@ std::string case_name(const testing::TestParamInfo<fs::path>& info) {
 std::string visible(const std::string& bytes) {
   std::string shown;
   for (unsigned char c : bytes) {
-    if (c == '\r') shown += "\\r";
-    else if (c == '\n') shown += "\\n\n";
+    if (c == '\r')
+      shown += "\\r";
+    else if (c == '\n')
+      shown += "\\n\n";
     else if (c < 32 || c > 126) {
       char hex[8];
       std::snprintf(hex, sizeof hex, "\\x%02X", c);
       shown += hex;
-    } else shown.push_back(static_cast<char>(c));
+    } else
+      shown.push_back(static_cast<char>(c));
   }
   return shown;
 }
@@ -56,8 +59,8 @@ std::string visible(const std::string& bytes) {
 class Corpus : public testing::TestWithParam<fs::path> {
  protected:
   void SetUp() override {
-    work_ = fs::temp_directory_path() / ("zorvat-corpus-" + std::to_string(::getpid()) + "-" +
-                                         case_name({GetParam(), 0}));
+    work_ = fs::temp_directory_path() /
+            ("zorvat-corpus-" + std::to_string(::getpid()) + "-" + case_name({GetParam(), 0}));
     fs::remove_all(work_);
     fs::create_directories(work_);
   }
@@ -71,17 +74,25 @@ TEST_P(Corpus, CommandLineHostMatches) {
   const json& expect = spec.at("expect");
   const std::string command = spec.value("command", "export");
 
-  std::vector<std::string> argv = {ZORVAT_CLI, command, spec.at("class").get<std::string>(),
-                                   "--setup", spec.value("setup", ""), "--title",
-                                   spec.value("title", ""), "--json"};
+  std::vector<std::string> argv = {ZORVAT_CLI,
+                                   command,
+                                   spec.at("class").get<std::string>(),
+                                   "--setup",
+                                   spec.value("setup", ""),
+                                   "--title",
+                                   spec.value("title", ""),
+                                   "--json"};
   const fs::path written = work_ / "export.out";
   if (command == "export") {
     argv.insert(argv.end(), {"--cards", (dir / spec.value("cards", "cards.json")).string(),
                              "--today", spec.value("today", "2004-03-08")});
     const std::string save = spec.value("save", "file");
-    if (save == "file") argv.insert(argv.end(), {"--out", written.string()});
-    else if (save == "empty") argv.insert(argv.end(), {"--out", ""});
-    else ASSERT_EQ(save, "cancel") << "unknown save answer";
+    if (save == "file")
+      argv.insert(argv.end(), {"--out", written.string()});
+    else if (save == "empty")
+      argv.insert(argv.end(), {"--out", ""});
+    else
+      ASSERT_EQ(save, "cancel") << "unknown save answer";
   }
 
   const auto result = zorvat::testing_support::run_process(argv);
@@ -101,7 +112,9 @@ TEST_P(Corpus, CommandLineHostMatches) {
     EXPECT_EQ(report.at("file"), written.string());
     const std::string expected = read_bytes(dir / file.get<std::string>());
     const std::string actual = read_bytes(written);
-    EXPECT_EQ(actual, expected) << "--- written:\n" << visible(actual) << "\n--- expected:\n" << visible(expected);
+    EXPECT_EQ(actual, expected) << "--- written:\n"
+                                << visible(actual) << "\n--- expected:\n"
+                                << visible(expected);
   }
 }
 
