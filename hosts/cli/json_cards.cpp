@@ -2,201 +2,289 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
 #include <nlohmann/json.hpp>
+#include <unordered_map>
+#include <vector>
 
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#if defined(__unix__) || defined(__APPLE__)
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#define ZORVAT_HAVE_MMAP 1
+#else
+#define ZORVAT_HAVE_MMAP 0
+#endif
+
+// How the cards are held: every value of the file is one 16-byte cell in one array.
+// An object is a run of cells (one per field, each naming its key by a number from the
+// table of distinct names); an array is a run of element cells; text lives in one
+// arena. A card of twenty-odd properties costs about 400 bytes however long its names,
+// against several times that for a general JSON document tree.
+//
+// The file is parsed in pieces of a few megabytes: a light scanner finds the top-level
+// fields and the card boundaries, and simdjson parses each piece of cards, which is
+// turned into cells and dropped. So the parse never holds more than one piece's tree.
+
 namespace zorvat::cli {
 namespace {
 
-using simdjson::dom::element;
-using simdjson::dom::element_type;
-
-bool iequals(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    char x = a[i], y = b[i];
-    if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
-    if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
-    if (x != y) return false;
-  }
-  return true;
+char fold(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-bool is_date_property(std::string_view key) {
-  return iequals(key, "PeriodEnd") || iequals(key, "PeriodStart") || iequals(key, "DayDate");
+std::string folded(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(), fold);
+  return result;
 }
 
-// Owns the parsed document; every object handed out keeps it alive.
-struct Document {
-  simdjson::dom::parser parser;
-  element root;
+enum class Kind : std::uint8_t { Long, Double, Text, Date, Boolean, Null, Object, Array };
+
+struct Cell {
+  std::uint32_t key = 0;  // the field's name in the key table; 0 for array elements
+  Kind kind = Kind::Null;
+  union {
+    std::int32_t long_value;
+    double number;  // Double, and the serial day of a Date
+    bool boolean;
+    struct {
+      std::uint32_t first;  // Text: offset in the arena; Object/Array: first cell
+      std::uint32_t count;  // Text: length; Object/Array: number of cells
+    } span;
+  };
+  Cell() : number(0.0) {}
 };
-using DocumentRef = std::shared_ptr<const Document>;
+static_assert(sizeof(Cell) == 16);
 
-Variant to_variant(const DocumentRef& document, std::string_view key, element value);
+struct TransparentHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const {
+    return std::hash<std::string_view>{}(text);
+  }
+};
 
-class JsonArray final : public AutomationObject {
+class Store {
  public:
-  JsonArray(DocumentRef document, simdjson::dom::array array)
-      : document_(std::move(document)), array_(array) {}
+  std::vector<Cell> cells;
+  std::string text;
+  Cell top;  // the top-level object
+
+  std::uint32_t key_id(std::string_view name) {
+    // Every card repeats the same few names: a small table by a cheap hash answers
+    // before the general map is asked.
+    auto& slot = key_cache_[quick_hash(name) % key_cache_.size()];
+    if (slot.id != kNone && slot.text == name) return slot.id;
+    std::uint32_t id = kNone;
+    if (auto found = ids_.find(name); found != ids_.end()) {
+      id = found->second;
+    } else {
+      id = add_key(name);
+    }
+    slot = {std::string(name), id};
+    return id;
+  }
+  bool is_date_key(std::uint32_t key) const { return flags_[key] & kDateKey; }
+  bool is_days_key(std::uint32_t key) const { return flags_[key] & kDaysKey; }
+
+ private:
+  static std::size_t quick_hash(std::string_view name) {
+    std::size_t hash = name.size();
+    for (char c : name) hash = hash * 31 + static_cast<unsigned char>(c);
+    return hash;
+  }
+
+  std::uint32_t add_key(std::string_view name) {
+    const auto id = static_cast<std::uint32_t>(names_.size());
+    names_.emplace_back(name);
+    ids_.emplace(std::string(name), id);
+    const std::string fold_name = folded(name);
+    auto [fold_entry, added] =
+        folded_ids_.emplace(fold_name, static_cast<std::uint32_t>(folded_of_.size()));
+    static_cast<void>(added);
+    folded_of_.push_back(fold_entry->second);
+    flags_.push_back(static_cast<std::uint8_t>(
+        (fold_name == "periodend" || fold_name == "periodstart" || fold_name == "daydate" ? kDateKey
+                                                                                          : 0) |
+        (fold_name == "days" ? kDaysKey : 0)));
+    return id;
+  }
+
+ public:
+  // The key and folded key a property name stands for; false when no object of the
+  // file has a field of that name, in any case.
+  bool lookup(std::string_view name, std::uint32_t& exact, std::uint32_t& fold_id) const {
+    // The classes ask for the same few names over and over, by the same constants:
+    // the answers are remembered by the name's address and confirmed by its text.
+    // (Objects run on one thread, the host's, so the cache needs no lock.)
+    const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(name.data()));
+    auto& slot = cache_[(address * 0x9E3779B97F4A7C15ULL) >> 58];
+    if (slot.data == name.data() && slot.text == name) {
+      exact = slot.exact;
+      fold_id = slot.fold_id;
+      return slot.known;
+    }
+    exact = kNone;
+    fold_id = kNone;
+    if (auto found = ids_.find(name); found != ids_.end()) {
+      exact = found->second;
+      fold_id = folded_of_[exact];
+    } else if (auto fold_found = folded_ids_.find(folded(name)); fold_found != folded_ids_.end()) {
+      fold_id = fold_found->second;
+    }
+    const bool known = fold_id != kNone;
+    slot = {name.data(), std::string(name), exact, fold_id, known};
+    return known;
+  }
+  std::uint32_t folded_of(std::uint32_t key) const { return folded_of_[key]; }
+  const std::string& name_of(std::uint32_t key) const { return names_[key]; }
+
+  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+
+ private:
+  static constexpr std::uint8_t kDateKey = 1, kDaysKey = 2;
+  struct KeySlot {
+    std::string text;
+    std::uint32_t id = kNone;
+  };
+  std::array<KeySlot, 256> key_cache_{};
+  std::vector<std::uint8_t> flags_;
+  std::vector<std::string> names_;
+  std::vector<std::uint32_t> folded_of_;
+  std::unordered_map<std::string, std::uint32_t, TransparentHash, std::equal_to<>> ids_;
+  std::unordered_map<std::string, std::uint32_t, TransparentHash, std::equal_to<>> folded_ids_;
+  struct CacheSlot {
+    const char* data = nullptr;
+    std::string text;
+    std::uint32_t exact = kNone;
+    std::uint32_t fold_id = kNone;
+    bool known = false;
+  };
+  mutable std::array<CacheSlot, 64> cache_{};
+};
+using StoreRef = std::shared_ptr<const Store>;
+
+Variant to_variant(const StoreRef& store, const Cell& cell);
+
+class CellEnumerator final : public Enumerator {
+ public:
+  CellEnumerator(StoreRef store, std::uint32_t first, std::uint32_t count)
+      : store_(std::move(store)), next_(first), end_(first + count) {}
+  bool next(Variant& element) override {
+    if (next_ == end_) return false;
+    element = to_variant(store_, store_->cells[next_++]);
+    return true;
+  }
+
+ private:
+  StoreRef store_;
+  std::uint32_t next_, end_;
+};
+
+// An object or an array of the file, as the classes see it.
+class CellObject final : public AutomationObject {
+ public:
+  CellObject(StoreRef store, Cell cell) : store_(std::move(store)), cell_(cell) {}
 
   Variant get(std::string_view property) const override {
-    if (iequals(property, "Count")) return Variant(static_cast<std::int32_t>(array_.size()));
+    const Cell* field = find(property);
+    if (field != nullptr) return to_variant(store_, *field);
+    if (cell_.kind == Kind::Array && fold_equals(property, "count"))
+      return Variant(static_cast<std::int32_t>(cell_.span.count));
     raise_not_supported();
   }
 
   std::unique_ptr<Enumerator> enumerate() const override {
-    class Each final : public Enumerator {
-     public:
-      Each(const JsonArray& owner) : owner_(owner), it_(owner.array_.begin()) {}
-      bool next(Variant& out) override {
-        if (it_ == owner_.array_.end()) return false;
-        out = to_variant(owner_.document_, {}, *it_);
-        ++it_;
-        return true;
-      }
+    if (cell_.kind != Kind::Array) raise_not_supported();
+    return std::make_unique<CellEnumerator>(store_, cell_.span.first, cell_.span.count);
+  }
 
-     private:
-      const JsonArray& owner_;
-      simdjson::dom::array::iterator it_;
-    };
-    return std::make_unique<Each>(*this);
+  // The top level answers for its "cards" array too: Count and enumeration.
+  const Cell* find(std::string_view property) const {
+    if (cell_.kind != Kind::Object) return nullptr;
+    std::uint32_t exact = 0, fold_id = 0;
+    if (!store_->lookup(property, exact, fold_id)) return nullptr;
+    const Cell* begin = store_->cells.data() + cell_.span.first;
+    const Cell* end = begin + cell_.span.count;
+    if (exact != Store::kNone)
+      for (const Cell* c = begin; c != end; ++c)
+        if (c->key == exact) return c;
+    for (const Cell* c = begin; c != end; ++c)
+      if (store_->folded_of(c->key) == fold_id) return c;
+    return nullptr;
   }
 
  private:
-  DocumentRef document_;
-  simdjson::dom::array array_;
-};
-
-class JsonObject final : public AutomationObject {
- public:
-  JsonObject(DocumentRef document, simdjson::dom::object object)
-      : document_(std::move(document)), object_(object) {}
-
-  Variant get(std::string_view property) const override {
-    // Names usually match exactly; the case-blind pass is the dispatch rule.
-    for (auto field : object_)
-      if (field.key == property) return to_variant(document_, field.key, field.value);
-    for (auto field : object_)
-      if (iequals(field.key, property)) return to_variant(document_, field.key, field.value);
-    raise_not_supported();
+  static bool fold_equals(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
+                                              [](char x, char y) { return fold(x) == fold(y); });
   }
-
- protected:
-  DocumentRef document_;
-  simdjson::dom::object object_;
+  StoreRef store_;
+  Cell cell_;
 };
 
-// The top level: the collection of cards, with the file's own properties
-// ("PeriodEnd") and Count.
-class JsonCardCollection final : public AutomationObject {
+// The time-card collection: the top-level object, enumerating its cards.
+class CardCollection final : public AutomationObject {
  public:
-  JsonCardCollection(DocumentRef document, simdjson::dom::object top, simdjson::dom::array cards)
-      : top_(document, top), cards_(document, cards) {}
-
+  CardCollection(StoreRef store, Cell top, Cell cards)
+      : top_(store, top), cards_(std::move(store), cards) {}
   Variant get(std::string_view property) const override {
-    if (iequals(property, "Count")) return cards_.get("Count");
+    if (property.size() == 5 && folded(property) == "count") return cards_.get(property);
     return top_.get(property);
   }
   std::unique_ptr<Enumerator> enumerate() const override { return cards_.enumerate(); }
 
  private:
-  JsonObject top_;
-  JsonArray cards_;
+  CellObject top_;
+  CellObject cards_;
 };
 
-Variant to_variant(const DocumentRef& document, std::string_view key, element value) {
-  switch (value.type()) {
-    case element_type::INT64: {
-      const std::int64_t number = value.get_int64().value_unsafe();
-      if (number >= INT32_MIN && number <= INT32_MAX)
-        return Variant(static_cast<std::int32_t>(number));
-      return Variant(static_cast<double>(number));
-    }
-    case element_type::UINT64:
-      return Variant(static_cast<double>(value.get_uint64().value_unsafe()));
-    case element_type::DOUBLE:
-      return Variant(value.get_double().value_unsafe());
-    case element_type::STRING: {
-      const std::string_view text = value.get_string().value_unsafe();
-      if (is_date_property(key)) {
-        if (auto date = parse_iso_date(text)) return Variant(*date);
-      }
-      return Variant(text);
-    }
-    case element_type::BOOL:
-      return Variant(value.get_bool().value_unsafe());
-    case element_type::NULL_VALUE:
+Variant to_variant(const StoreRef& store, const Cell& cell) {
+  switch (cell.kind) {
+    case Kind::Long:
+      return Variant(cell.long_value);
+    case Kind::Double:
+      return Variant(cell.number);
+    case Kind::Text:
+      return Variant(std::string_view(store->text).substr(cell.span.first, cell.span.count));
+    case Kind::Date:
+      return Variant(Date{cell.number});
+    case Kind::Boolean:
+      return Variant(cell.boolean);
+    case Kind::Null:
       return Variant::null();
-    case element_type::ARRAY:
-      return Variant(
-          ObjectRef(std::make_shared<JsonArray>(document, value.get_array().value_unsafe())));
-    case element_type::OBJECT:
-      return Variant(
-          ObjectRef(std::make_shared<JsonObject>(document, value.get_object().value_unsafe())));
+    case Kind::Object:
+    case Kind::Array:
+      return Variant(ObjectRef(std::make_shared<CellObject>(store, cell)));
   }
   return Variant();
 }
+
+// --- Loading --------------------------------------------------------------------
 
 [[noreturn]] void fail(const std::string& name, const std::string& place, const std::string& what) {
   throw CardsFileError("cards file " + name + ": " + place + ": " + what);
 }
 
-// Checks the layout once at load, so that a class never meets a malformed file
-// halfway through an export: the collection and its cards are objects, Days are
-// arrays of objects, and dates are real ISO dates.
-void check_dates_of(const std::string& name, const std::string& place,
-                    simdjson::dom::object object) {
-  for (auto field : object) {
-    if (!is_date_property(field.key) || !field.value.is_string()) continue;
-    if (!parse_iso_date(field.value.get_string().value_unsafe()))
-      fail(name, place + "." + std::string(field.key),
-           "\"" + std::string(field.value.get_string().value_unsafe()) +
-               "\" is not a date (YYYY-MM-DD)");
-  }
-}
-
-void check_layout(const std::string& name, element root, simdjson::dom::object& top,
-                  simdjson::dom::array& cards) {
-  if (!root.is_object()) fail(name, "top level", "expected an object with a \"cards\" array");
-  top = root.get_object().value_unsafe();
-  check_dates_of(name, "top level", top);
-  element cards_element;
-  if (top["cards"].get(cards_element) != simdjson::SUCCESS)
-    fail(name, "top level", "no \"cards\" array");
-  if (!cards_element.is_array()) fail(name, "cards", "expected an array of cards");
-  cards = cards_element.get_array().value_unsafe();
-  std::size_t index = 0;
-  for (element card : cards) {
-    const std::string place = "cards[" + std::to_string(index) + "]";
-    if (!card.is_object()) fail(name, place, "expected an object");
-    const auto card_object = card.get_object().value_unsafe();
-    check_dates_of(name, place, card_object);
-    element days;
-    if (card_object["Days"].get(days) == simdjson::SUCCESS) {
-      if (!days.is_array()) fail(name, place + ".Days", "expected an array of days");
-      std::size_t day_index = 0;
-      const simdjson::dom::array day_array = days.get_array().value_unsafe();
-      for (element day : day_array) {
-        const std::string day_place = place + ".Days[" + std::to_string(day_index) + "]";
-        if (!day.is_object()) fail(name, day_place, "expected an object");
-        check_dates_of(name, day_place, day.get_object().value_unsafe());
-        ++day_index;
-      }
-    }
-    ++index;
-  }
-}
-
 // simdjson says what is wrong but not where; on failure the text is read again by a
-// parser that reports line and column.
-std::string locate_syntax_error(const std::string& json) {
+// parser that reports line and column (its callback keeps nothing, so a large file
+// costs no document).
+std::string locate_syntax_error(std::string_view json) {
   try {
-    // The callback keeps nothing, so even a large file costs no document.
     const auto discarded = nlohmann::json::parse(
-        json, [](int, nlohmann::json::parse_event_t, nlohmann::json&) { return false; });
+        json.begin(), json.end(),
+        [](int, nlohmann::json::parse_event_t, nlohmann::json&) { return false; });
     static_cast<void>(discarded);
   } catch (const nlohmann::json::parse_error& error) {
     return error.what();
@@ -204,30 +292,414 @@ std::string locate_syntax_error(const std::string& json) {
   return {};
 }
 
-Variant load(simdjson::padded_string json, const std::string& name) {
-  auto document = std::make_shared<Document>();
-  if (auto error = document->parser.parse(json).get(document->root)) {
-    std::string where = locate_syntax_error(std::string(json.data(), json.size()));
-    fail(name, "not valid JSON", where.empty() ? simdjson::error_message(error) : where);
+// Where a value stands in the file, for messages: built into text only on failure.
+struct Where {
+  const Where* parent = nullptr;
+  std::string_view label;  // "cards", "top level"; empty when `key` names the field
+  std::uint32_t key = Store::kNone;
+  long index = -1;
+
+  std::string text(const Store& store) const {
+    std::string result = parent != nullptr ? parent->text(store) + "." : std::string();
+    result += key != Store::kNone ? std::string_view(store.name_of(key)) : label;
+    if (index >= 0) result += "[" + std::to_string(index) + "]";
+    return result;
   }
-  simdjson::dom::object top;
-  simdjson::dom::array cards;
-  check_layout(name, document->root, top, cards);
-  return Variant(ObjectRef(std::make_shared<JsonCardCollection>(document, top, cards)));
-}
+};
+
+class Loader {
+ public:
+  Loader(std::string_view json, std::string name) : json_(json), name_(std::move(name)) {
+    store_ = std::make_shared<Store>();
+    // Reserved, not touched: pages are taken only as cells are written, and the
+    // arrays never move while they grow.
+    store_->cells.reserve(json.size() / 4 + 16);
+    store_->text.reserve(json.size() / 2 + 16);
+  }
+
+  Variant load() {
+    pos_ = 0;
+    skip_blanks();
+    if (!take('{')) fail(name_, "top level", "expected an object with a \"cards\" array");
+    std::vector<Cell> top_fields;
+    bool have_cards = false;
+    Cell cards;
+    skip_blanks();
+    if (!take('}')) {
+      while (true) {
+        skip_blanks();
+        const std::string key = scan_key();
+        skip_blanks();
+        if (!take(':')) syntax_error();
+        skip_blanks();
+        Cell field;
+        if (key == "cards") {
+          if (peek() != '[') fail(name_, "cards", "expected an array of cards");
+          field = load_cards();
+          cards = field;
+          have_cards = true;
+        } else {
+          const std::size_t start = pos_;
+          skip_value();
+          field = convert_piece(json_.substr(start, pos_ - start), key);
+        }
+        field.key = store_->key_id(key);
+        top_fields.push_back(field);
+        skip_blanks();
+        if (take(',')) continue;
+        if (take('}')) break;
+        syntax_error();
+      }
+    }
+    skip_blanks();
+    if (pos_ != json_.size()) syntax_error();
+    if (!have_cards) fail(name_, "top level", "no \"cards\" array");
+    store_->top = append_run(top_fields, Kind::Object);
+    return Variant(ObjectRef(std::make_shared<CardCollection>(store_, store_->top, cards)));
+  }
+
+ private:
+  static constexpr std::size_t kPieceBytes = 4 << 20;
+
+  // The cards array: each piece of whole cards is parsed and turned into cells; the
+  // card cells themselves are gathered and laid down together at the end.
+  Cell load_cards() {
+    take('[');
+    std::vector<Cell> card_cells;
+    skip_blanks();
+    if (!take(']')) {
+      while (true) {
+        const std::size_t piece_start = pos_;
+        std::size_t count = 0;
+        bool closed = false;
+        while (true) {
+          skip_blanks();
+          skip_value();
+          ++count;
+          skip_blanks();
+          if (take(',')) {
+            if (pos_ - piece_start >= kPieceBytes) break;
+            continue;
+          }
+          if (peek() == ']') {
+            closed = true;
+            break;
+          }
+          syntax_error();
+        }
+        std::size_t piece_end = pos_;
+        if (!closed) --piece_end;  // leave the separating comma out
+        convert_cards(json_.substr(piece_start, piece_end - piece_start), count, card_cells);
+        if (closed) {
+          take(']');
+          break;
+        }
+      }
+    }
+    return append_run(card_cells, Kind::Array);
+  }
+
+  void convert_cards(std::string_view piece, std::size_t count, std::vector<Cell>& card_cells) {
+    buffer_.clear();
+    buffer_.reserve(piece.size() + 2);
+    buffer_.push_back('[');
+    buffer_.append(piece);
+    buffer_.push_back(']');
+    simdjson::dom::element root;
+    if (parser_.parse(buffer_.data(), buffer_.size(), true).get(root) != simdjson::SUCCESS)
+      syntax_error();
+    simdjson::dom::array cards = root.get_array().value_unsafe();
+    std::size_t converted = 0;
+    for (simdjson::dom::element card : cards) {
+      const Where where{nullptr, "cards", Store::kNone, static_cast<long>(card_cells.size())};
+      if (!card.is_object()) fail(name_, where.text(*store_), "expected an object");
+      card_cells.push_back(convert(card, Store::kNone, where));
+      ++converted;
+    }
+    // The scanner and the parser must agree on where the cards are.
+    if (converted != count) syntax_error();
+  }
+
+  Cell convert_piece(std::string_view piece, const std::string& key) {
+    buffer_.assign(piece);
+    simdjson::dom::element root;
+    if (parser_.parse(buffer_.data(), buffer_.size(), true).get(root) != simdjson::SUCCESS)
+      syntax_error();
+    const Where where{nullptr, "top level", Store::kNone, -1};
+    return convert(root, store_->key_id(key), where);
+  }
+
+  // One value into a cell; objects and arrays lay their members down as a run first
+  // and then fill in nested values after it, so every run stays contiguous.
+  // `key` is the value's field name (kNone for array elements); `where` is the object
+  // or array element holding it.
+  Cell convert(simdjson::dom::element value, std::uint32_t key, const Where& where) {
+    Cell cell;
+    using simdjson::dom::element_type;
+    switch (value.type()) {
+      case element_type::INT64: {
+        const std::int64_t number = value.get_int64().value_unsafe();
+        if (number >= INT32_MIN && number <= INT32_MAX) {
+          cell.kind = Kind::Long;
+          cell.long_value = static_cast<std::int32_t>(number);
+        } else {
+          cell.kind = Kind::Double;
+          cell.number = static_cast<double>(number);
+        }
+        break;
+      }
+      case element_type::UINT64:
+        cell.kind = Kind::Double;
+        cell.number = static_cast<double>(value.get_uint64().value_unsafe());
+        break;
+      case element_type::DOUBLE:
+        cell.kind = Kind::Double;
+        cell.number = value.get_double().value_unsafe();
+        break;
+      case element_type::STRING: {
+        const std::string_view text = value.get_string().value_unsafe();
+        if (key != Store::kNone && store_->is_date_key(key)) {
+          const auto date = parse_iso_date(text);
+          if (!date)
+            fail(name_, where.text(*store_) + "." + store_->name_of(key),
+                 "\"" + std::string(text) + "\" is not a date (YYYY-MM-DD)");
+          cell.kind = Kind::Date;
+          cell.number = date->serial;
+          break;
+        }
+        cell.kind = Kind::Text;
+        cell.span.first = arena_offset(text.size());
+        cell.span.count = static_cast<std::uint32_t>(text.size());
+        store_->text.append(text);
+        break;
+      }
+      case element_type::BOOL:
+        cell.kind = Kind::Boolean;
+        cell.boolean = value.get_bool().value_unsafe();
+        break;
+      case element_type::NULL_VALUE:
+        cell.kind = Kind::Null;
+        break;
+      case element_type::OBJECT: {
+        const simdjson::dom::object object = value.get_object().value_unsafe();
+        const std::uint32_t first = reserve_run(object.size());
+        std::uint32_t at = first;
+        for (auto field : object) {
+          const std::uint32_t field_key = store_->key_id(field.key);
+          if (store_->is_days_key(field_key) && !field.value.is_array())
+            fail(name_, where.text(*store_) + ".Days", "expected an array of days");
+          Cell member = convert(field.value, field_key, where);
+          member.key = field_key;
+          store_->cells[at++] = member;
+        }
+        cell.kind = Kind::Object;
+        cell.span = {first, at - first};
+        break;
+      }
+      case element_type::ARRAY: {
+        const simdjson::dom::array array = value.get_array().value_unsafe();
+        const bool days = key != Store::kNone && store_->is_days_key(key);
+        const std::uint32_t first = reserve_run(array.size());
+        std::uint32_t at = first;
+        for (simdjson::dom::element element : array) {
+          const Where element_where{&where, {}, key, static_cast<long>(at - first)};
+          if (days && !element.is_object())
+            fail(name_, element_where.text(*store_), "expected an object");
+          store_->cells[at++] = convert(element, Store::kNone, element_where);
+        }
+        cell.kind = Kind::Array;
+        cell.span = {first, at - first};
+        break;
+      }
+    }
+    return cell;
+  }
+
+  std::uint32_t reserve_run(std::size_t count) {
+    const std::size_t first = store_->cells.size();
+    if (first + count > Store::kNone) fail(name_, "cards", "too many values");
+    store_->cells.resize(first + count);
+    return static_cast<std::uint32_t>(first);
+  }
+
+  Cell append_run(const std::vector<Cell>& run, Kind kind) {
+    Cell cell;
+    cell.kind = kind;
+    cell.span.first = reserve_run(run.size());
+    cell.span.count = static_cast<std::uint32_t>(run.size());
+    std::copy(run.begin(), run.end(), store_->cells.begin() + cell.span.first);
+    return cell;
+  }
+
+  std::uint32_t arena_offset(std::size_t length) {
+    const std::size_t offset = store_->text.size();
+    if (offset + length > Store::kNone) fail(name_, "cards", "too much text");
+    return static_cast<std::uint32_t>(offset);
+  }
+
+  // --- the scanner: just enough JSON to find fields and card boundaries ---------
+
+  char peek() const { return pos_ < json_.size() ? json_[pos_] : '\0'; }
+  bool take(char c) {
+    if (peek() != c || pos_ >= json_.size()) return false;
+    ++pos_;
+    return true;
+  }
+  void skip_blanks() {
+    while (pos_ < json_.size()) {
+      const char c = json_[pos_];
+      if (c != ' ' && c != '\n' && c != '\r' && c != '\t') break;
+      ++pos_;
+    }
+  }
+  void skip_string() {
+    const char* p = json_.data() + pos_ + 1;  // past the opening quote
+    const char* end = json_.data() + json_.size();
+    while ((p = find_first<'"', '\\'>(p, end)) != end) {
+      if (*p == '"') {
+        pos_ = static_cast<std::size_t>(p + 1 - json_.data());
+        return;
+      }
+      p += 2;  // a backslash and the character it escapes
+    }
+    pos_ = json_.size();
+    syntax_error();
+  }
+  std::string scan_key() {
+    if (peek() != '"') syntax_error();
+    const std::size_t start = pos_;
+    skip_string();
+    simdjson::dom::element key;
+    buffer_.assign(json_.substr(start, pos_ - start));
+    if (parser_.parse(buffer_.data(), buffer_.size(), true).get(key) != simdjson::SUCCESS ||
+        !key.is_string())
+      syntax_error();
+    return std::string(key.get_string().value_unsafe());
+  }
+  // The first byte from `p` on that is one of `Chars`; `end` when there is none.
+  // Sixteen bytes at a time where the processor offers it: most of a cards file is
+  // names and digits, which the scanner only has to pass over.
+  template <char... Chars>
+  static const char* find_first(const char* p, const char* end) {
+#if defined(__SSE2__)
+    while (end - p >= 16) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+      __m128i hits = _mm_setzero_si128();
+      ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(block, _mm_set1_epi8(Chars)))), ...);
+      const int mask = _mm_movemask_epi8(hits);
+      if (mask != 0) return p + __builtin_ctz(static_cast<unsigned>(mask));
+      p += 16;
+    }
+#endif
+    for (; p < end; ++p)
+      if (((*p == Chars) || ...)) return p;
+    return end;
+  }
+
+  // Skips one value: a string, or a balanced object or array, or a bare scalar.
+  void skip_value() {
+    const char first = peek();
+    if (first == '"') {
+      skip_string();
+      return;
+    }
+    if (first == '{' || first == '[') {
+      const char* begin = json_.data();
+      const char* end = begin + json_.size();
+      const char* p = begin + pos_;
+      int depth = 0;
+      while ((p = find_first<'"', '\\', '{', '}', '[', ']'>(p, end)) != end) {
+        const char c = *p;
+        if (c == '"') {
+          pos_ = static_cast<std::size_t>(p - begin);
+          skip_string();
+          p = begin + pos_;
+          continue;
+        }
+        if (c == '{' || c == '[') {
+          if (++depth > 1024) fail(name_, "not valid JSON", "nested too deeply");
+        } else if (c == '}' || c == ']') {
+          if (--depth == 0) {
+            pos_ = static_cast<std::size_t>(p + 1 - begin);
+            return;
+          }
+        }
+        ++p;  // a stray backslash outside a string is the parser's to reject
+      }
+      pos_ = json_.size();
+      syntax_error();
+    }
+    const std::size_t start = pos_;
+    while (pos_ < json_.size()) {
+      const char c = json_[pos_];
+      if (c == ',' || c == '}' || c == ']' || c == ' ' || c == '\n' || c == '\r' || c == '\t')
+        break;
+      ++pos_;
+    }
+    if (pos_ == start) syntax_error();
+  }
+
+  [[noreturn]] void syntax_error() {
+    const std::string where = locate_syntax_error(json_);
+    fail(name_, "not valid JSON",
+         where.empty() ? "unexpected text at byte " + std::to_string(pos_) : where);
+  }
+
+  std::string_view json_;
+  std::string name_;
+  std::size_t pos_ = 0;
+  std::shared_ptr<Store> store_;
+  simdjson::dom::parser parser_;
+  std::string buffer_;
+};
 
 }  // namespace
 
-Variant load_cards_file(const std::string& path) {
-  simdjson::padded_string json;
-  if (auto error = simdjson::padded_string::load(path).get(json))
-    throw CardsFileError("cards file " + path + ": cannot be read (" +
-                         simdjson::error_message(error) + ")");
-  return load(std::move(json), path);
+Variant load_cards_json(std::string json, const std::string& name) {
+  return Loader(json, name).load();
 }
 
-Variant load_cards_json(std::string json, const std::string& name) {
-  return load(simdjson::padded_string(json), name);
+Variant load_cards_file(const std::string& path) {
+  const auto cannot_read = [&](const std::string& why) {
+    return CardsFileError("cards file " + path + ": cannot be read (" + why + ")");
+  };
+#if ZORVAT_HAVE_MMAP
+  // Mapped, the file is read in place from the page cache: no copy, and no memory
+  // of its own beyond what the cards take.
+  const int fd = ::open(path.c_str(), O_RDONLY);
+  if (fd < 0) throw cannot_read(std::strerror(errno));
+  struct stat info {};
+  if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    ::close(fd);
+    throw cannot_read("not a regular file");
+  }
+  const auto size = static_cast<std::size_t>(info.st_size);
+  if (size == 0) {
+    ::close(fd);
+    return load_cards_json(std::string(), path);
+  }
+  void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
+  ::close(fd);
+  if (mapped == MAP_FAILED) throw cannot_read(std::strerror(errno));
+  ::madvise(mapped, size, MADV_SEQUENTIAL);
+  struct Unmap {
+    void* address;
+    std::size_t size;
+    ~Unmap() { ::munmap(address, size); }
+  } unmap{mapped, size};
+  return Loader(std::string_view(static_cast<const char*>(mapped), size), path).load();
+#else
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) throw cannot_read(std::strerror(errno));
+  std::string json;
+  char chunk[1 << 16];
+  std::size_t got = 0;
+  while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) json.append(chunk, got);
+  const bool failed = std::ferror(file) != 0;
+  std::fclose(file);
+  if (failed) throw cannot_read("read error");
+  return load_cards_json(std::move(json), path);
+#endif
 }
 
 }  // namespace zorvat::cli
