@@ -46,4 +46,14 @@ bool field_is_true(std::string_view field) {
   return to_boolean(Variant(field));
 }
 
+bool field_in_range(std::string_view field, double low, double high) {
+  const NumericParse parsed = parse_numeric(field);
+  return parsed.status == NumericParse::Status::Ok && parsed.value >= low && parsed.value <= high;
+}
+
+void advance_counter(std::string& field, double highest) {
+  const double next = to_double(Variant(field)) + 1;
+  field = next > highest ? "0" : general_number_text(next);
+}
+
 }  // namespace zorvat

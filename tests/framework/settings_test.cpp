@@ -65,5 +65,52 @@ TEST(SettingsComparisons, FieldIsTrueAcceptsOptionAndCheckBoxValues) {
   EXPECT_THROW(field_is_true("maybe"), Error);
 }
 
+TEST(SettingsComparisons, FieldInRangeWantsANumberWithinBothBounds) {
+  EXPECT_TRUE(field_in_range("0", 0, 99));
+  EXPECT_TRUE(field_in_range("99", 0, 99));
+  EXPECT_TRUE(field_in_range("2.5", 0, 99));  // fractions inside the range pass
+  EXPECT_TRUE(field_in_range(" 7 ", 0, 9));
+  EXPECT_FALSE(field_in_range("100", 0, 99));
+  EXPECT_FALSE(field_in_range("-1", 0, 99));
+  EXPECT_FALSE(field_in_range("99.01", 0, 99));
+  EXPECT_FALSE(field_in_range("A", 0, 99));
+  EXPECT_FALSE(field_in_range("", 0, 99));  // an empty field is not numeric
+  EXPECT_FALSE(field_in_range("1E400", 0, 99));
+}
+
+TEST(SettingsCounters, AdvanceAddsOneAndWrapsPastTheHighest) {
+  std::string field = "7";
+  advance_counter(field, 99);
+  EXPECT_EQ(field, "8");
+  field = "98";
+  advance_counter(field, 99);
+  EXPECT_EQ(field, "99");
+  advance_counter(field, 99);
+  EXPECT_EQ(field, "0");
+  field = "05";
+  advance_counter(field, 99);
+  EXPECT_EQ(field, "6");
+  field = "46655";
+  advance_counter(field, 46655);
+  EXPECT_EQ(field, "0");
+  field = "12.5";
+  advance_counter(field, 46655);
+  EXPECT_EQ(field, "13.5");
+  field = "-3";
+  advance_counter(field, 99);
+  EXPECT_EQ(field, "-2");
+}
+
+TEST(SettingsCounters, ANonNumericCounterIsATypeMismatchAndStaysAsItWas) {
+  std::string field = "A";
+  try {
+    advance_counter(field, 99);
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number(), rt::kTypeMismatch);
+  }
+  EXPECT_EQ(field, "A");
+}
+
 }  // namespace
 }  // namespace zorvat

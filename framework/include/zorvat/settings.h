@@ -43,4 +43,15 @@ bool field_equals_number(std::string_view field, double number);
 // Other text raises 13 Type mismatch.
 bool field_is_true(std::string_view field);
 
+// `field_in_range(field, low, high)`: the field is numeric (an empty field is not) and
+// its value lies from `low` to `high`, both included; fractions inside the range pass.
+// The range test of the classes' ValidateSetupData. Never raises.
+bool field_in_range(std::string_view field, double low, double high);
+
+// Advances a counter kept in a settings field (a batch or sequence number) after a
+// file was written: the field's value plus 1, or 0 when the sum is greater than
+// `highest`, stored back as text ("7" becomes "8", "99" with highest 99 becomes "0").
+// A field that is not numeric raises 13 Type mismatch and is left as it was.
+void advance_counter(std::string& field, double highest);
+
 }  // namespace zorvat
