@@ -1,6 +1,12 @@
 #include "builtin_formats.h"
 
+#include "adp7/adp7.h"
 #include "generic/generic.h"
+#include "intuitpac/intuitpac.h"
+#include "pcpaylink/pcpaylink.h"
+#include "pcpreview/pcpreview.h"
+#include "peachtree/peachtree.h"
+#include "primepay/primepay.h"
 
 namespace zorvat::formats {
 namespace {
@@ -15,6 +21,12 @@ void add(ExportRegistry& registry, std::string name) {
 ExportRegistry make_registry() {
   ExportRegistry registry;
   add<Generic>(registry, "Generic");
+  add<ADP7>(registry, "ADP7");
+  add<IntuitPAC>(registry, "IntuitPAC");
+  add<PCPayLink>(registry, "PCPayLink");
+  add<PCPreview>(registry, "PCPreview");
+  add<Peachtree>(registry, "Peachtree");
+  add<PrimePay>(registry, "PrimePay");
   return registry;
 }
 

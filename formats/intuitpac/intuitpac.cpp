@@ -1,0 +1,289 @@
+#include "intuitpac/intuitpac.h"
+
+#include <cstdlib>
+#include <limits>
+
+#include "zorvat/automation.h"
+#include "zorvat/columns.h"
+#include "zorvat/error.h"
+#include "zorvat/format.h"
+
+namespace zorvat::formats {
+namespace {
+
+constexpr std::string_view kExecuteSource = "zorvat.IntuitPAC.Execute";
+constexpr std::string_view kSetupSource = "zorvat.IntuitPAC.Setup";
+constexpr std::string_view kValidateSetupDataSource = "zorvat.IntuitPAC.ValidateSetupData";
+constexpr std::string_view kIsJrSource = "zorvat.IntuitPAC.IsJr";
+constexpr std::string_view kEmployeeRecordSource = "zorvat.IntuitPAC.EmployeeRecord";
+constexpr std::string_view kOverPunchSource = "zorvat.IntuitPAC.OverPunch";
+
+constexpr std::string_view kFileFilter = "Intuit PC Access Import File (*.clk) | *.clk";
+
+// The editions that take the short layout; every other title, unknown ones included,
+// takes the full layout. Titles compare exactly, case included.
+constexpr std::string_view kJrTitles[] = {
+    "Intuit PC Access Jr Import File V2.0",
+    "Premier Import File V2.0",
+    "QuikPay Import File V2.0",
+    "Wells Fargo Import File V2.0",
+};
+
+constexpr std::string_view kCompanyNameLength =
+    "The Company Name for this export must be either 7 or 9 characters in length\r\n";
+constexpr std::string_view kCompanyNameJr =
+    "If 9 character format, the fourth character must be a 'Q'.";
+constexpr std::string_view kCompanyNameFull =
+    "If 9 character format, the fourth character must be a 'C' or 'E'.";
+constexpr std::string_view kPayCodeDescription = "Pay Code value must be between 0 and 99";
+constexpr double kLowestPayCode = 0;
+constexpr double kHighestPayCode = 99;
+
+constexpr long kRecordWidth = 80;
+constexpr std::string_view kRecordEnd = "\r\n";
+constexpr std::int16_t kAmountWidth = 7;
+
+// The last digit of an amount with its sign: "{" and "A".."I" for 0..9 when the
+// amount is not negative, "}" and "J".."R" when it is.
+constexpr std::string_view kOverPunchCharacters = "{ABCDEFGHI}JKLMNOPQR";
+
+const FormatPattern& company_part_pattern() {
+  static const FormatPattern pattern("&&&&");
+  return pattern;
+}
+const FormatPattern& employee_part_pattern() {
+  static const FormatPattern pattern("0000");
+  return pattern;
+}
+const FormatPattern& pay_code_pattern() {
+  static const FormatPattern pattern("00");
+  return pattern;
+}
+const FormatPattern& amount_pattern() {
+  static const FormatPattern pattern("0000000");
+  return pattern;
+}
+const FormatPattern& five_digit_hundredths() {
+  static const FormatPattern pattern("00000");
+  return pattern;
+}
+const FormatPattern& eight_digit_hundredths() {
+  static const FormatPattern pattern("00000000");
+  return pattern;
+}
+
+// The text from its fourth character from the end: its last four characters. Text
+// of fewer than four characters puts the start at 0 or before, which raises 5
+// "Invalid procedure call or argument"; there is deliberately no guard.
+std::string last_four(const std::string& text) {
+  if (text.size() < 4) raise_runtime(rt::kInvalidProcedureCall);
+  return text.substr(text.size() - 4);
+}
+
+double hundredths(double minutes) {
+  return minutes / 60.0 * 100.0;
+}
+
+// Fills a record with blanks to 80 columns and ends it. A record already wider makes
+// the count of blanks negative, which raises 5.
+void end_record(std::string& record, std::string& text) {
+  append_spaces(record, kRecordWidth - static_cast<long>(record.size()));
+  record += kRecordEnd;
+  text += record;
+}
+
+bool company_name_fits(const std::string& code, bool jr) {
+  if (code.size() == 7) return true;
+  if (code.size() != 9) return false;
+  const char fourth = code[3];
+  return jr ? fourth == 'Q' : fourth == 'C' || fourth == 'E';
+}
+
+}  // namespace
+
+bool IntuitPAC::Execute(const Variant& pcTimeCards) {
+  return guarded(kExecuteSource, [&] {
+    ValidateSetupData(setup_data());
+    settings_ = SettingsFields(setup_data());
+    jr_ = IsJr(Title);
+    company_part_.reset();
+    pay_codes_.fill(std::nullopt);
+    deductions_.fill(std::nullopt);
+
+    // The whole file is built before the dialog; it has no header and no trailer.
+    std::string text;
+    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, text); });
+
+    if (!save_text({std::string(kFileFilter), {}}, text)) return false;
+    SetupData(settings_.join());
+    return true;
+  });
+}
+
+bool IntuitPAC::Setup() {
+  return guarded(kSetupSource, [&]() -> bool { raise_no_setup_form(); });
+}
+
+void IntuitPAC::ValidateSetupData(std::string_view psSetup) {
+  guarded(kValidateSetupDataSource, [&] {
+    const SettingsFields fields(psSetup);
+    // Missing fields are not checked; the deduction flags after the pay codes never.
+    for (std::size_t position = 0; position < fields.size() && position <= kOTHPayCode;
+         ++position) {
+      const std::string& field = fields.at(position);
+      if (position == kCompanyName) {
+        const bool jr = IsJr(Title);
+        if (!company_name_fits(field, jr)) {
+          std::string description(kCompanyNameLength);
+          description += jr ? kCompanyNameJr : kCompanyNameFull;
+          raise(static_cast<long>(IntuitPACErrorsEnum::errCompanyName), kValidateSetupDataSource,
+                description);
+        }
+      } else if (!field_in_range(field, kLowestPayCode, kHighestPayCode)) {
+        raise(static_cast<long>(IntuitPACErrorsEnum::errCompanyName) + static_cast<long>(position),
+              kValidateSetupDataSource, kPayCodeDescription);
+      }
+    }
+  });
+}
+
+bool IntuitPAC::IsJr(std::string_view psTitle) const {
+  return guarded(kIsJrSource, [&] {
+    for (std::string_view title : kJrTitles)
+      if (psTitle == title) return true;
+    return false;
+  });
+}
+
+void IntuitPAC::run_check() {
+  ValidateSetupData(setup_data());
+}
+
+void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
+  guarded(kEmployeeRecordSource, [&] {
+    // Every card yields its records, also one with no time at all.
+    const std::string& company = company_part();
+    std::string employee;
+    employee_part_pattern().append_to(employee,
+                                      Variant(last_four(to_text(get_property(card, "Number")))));
+
+    std::string& record = record_;
+    auto put_pay_code = [&](Position position) { record += pay_code(position); };
+
+    if (jr_) {
+      // One record of 70 columns: plain hundredths, no shift, no signs.
+      auto amount = [&](const FormatPattern& pattern, std::string_view category) {
+        pattern.append_to(record, hundredths(to_double(get_property(card, category))));
+      };
+      record.clear();
+      record += company;                        // 1-4    company part
+      record += '4';                            // 5      "4"
+      record += employee;                       // 6-9    employee part
+      record += '8';                            // 10     "8"
+      amount(five_digit_hundredths(), "REG");   // 11-15  regular
+      amount(five_digit_hundredths(), "OT1");   // 16-20  overtime 1
+      put_pay_code(kPayCode2);                  // 21-22  overtime 2 pay code
+      amount(eight_digit_hundredths(), "OT2");  // 23-30  overtime 2
+      put_pay_code(kVACPayCode);                // 31-32  vacation pay code
+      amount(eight_digit_hundredths(), "VAC");  // 33-40  vacation
+      put_pay_code(kHOLPayCode);                // 41-42  holiday pay code
+      amount(eight_digit_hundredths(), "HOL");  // 43-50  holiday
+      put_pay_code(kSICPayCode);                // 51-52  sick pay code
+      amount(eight_digit_hundredths(), "SIC");  // 53-60  sick
+      put_pay_code(kOTHPayCode);                // 61-62  other pay code
+      amount(eight_digit_hundredths(), "OTH");  // 63-70  other
+      end_record(record, text);                 // 71-80  blanks
+      return;
+    }
+
+    // Two records with overpunched amounts. The second carries the four
+    // miscellaneous categories, each negated when it is exported as a deduction.
+    const std::string shift = to_concat_text(get_property(card, "Shift"));
+    auto amount = [&](std::string_view category) {
+      record += OverPunch(kAmountWidth, to_long(get_property(card, category)));
+    };
+    auto signed_amount = [&](std::string_view category, Position deduct) {
+      const double minutes = to_double(get_property(card, category));
+      record += OverPunch(kAmountWidth, double_to_long(deduction(deduct) ? -minutes : minutes));
+    };
+
+    record.clear();
+    record += company;         // 1-4    company part
+    record += '4';             // 5      "4"
+    record += employee;        // 6-9    employee part
+    record += "8   ";          // 10-13  "8" and three blanks
+    record += shift;           // 14     shift, as it stands
+    put_pay_code(kPayCode0);   // 15-16  regular pay code
+    amount("REG");             // 17-23  regular
+    put_pay_code(kPayCode1);   // 24-25  overtime 1 pay code
+    amount("OT1");             // 26-32  overtime 1
+    put_pay_code(kPayCode2);   // 33-34  overtime 2 pay code
+    amount("OT2");             // 35-41  overtime 2
+    end_record(record, text);  // 42-80  blanks
+
+    record.clear();
+    record += company;                 // 1-4    company part
+    record += '4';                     // 5      "4"
+    record += employee;                // 6-9    employee part
+    record += "8   ";                  // 10-13  "8" and three blanks
+    record += shift;                   // 14     shift
+    put_pay_code(kVACPayCode);         // 15-16  vacation pay code
+    signed_amount("VAC", kVACDeduct);  // 17-23  vacation
+    put_pay_code(kHOLPayCode);         // 24-25  holiday pay code
+    signed_amount("HOL", kHOLDeduct);  // 26-32  holiday
+    put_pay_code(kSICPayCode);         // 33-34  sick pay code
+    signed_amount("SIC", kSICDeduct);  // 35-41  sick
+    put_pay_code(kOTHPayCode);         // 42-43  other pay code
+    signed_amount("OTH", kOTHDeduct);  // 44-50  other
+    end_record(record, text);          // 51-80  blanks
+  });
+}
+
+const std::string& IntuitPAC::company_part() {
+  if (!company_part_) {
+    std::string part;
+    company_part_pattern().append_to(part, Variant(last_four(settings_.at(kCompanyName))));
+    company_part_ = std::move(part);
+  }
+  return *company_part_;
+}
+
+const std::string& IntuitPAC::pay_code(Position position) {
+  std::optional<std::string>& cached = pay_codes_[position];
+  if (!cached) {
+    std::string code;
+    pay_code_pattern().append_to(code, Variant(settings_.at(position)));
+    cached = std::move(code);
+  }
+  return *cached;
+}
+
+bool IntuitPAC::deduction(Position flag) {
+  std::optional<bool>& cached = deductions_[flag];
+  if (!cached) cached = field_equals_number(settings_.at(flag), 1);
+  return *cached;
+}
+
+std::string IntuitPAC::OverPunch(std::int16_t iLength, std::int32_t lMinutes) const {
+  return guarded(kOverPunchSource, [&] {
+    const std::size_t offset = lMinutes < 0 ? 10 : 0;
+    // The lowest Long has no positive counterpart.
+    if (lMinutes == std::numeric_limits<std::int32_t>::min()) raise_runtime(rt::kOverflow);
+    const double magnitude = hundredths(std::abs(lMinutes));
+
+    // Hundredths rounded to a whole number and zero-filled to the field's length.
+    std::string digits;
+    if (iLength == kAmountWidth) {
+      amount_pattern().append_to(digits, magnitude);
+    } else {
+      if (iLength < 1) raise_runtime(rt::kInvalidProcedureCall);
+      FormatPattern(std::string(static_cast<std::size_t>(iLength), '0'))
+          .append_to(digits, magnitude);
+    }
+    const std::size_t last = static_cast<std::size_t>(digits.back() - '0');
+    digits.back() = kOverPunchCharacters[last + offset];
+    return digits;
+  });
+}
+
+}  // namespace zorvat::formats

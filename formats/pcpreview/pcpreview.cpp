@@ -1,0 +1,182 @@
+#include "pcpreview/pcpreview.h"
+
+#include <iterator>
+
+#include "zorvat/automation.h"
+#include "zorvat/columns.h"
+#include "zorvat/error.h"
+#include "zorvat/format.h"
+#include "zorvat/hours.h"
+
+namespace zorvat::formats {
+namespace {
+
+constexpr std::string_view kExecuteSource = "zorvat.PCPreview.Execute";
+constexpr std::string_view kSetupSource = "zorvat.PCPreview.Setup";
+constexpr std::string_view kValidateSetupDataSource = "zorvat.PCPreview.ValidateSetupData";
+constexpr std::string_view kEmployeeRecordSource = "zorvat.PCPreview.EmployeeRecord";
+constexpr std::string_view kMin2HrsSource = "zorvat.PCPreview.Min2Hrs";
+
+// The client number's range, and the longest pay code or sequence the import takes.
+constexpr double kClientNumberLow = 0;
+constexpr double kClientNumberHigh = 9999;
+constexpr std::size_t kPayCodeLength = 2;
+
+constexpr std::size_t kNameWidth = 25;
+constexpr std::size_t kHoursWidth = 8;
+constexpr std::string_view kEarningsRecord = "E";
+
+constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
+constexpr std::size_t kHourTypes = std::size(kHourProperties);
+// The settings field holding each hour type's pay code, in the order above.
+constexpr std::size_t kPayCodeFields[] = {
+    PCPreview::kRegularPayCode,  PCPreview::kOvertime1PayCode, PCPreview::kOvertime2PayCode,
+    PCPreview::kVacationPayCode, PCPreview::kHolidayPayCode,   PCPreview::kSickPayCode,
+    PCPreview::kOtherPayCode};
+
+const FormatPattern& client_number_pattern() {
+  static const FormatPattern pattern("0000");
+  return pattern;
+}
+const FormatPattern& employee_number_pattern() {
+  static const FormatPattern pattern("000000");
+  return pattern;
+}
+const FormatPattern& pay_code_pattern() {
+  static const FormatPattern pattern("0");
+  return pattern;
+}
+const FormatPattern& hours_pattern() {
+  static const FormatPattern pattern("#####.00");
+  return pattern;
+}
+
+// The client number's message speaks of a pay level: the wording users have always
+// seen for this field.
+std::string range_message(double low, double high) {
+  return "Pay Level invalid - Must be between " + general_number_text(low) + " and " +
+         general_number_text(high);
+}
+
+std::string length_message(std::size_t length) {
+  return "Pay Item Code must be " + std::to_string(length) + " chars or less";
+}
+
+}  // namespace
+
+bool PCPreview::Execute(const Variant& pcTimeCards) {
+  return guarded(kExecuteSource, [&] {
+    ValidateSetupData(SetupData());
+
+    fields_ = SettingsFields(setup_data());
+    pay_code_columns_ = {};
+    sequence_column_.reset();
+
+    // All records of all cards, in collection order, as one text.
+    std::string output;
+    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, output); });
+
+    // The file is named by the client number: client 12 gives "0012_TA.txt".
+    const std::string client = client_number_pattern()(Variant(fields_.at(kClientNumber)));
+    SaveDialogRequest request;
+    request.filter = "PayChex Preview Import File [" + client + "_TA.txt] | " + client + "_TA.txt";
+    request.file_name = client + "_TA";
+    if (!save_text(request, output)) return false;
+
+    SetupData(fields_.join());
+    return true;
+  });
+}
+
+bool PCPreview::Setup() {
+  return guarded(kSetupSource, [&]() -> bool {
+    // Here frmPCPreview edits SetupData; when the user saves, the new string goes
+    // through ValidateSetupData at once, so that a bad field is raised from Setup.
+    raise_no_setup_form();
+  });
+}
+
+void PCPreview::ValidateSetupData(std::string_view psSetup) {
+  guarded(kValidateSetupDataSource, [&] {
+    const SettingsFields fields(psSetup);
+    // Only the fields present are checked; the deduction flags are not checked.
+    for (std::size_t position = 0; position < fields.size(); ++position) {
+      const std::string& field = fields.at(position);
+      const long number =
+          static_cast<long>(PCPreviewErrorsEnum::errClientNumber) + static_cast<long>(position);
+      if (position == kClientNumber) {
+        if (!field_in_range(field, kClientNumberLow, kClientNumberHigh))
+          raise(number, kValidateSetupDataSource,
+                range_message(kClientNumberLow, kClientNumberHigh));
+      } else if (position <= kOtherPayCode) {
+        if (field.size() > kPayCodeLength)
+          raise(number, kValidateSetupDataSource, length_message(kPayCodeLength));
+      }
+    }
+  });
+}
+
+void PCPreview::EmployeeRecord(const Variant& card, std::string& output) {
+  guarded(kEmployeeRecordSource, [&] {
+    double minutes[kHourTypes];
+    double total = 0;
+    for (std::size_t type = 0; type < kHourTypes; ++type) {
+      minutes[type] = to_double(get_property(card, kHourProperties[type]));
+      total += minutes[type];
+    }
+    // A card whose time adds up to nothing yields no record, even when some types
+    // hold time that others cancel.
+    if (total == 0) return;
+
+    std::string name = to_concat_text(get_property(card, "FirstName"));
+    name += ' ';
+    name += to_concat_text(get_property(card, "LastName"));
+
+    for (std::size_t type = 0; type < kHourTypes; ++type) {
+      if (!(minutes[type] > 0)) continue;
+      const Variant number = get_property(card, "Number");
+      hours_text_.clear();
+      hours_pattern().append_to(hours_text_, Min2Hrs(minutes[type]));
+
+      // Positions as for a one-character pay code and sequence.
+      employee_number_pattern().append_to(output, number);       //   1-6    "Number", "000000"
+      append_left_justified(output, name, kNameWidth);           //   7-31   name
+      append_spaces(output, 19);                                 //  32-50
+      output += kEarningsRecord;                                 //  51      "E"
+      append_spaces(output, 1);                                  //  52
+      output += pay_code_column(type);                           //  53      pay code, "0"
+      append_spaces(output, 9);                                  //  54-62
+      append_right_justified(output, hours_text_, kHoursWidth);  //  63-70   hours, "#####.00"
+      append_spaces(output, 19);                                 //  71-89
+      output += sequence_column();                               //  90      sequence or blank
+      append_spaces(output, 37);                                 //  91-127
+    }
+  });
+}
+
+double PCPreview::Min2Hrs(double minutes) {
+  return hours::minutes_to_hours(minutes, kMin2HrsSource);
+}
+
+// The pay code through "0": a numeric code loses its leading zeros ("05" is "5"), a
+// letter code stays as it is, an empty one writes nothing. The column is as wide as
+// the code, so a two-character code moves what follows by one.
+const std::string& PCPreview::pay_code_column(std::size_t hour_type) {
+  std::optional<std::string>& column = pay_code_columns_[hour_type];
+  if (!column) column = pay_code_pattern()(Variant(fields_.at(kPayCodeFields[hour_type])));
+  return *column;
+}
+
+// The sequence as it stands when it is a number above zero, otherwise one blank. An
+// empty field counts as no sequence; other text that is not a number is a type
+// mismatch.
+const std::string& PCPreview::sequence_column() {
+  if (!sequence_column_) {
+    const std::string& sequence = fields_.at(kSequence);
+    const bool positive = !sequence.empty() && to_double(Variant(sequence)) > 0;
+    sequence_column_ = positive ? sequence : std::string(" ");
+  }
+  return *sequence_column_;
+}
+
+}  // namespace zorvat::formats

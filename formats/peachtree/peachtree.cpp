@@ -1,0 +1,203 @@
+#include "peachtree/peachtree.h"
+
+#include <limits>
+
+#include "zorvat/automation.h"
+#include "zorvat/error.h"
+#include "zorvat/format.h"
+#include "zorvat/hours.h"
+
+namespace zorvat::formats {
+namespace {
+
+constexpr std::string_view kExecuteSource = "zorvat.Peachtree.Execute";
+constexpr std::string_view kSetupSource = "zorvat.Peachtree.Setup";
+constexpr std::string_view kValidateSource = "zorvat.Peachtree.Validate";
+constexpr std::string_view kOutputHeaderSource = "zorvat.Peachtree.OutputHeader";
+constexpr std::string_view kEmployeeRecordSource = "zorvat.Peachtree.EmployeeRecord";
+constexpr std::string_view kDataRecordSource = "zorvat.Peachtree.DataRecord";
+constexpr std::string_view kMin2HrsSource = "zorvat.Peachtree.Min2Hrs";
+constexpr std::string_view kMin2HrsinHunSource = "zorvat.Peachtree.Min2HrsinHun";
+
+constexpr std::string_view kFileFilter = "Peachtree Complete Import File (*.csv) | *.csv";
+
+// Pay levels run from 0 to 20; pay item codes take up to 32 characters.
+constexpr double kPayLevelLow = 0;
+constexpr double kPayLevelHigh = 20;
+constexpr std::size_t kPayItemCodeLength = 32;
+constexpr std::size_t kHourTypes = 7;
+// Ticket numbers count up without wrapping round.
+constexpr double kNoHighestTicketNumber = std::numeric_limits<double>::infinity();
+
+constexpr std::string_view kTitleRow =
+    "Employee/Vendor,Recorded by ID,Ticket Number,Ticket Date,Has been used in "
+    "Sales/Invoicing,Invoice Number Used,Activity Item ID,Customer/Job/Adm,Completed for "
+    "ID,Pay Level,Has been used in Payroll,Manual/Timed Option,Start Time,End Time,Break,"
+    "Duration,Internal Memo,Billing Type,Billing Rate,Billing Status,Unit Duration,Billing "
+    "Amount,Ticket Description for Invoicing";
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kDescription = "From Horalis";
+
+constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
+
+const FormatPattern& ticket_date_pattern() {
+  static const FormatPattern pattern("mm/dd/yy");
+  return pattern;
+}
+const FormatPattern& whole_hours_pattern() {
+  static const FormatPattern pattern("##0");
+  return pattern;
+}
+const FormatPattern& minutes_pattern() {
+  static const FormatPattern pattern("00");
+  return pattern;
+}
+const FormatPattern& unit_duration_pattern() {
+  static const FormatPattern pattern("##0.00");
+  return pattern;
+}
+
+std::string range_message(double low, double high) {
+  return "Pay Level invalid - Must be between " + general_number_text(low) + " and " +
+         general_number_text(high);
+}
+
+std::string length_message(std::size_t length) {
+  return "Pay Item Code must be " + std::to_string(length) + " chars or less";
+}
+
+}  // namespace
+
+bool Peachtree::Execute(const Variant& pcTimeCards) {
+  return guarded(kExecuteSource, [&] {
+    ValidateSetupData(SetupData());
+
+    SettingsFields fields(setup_data());
+    std::string output;
+    if (field_equals_number(fields.at(kOutputFieldTitles), 1)) OutputHeader(output);
+    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(fields, card, output); });
+
+    if (!save_text({std::string(kFileFilter), {}}, output)) return false;
+
+    // The advanced batch sequence is kept only now that the file is written: after a
+    // cancelled dialog the next run numbers its tickets from the old value again.
+    SetupData(fields.join());
+    return true;
+  });
+}
+
+bool Peachtree::Setup() {
+  return guarded(kSetupSource, [&]() -> bool {
+    // Here frmPeachtree edits SetupData; when the user saves, the new string goes
+    // through ValidateSetupData at once, so that a bad field is raised from Setup.
+    raise_no_setup_form();
+  });
+}
+
+void Peachtree::ValidateSetupData(std::string_view psSetup) {
+  guarded(kValidateSource, [&] {
+    const SettingsFields fields(psSetup);
+    // Only the fields present are checked; the titles flag and the batch sequence are
+    // not checked (a bad sequence fails at the first ticket of an export).
+    for (std::size_t position = 0; position < fields.size(); ++position) {
+      const std::string& field = fields.at(position);
+      const long number =
+          static_cast<long>(PeachtreeErrorsEnum::errLevelReg) + static_cast<long>(position);
+      if (position < kPayItemCodeReg) {
+        if (!field_in_range(field, kPayLevelLow, kPayLevelHigh))
+          raise(number, kValidateSource, range_message(kPayLevelLow, kPayLevelHigh));
+      } else if (position < kOutputFieldTitles) {
+        if (field.size() > kPayItemCodeLength)
+          raise(number, kValidateSource, length_message(kPayItemCodeLength));
+      }
+    }
+  });
+}
+
+void Peachtree::OutputHeader(std::string& output) {
+  guarded(kOutputHeaderSource, [&] {
+    output += kTitleRow;
+    output += kLineEnd;
+  });
+}
+
+void Peachtree::EmployeeRecord(SettingsFields& fields, const Variant& card, std::string& output) {
+  guarded(kEmployeeRecordSource, [&] {
+    for_each(get_property(card, "Days"), [&](const Variant& day) {
+      // A day without worked time yields no ticket, whatever its categories hold.
+      if (to_double(get_property(day, "Hours")) == 0) return;
+      for (std::size_t type = 0; type < kHourTypes; ++type) {
+        const Variant minutes = get_property(day, kHourProperties[type]);
+        // Negative minutes are time too: only zero writes nothing.
+        if (to_double(minutes) == 0) continue;
+        const std::string recorded_by = to_text(get_property(card, "ExportID"));
+        const std::int32_t ticket_number = to_long(Variant(fields.at(kBatchSequence)));
+        const Date ticket_date = to_date(get_property(day, "DayDate"));
+        const std::string& activity_item = fields.at(kPayItemCodeReg + type);
+        const std::int32_t pay_level = to_long(Variant(fields.at(kPayLevelReg + type)));
+        DataRecord(output, recorded_by, ticket_number, ticket_date, activity_item, pay_level,
+                   to_long(minutes), kDescription);
+        advance_counter(fields.at(kBatchSequence), kNoHighestTicketNumber);
+      }
+    });
+  });
+}
+
+void Peachtree::DataRecord(std::string& output, const std::string& recordedBy,
+                           std::int32_t ticketNumber, Date ticketDate,
+                           const std::string& activityItem, std::int32_t payLevel,
+                           std::int32_t minutes, std::string_view description) {
+  guarded(kDataRecordSource, [&] {
+    // The hour part of the duration goes through "##0", which rounds the hours to the
+    // nearest whole hour rather than cutting the fraction: 90 minutes are "2:30". The
+    // importers of these files rely on it.
+    const double hours = Min2Hrs(minutes);
+
+    std::string ticket_date;  // "mm/dd/yy"
+    ticket_date_pattern().append_to(ticket_date, Variant(ticketDate));
+    std::string duration;  // hours "##0", ":", minutes of the hour "00"
+    whole_hours_pattern().append_to(duration, hours);
+    duration += ':';
+    minutes_pattern().append_to(duration, static_cast<double>(minutes % 60));
+    std::string unit_duration;  // hours "##0.00"
+    unit_duration_pattern().append_to(unit_duration, hours);
+
+    // Columns 2 to 23 each follow a ",".
+    auto column = [&](std::string_view text) {
+      output += ',';
+      output += text;
+    };
+    output += '0';                         //  1 Employee/Vendor
+    column(recordedBy);                    //  2 Recorded by ID
+    column(std::to_string(ticketNumber));  //  3 Ticket Number
+    column(ticket_date);                   //  4 Ticket Date
+    column("FALSE");                       //  5 Has been used in Sales/Invoicing
+    column("");                            //  6 Invoice Number Used
+    column(activityItem);                  //  7 Activity Item ID
+    column("3");                           //  8 Customer/Job/Adm
+    column("");                            //  9 Completed for ID
+    column(std::to_string(payLevel));      // 10 Pay Level
+    column("FALSE");                       // 11 Has been used in Payroll
+    column("1");                           // 12 Manual/Timed Option
+    column("");                            // 13 Start Time
+    column("");                            // 14 End Time
+    column("");                            // 15 Break
+    column(duration);                      // 16 Duration
+    column("");                            // 17 Internal Memo
+    output += ",0,0,2";                    // 18-20 Billing Type, Billing Rate, Billing Status
+    column(unit_duration);                 // 21 Unit Duration
+    column("0");                           // 22 Billing Amount
+    column(description);                   // 23 Ticket Description for Invoicing
+    output += kLineEnd;
+  });
+}
+
+double Peachtree::Min2Hrs(double minutes) {
+  return hours::minutes_to_hours(minutes, kMin2HrsSource);
+}
+
+std::int32_t Peachtree::Min2HrsinHun(std::int32_t minutes) {
+  return hours::minutes_to_hundredths(minutes, kMin2HrsinHunSource);
+}
+
+}  // namespace zorvat::formats

@@ -1,0 +1,206 @@
+#include "primepay/primepay.h"
+
+#include <iterator>
+
+#include "zorvat/automation.h"
+#include "zorvat/columns.h"
+#include "zorvat/error.h"
+#include "zorvat/format.h"
+#include "zorvat/hours.h"
+
+namespace zorvat::formats {
+namespace {
+
+constexpr std::string_view kExecuteSource = "zorvat.PrimePay.Execute";
+constexpr std::string_view kSetupSource = "zorvat.PrimePay.Setup";
+constexpr std::string_view kValidateSource = "zorvat.PrimePay.Validate";
+constexpr std::string_view kOutputHeaderSource = "zorvat.PrimePay.OutputHeader";
+constexpr std::string_view kEmployeeRecordSource = "zorvat.PrimePay.EmployeeRecord";
+constexpr std::string_view kMin2HrsSource = "zorvat.PrimePay.Min2Hrs";
+constexpr std::string_view kMin2HrsinHunSource = "zorvat.PrimePay.Min2HrsinHun";
+
+constexpr std::string_view kFileFilter = "PrimePay PrimeLink Import File (*.DAT) | *.DAT";
+
+// The batch sequence runs from 0 to 127, the pay codes from 0 to 99.
+constexpr double kBatchSequenceLow = 0;
+constexpr double kBatchSequenceHigh = 127;
+constexpr double kPayCodeLow = 0;
+constexpr double kPayCodeHigh = 99;
+
+constexpr std::string_view kRecorderName = "Brantell Time Recorder";
+constexpr std::size_t kRecorderNameWidth = 37;
+constexpr std::string_view kLineEnd = "\r\n";
+
+constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
+constexpr std::size_t kHourTypes = std::size(kHourProperties);
+constexpr std::size_t kRegular = 0;
+// The settings field holding each hour type's pay code, in the order above. Regular
+// time has none; other time is written with the sick pay code, as PrimePay's import
+// has always received it.
+constexpr std::size_t kPayCodeFields[] = {0,
+                                          PrimePay::kOvertime1PayCode,
+                                          PrimePay::kOvertime2PayCode,
+                                          PrimePay::kVacationPayCode,
+                                          PrimePay::kHolidayPayCode,
+                                          PrimePay::kSickPayCode,
+                                          PrimePay::kSickPayCode};
+
+const FormatPattern& date_pattern() {
+  static const FormatPattern pattern("mm/dd/yy");
+  return pattern;
+}
+const FormatPattern& employee_number_pattern() {
+  static const FormatPattern pattern("000000");
+  return pattern;
+}
+const FormatPattern& regular_hours_pattern() {
+  static const FormatPattern pattern("000000");
+  return pattern;
+}
+const FormatPattern& other_hours_pattern() {
+  static const FormatPattern pattern("0000000");
+  return pattern;
+}
+const FormatPattern& pay_code_pattern() {
+  static const FormatPattern pattern("00");
+  return pattern;
+}
+const FormatPattern& batch_pattern() {
+  static const FormatPattern pattern("000");
+  return pattern;
+}
+
+}  // namespace
+
+bool PrimePay::Execute(const Variant& pcTimeCards) {
+  return guarded(kExecuteSource, [&] {
+    ValidateSetupData(SetupData());
+
+    time_cards_ = pcTimeCards;
+    fields_ = SettingsFields(setup_data());
+    pay_code_columns_ = {};
+    batch_column_.reset();
+
+    std::string output;
+    OutputHeader(output);
+    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, output); });
+
+    // The file keeps its settings as they were: nothing here advances.
+    return save_text({std::string(kFileFilter), {}}, output);
+  });
+}
+
+bool PrimePay::Setup() {
+  return guarded(kSetupSource, [&]() -> bool {
+    // Here frmPrimePay edits SetupData; when the user saves, the new string goes
+    // through ValidateSetupData at once, so that a bad field is raised from Setup.
+    raise_no_setup_form();
+  });
+}
+
+void PrimePay::ValidateSetupData(std::string_view psSetup) {
+  guarded(kValidateSource, [&] {
+    const SettingsFields fields(psSetup);
+    // Only the fields present are checked.
+    for (std::size_t position = 0; position < fields.size(); ++position) {
+      const std::string& field = fields.at(position);
+      const long number = static_cast<long>(PrimePayErrorsEnum::errBatchSequenceNumber) +
+                          static_cast<long>(position);
+      if (position == kBatchSequenceNumber) {
+        if (!field_in_range(field, kBatchSequenceLow, kBatchSequenceHigh))
+          raise(number, kValidateSource, "Batch Sequence Number invalid");
+      } else if (position <= kOtherPayCode) {
+        // Compared as numbers with no numeric test first: a code that is not a number
+        // is a type mismatch.
+        const double code = to_double(Variant(field));
+        if (code < kPayCodeLow || code > kPayCodeHigh)
+          raise(number, kValidateSource, "Paycode field invalid");
+      }
+    }
+  });
+}
+
+// The header line, 63 characters.
+void PrimePay::OutputHeader(std::string& output) {
+  guarded(kOutputHeaderSource, [&] {
+    const Variant today(context().clock.today());
+    const Variant period_end = get_property(time_cards_, "PeriodEnd");
+    output += 'H';                                                     //  1     "H"
+    output += "PTA10001";                                              //  2-9   "PTA10001"
+    date_pattern().append_to(output, today);                           // 10-17  today
+    append_left_justified(output, kRecorderName, kRecorderNameWidth);  // 18-54  recorder name
+    output += 'N';                                                     // 55     "N"
+    date_pattern().append_to(output, period_end);                      // 56-63  "PeriodEnd"
+    output += kLineEnd;
+  });
+}
+
+// The detail lines of one card, 65 characters each: the regular line carries its
+// hundredths at 9-14, the other lines theirs at 20-26 followed by the pay code. The
+// batch column is the batch sequence through "000" when it is above zero, otherwise
+// blank.
+void PrimePay::EmployeeRecord(const Variant& card, std::string& output) {
+  guarded(kEmployeeRecordSource, [&] {
+    double minutes[kHourTypes];
+    double total = 0;
+    for (std::size_t type = 0; type < kHourTypes; ++type) {
+      minutes[type] = to_double(get_property(card, kHourProperties[type]));
+      total += minutes[type];
+    }
+    // A card whose time adds up to nothing yields no line, even when some types hold
+    // time that others cancel.
+    if (total == 0) return;
+
+    for (std::size_t type = 0; type < kHourTypes; ++type) {
+      if (!(minutes[type] > 0)) continue;
+      const double hundredths = Min2HrsinHun(double_to_long(minutes[type]));
+      const Variant number = get_property(card, "Number");
+
+      if (type == kRegular) {
+        output += 'D';                                          //  1     "D"
+        employee_number_pattern().append_to(output, number);    //  2-7   "Number", "000000"
+        append_spaces(output, 1);                               //  8
+        regular_hours_pattern().append_to(output, hundredths);  //  9-14  hundredths, "000000"
+        append_spaces(output, 48);                              // 15-62
+        output += batch_column();                               // 63-65  batch
+      } else {
+        output += 'D';                                        //  1     "D"
+        employee_number_pattern().append_to(output, number);  //  2-7   "Number", "000000"
+        append_spaces(output, 1);                             //  8
+        append_spaces(output, 6);                             //  9-14
+        append_spaces(output, 5);                             // 15-19
+        other_hours_pattern().append_to(output, hundredths);  // 20-26  hundredths, "0000000"
+        output += pay_code_column(type);                      // 27-28  pay code, "00"
+        append_spaces(output, 34);                            // 29-62
+        output += batch_column();                             // 63-65  batch
+      }
+      output += kLineEnd;
+    }
+  });
+}
+
+std::int32_t PrimePay::Min2HrsinHun(std::int32_t minutes) {
+  return hours::minutes_to_hundredths(minutes, kMin2HrsinHunSource);
+}
+
+std::int32_t PrimePay::Min2Hrs(std::int32_t minutes) {
+  return hours::minutes_to_whole_hours(minutes, kMin2HrsSource);
+}
+
+// The hour type's pay code through "00".
+const std::string& PrimePay::pay_code_column(std::size_t hour_type) {
+  std::optional<std::string>& column = pay_code_columns_[hour_type];
+  if (!column) column = pay_code_pattern()(Variant(fields_.at(kPayCodeFields[hour_type])));
+  return *column;
+}
+
+// The batch sequence through "000" when it is above zero, otherwise three blanks.
+const std::string& PrimePay::batch_column() {
+  if (!batch_column_) {
+    const Variant batch(fields_.at(kBatchSequenceNumber));
+    batch_column_ = to_double(batch) > 0 ? batch_pattern()(batch) : std::string(3, ' ');
+  }
+  return *batch_column_;
+}
+
+}  // namespace zorvat::formats
