@@ -86,43 +86,34 @@ void Generic::run_check() {
   Validate("", value);
 }
 
-std::string Generic::GetSeperator() {
-  if (separator_) return *separator_;
-  return guarded(kGetSeperatorSource, [&] {
-    const SettingsFields fields(setup_data());
-    std::string separator;
-    if (field_is_true(fields.at(kSeparatorTab)))
-      separator = kTabOptionSeparator;
-    else if (field_is_true(fields.at(kSeparatorComma)))
-      separator = ",";
-    else if (field_is_true(fields.at(kSeparatorSlash)))
-      separator = "/";
-    else if (field_is_true(fields.at(kSeparatorSemiColon)))
-      separator = ";";
-    else if (field_is_true(fields.at(kSeparatorCustom)))
-      separator = fields.at(kCustomSeparatorText);
-    separator_ = separator;
-    return separator;
-  });
+const std::string& Generic::GetSeperator() {
+  if (!separator_) {
+    separator_ = guarded(kGetSeperatorSource, [&]() -> std::string {
+      const SettingsFields fields(setup_data());
+      if (field_is_true(fields.at(kSeparatorTab))) return std::string(kTabOptionSeparator);
+      if (field_is_true(fields.at(kSeparatorComma))) return ",";
+      if (field_is_true(fields.at(kSeparatorSlash))) return "/";
+      if (field_is_true(fields.at(kSeparatorSemiColon))) return ";";
+      if (field_is_true(fields.at(kSeparatorCustom))) return fields.at(kCustomSeparatorText);
+      return {};  // no option selected: the fields run together
+    });
+  }
+  return *separator_;
 }
 
-std::string Generic::LineTerminator() {
-  if (terminator_) return *terminator_;
-  return guarded(kLineTerminatorSource, [&] {
-    const SettingsFields fields(setup_data());
-    const double choice = to_double(Variant(fields.at(kLineTerminator)));
-    std::string terminator;
-    if (choice == 0)
-      terminator = "\r\n";
-    else if (choice == 1)
-      terminator = "\r";
-    else if (choice == 2)
-      terminator = "\n";
-    else if (choice == 3)
-      terminator = "\n\r";
-    terminator_ = terminator;
-    return terminator;
-  });
+const std::string& Generic::LineTerminator() {
+  if (!terminator_) {
+    terminator_ = guarded(kLineTerminatorSource, [&]() -> std::string {
+      const SettingsFields fields(setup_data());
+      const double choice = to_double(Variant(fields.at(kLineTerminator)));
+      if (choice == 0) return "\r\n";
+      if (choice == 1) return "\r";
+      if (choice == 2) return "\n";
+      if (choice == 3) return "\n\r";
+      return {};  // any other value: no terminator at all
+    });
+  }
+  return *terminator_;
 }
 
 namespace {
@@ -158,7 +149,7 @@ void Generic::append_field(std::string& text, std::string_view field) {
 
 void Generic::CreateHeader(std::string& text) {
   guarded(kCreateHeaderSource, [&] {
-    const std::string separator = GetSeperator();
+    const std::string& separator = GetSeperator();
     bool first = true;
     auto title = [&](std::string_view name) {
       if (!first) text += separator;

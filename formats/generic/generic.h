@@ -44,11 +44,11 @@ class Generic final : public ExportClass {
   std::string_view check_method_name() const override { return "Validate"; }
 
  private:
-  std::string GetSeperator();
+  const std::string& GetSeperator();
   void CreateHeader(std::string& text);
   void EmployeeRecord(const Variant& card, std::string& text);
   double Min2Hrs(double minutes);
-  std::string LineTerminator();
+  const std::string& LineTerminator();
 
   // The settings tests a record makes, each worked out on first use.
   bool quoting();
