@@ -1,11 +1,10 @@
 #include "generic/generic.h"
 
-#include <algorithm>
-
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
+#include "zorvat/text.h"
 
 namespace zorvat::formats {
 namespace {
@@ -73,9 +72,7 @@ bool Generic::Setup() {
 
 void Generic::Validate(std::string_view psProperty, Variant& pvValue) {
   guarded(kValidateSource, [&] {
-    std::string property(psProperty);
-    std::transform(property.begin(), property.end(), property.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+    const std::string property = to_upper_ascii(psProperty);
     // No property has a rule: every name and value is accepted as it is.
     static_cast<void>(pvValue);
   });

@@ -3,18 +3,10 @@
 #include <algorithm>
 
 #include "zorvat/error.h"
+#include "zorvat/text.h"
 
 namespace zorvat {
-namespace {
-
-bool iequals(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return fold(x) == fold(y);
-  });
-}
-
-}  // namespace
+namespace {}  // namespace
 
 std::string ExportClass::source_of(std::string_view procedure) const {
   std::string source = prog_id();

@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "zorvat/error.h"
+#include "zorvat/text.h"
 
 namespace zorvat {
 namespace {
@@ -62,10 +63,6 @@ struct Section {
   int text_places = 0;
 };
 
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 // Splits at ";" outside quotes and escapes.
 std::vector<std::string_view> split_sections(std::string_view pattern) {
   std::vector<std::string_view> sections;
@@ -102,7 +99,7 @@ Kind classify(std::string_view pattern) {
     }
     if (c == '0' || c == '#') return Kind::Number;
     if (c == '@' || c == '&') text = true;
-    const char l = lower(c);
+    const char l = to_lower_ascii(c);
     if (l == 'd' || l == 'm' || l == 'y' || l == 'h' || l == 'n' || l == 's' || l == 'w' ||
         l == 'q')
       date = true;
@@ -184,7 +181,7 @@ Section parse_date_section(std::string_view pattern) {
   for (std::size_t i = 0; i < pattern.size(); ++i) {
     if (take_quoted(pattern, i, section.tokens)) continue;
     const char c = pattern[i];
-    const char l = lower(c);
+    const char l = to_lower_ascii(c);
     if (pattern.substr(i, 5) == "AM/PM" || pattern.substr(i, 5) == "am/pm" ||
         pattern.substr(i, 3) == "A/P" || pattern.substr(i, 3) == "a/p") {
       Token token;
@@ -197,7 +194,7 @@ Section parse_date_section(std::string_view pattern) {
     if (l == 'd' || l == 'm' || l == 'y' || l == 'h' || l == 'n' || l == 's' || l == 'w' ||
         l == 'q') {
       std::size_t run = 1;
-      while (i + run < pattern.size() && lower(pattern[i + run]) == l) ++run;
+      while (i + run < pattern.size() && to_lower_ascii(pattern[i + run]) == l) ++run;
       Token token;
       token.width = static_cast<int>(run);
       switch (l) {
@@ -538,11 +535,8 @@ void render_date(std::string& out, const Section& section, Date date) {
 void render_text(std::string& out, const Section& section, std::string text) {
   const int places = section.text_places;
   const int length = static_cast<int>(text.size());
-  if (section.case_mode == '<')
-    for (char& c : text) c = lower(c);
-  if (section.case_mode == '>')
-    for (char& c : text)
-      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  if (section.case_mode == '<') text = to_lower_ascii(text);
+  if (section.case_mode == '>') text = to_upper_ascii(text);
   int place = 0;
   std::size_t next = 0;
   for (const Token& token : section.tokens) {

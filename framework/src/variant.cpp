@@ -7,20 +7,10 @@
 
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
+#include "zorvat/text.h"
 
 namespace zorvat {
 namespace {
-
-bool iequals(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    char x = a[i], y = b[i];
-    if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
-    if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
-    if (x != y) return false;
-  }
-  return true;
-}
 
 bool is_blank(char c) {
   return c == ' ' || c == '\t';

@@ -12,6 +12,7 @@
 
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
+#include "zorvat/text.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -40,14 +41,8 @@
 namespace zorvat::cli {
 namespace {
 
-char fold(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string folded(std::string_view text) {
-  std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(), fold);
-  return result;
+  return to_lower_ascii(text);
 }
 
 enum class Kind : std::uint8_t { Long, Double, Text, Date, Boolean, Null, Object, Array };
@@ -200,7 +195,7 @@ class CellObject final : public AutomationObject {
   Variant get(std::string_view property) const override {
     const Cell* field = find(property);
     if (field != nullptr) return to_variant(store_, *field);
-    if (cell_.kind == Kind::Array && fold_equals(property, "count"))
+    if (cell_.kind == Kind::Array && iequals(property, "count"))
       return Variant(static_cast<std::int32_t>(cell_.span.count));
     raise_not_supported();
   }
@@ -226,10 +221,6 @@ class CellObject final : public AutomationObject {
   }
 
  private:
-  static bool fold_equals(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                              [](char x, char y) { return fold(x) == fold(y); });
-  }
   StoreRef store_;
   Cell cell_;
 };

@@ -3,16 +3,10 @@
 #include <algorithm>
 
 #include "zorvat/error.h"
+#include "zorvat/text.h"
 
 namespace zorvat::scripted {
 namespace {
-
-bool iequals(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return fold(x) == fold(y);
-  });
-}
 
 class VectorEnumerator final : public Enumerator {
  public:
