@@ -357,37 +357,135 @@ class Loader {
   Cell load_cards() {
     take('[');
     std::vector<Cell> card_cells;
-    skip_blanks();
-    if (!take(']')) {
-      while (true) {
-        const std::size_t piece_start = pos_;
-        std::size_t count = 0;
-        bool closed = false;
-        while (true) {
-          skip_blanks();
-          skip_value();
-          ++count;
-          skip_blanks();
-          if (take(',')) {
-            if (pos_ - piece_start >= kPieceBytes) break;
-            continue;
+    std::size_t piece_start = pos_;
+    std::size_t count = 1;  // cards in the piece so far: separators seen + 1
+    // Every comma between two cards is a place to cut; a piece is cut at the first
+    // one past its size, and the rest of the array is the last piece.
+    const std::size_t close = scan_array(pos_, [&](std::size_t comma) {
+      if (comma - piece_start < kPieceBytes) {
+        ++count;
+        return;
+      }
+      convert_cards(json_.substr(piece_start, comma - piece_start), count, card_cells);
+      piece_start = comma + 1;
+      count = 1;
+    });
+    const std::string_view last = json_.substr(piece_start, close - piece_start);
+    const bool blank = last.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    if (!blank)
+      convert_cards(last, count, card_cells);
+    else if (!card_cells.empty() || count > 1)
+      syntax_error();  // "[1,]" or "[,]"
+    pos_ = close + 1;
+    return append_run(card_cells, Kind::Array);
+  }
+
+  // Walks an array's text from `from` (just past its "[") to its closing "]", whose
+  // position it returns, calling `separator(position)` for each comma between two of
+  // its elements. Sixty-four bytes are classified at a time: where a block holds a
+  // quote, a prefix XOR of the quote bits tells which bytes lie inside strings, and
+  // only the brackets and commas outside them are visited. A block with a backslash
+  // (an escape) is walked byte by byte. Only the nesting is checked here; the pieces'
+  // parser checks the rest.
+  template <class Separator>
+  std::size_t scan_array(std::size_t from, Separator&& separator) {
+    const char* begin = json_.data();
+    const std::size_t size = json_.size();
+    bool in_string = false;
+    int depth = 0;
+    std::size_t at = from;
+    // Returns true at the array's own closing bracket.
+    auto structural = [&](std::size_t position, char c) {
+      switch (c) {
+        case '{':
+        case '[':
+          if (++depth > 1024) fail(name_, "not valid JSON", "nested too deeply");
+          return false;
+        case '}':
+        case ']':
+          if (depth == 0) {
+            if (c != ']') syntax_error();
+            return true;
           }
-          if (peek() == ']') {
-            closed = true;
-            break;
-          }
-          syntax_error();
-        }
-        std::size_t piece_end = pos_;
-        if (!closed) --piece_end;  // leave the separating comma out
-        convert_cards(json_.substr(piece_start, piece_end - piece_start), count, card_cells);
-        if (closed) {
-          take(']');
-          break;
+          --depth;
+          return false;
+        default:  // ','
+          if (depth == 0) separator(position);
+          return false;
+      }
+    };
+    auto walk_bytes = [&](std::size_t end, std::size_t& close) {
+      for (; at < end; ++at) {
+        const char c = begin[at];
+        if (in_string) {
+          if (c == '\\')
+            ++at;
+          else if (c == '"')
+            in_string = false;
+        } else if (c == '"') {
+          in_string = true;
+        } else if ((c == '{' || c == '[' || c == '}' || c == ']' || c == ',') &&
+                   structural(at, c)) {
+          close = at;
+          return true;
         }
       }
+      return false;
+    };
+    std::size_t close = 0;
+#if defined(__SSE2__)
+    while (at + 64 <= size) {
+      const std::uint64_t backslashes = block_mask<'\\'>(begin + at);
+      if (backslashes != 0) {
+        // Escapes: byte by byte to the end of the block (an escape may reach one
+        // byte past it, which the walk then skips).
+        if (walk_bytes(at + 64, close)) return close;
+        continue;
+      }
+      const std::uint64_t quotes = block_mask<'"'>(begin + at);
+      std::uint64_t inside = prefix_xor(quotes) ^ (in_string ? ~std::uint64_t{0} : 0);
+      in_string = (inside >> 63) != 0;
+      std::uint64_t marks = block_mask<'{', '[', '}', ']', ','>(begin + at) & ~inside;
+      while (marks != 0) {
+        const int bit = __builtin_ctzll(marks);
+        const std::size_t position = at + static_cast<std::size_t>(bit);
+        if (structural(position, begin[position])) return position;
+        marks &= marks - 1;
+      }
+      at += 64;
     }
-    return append_run(card_cells, Kind::Array);
+#endif
+    if (walk_bytes(size, close)) return close;
+    at = size;
+    syntax_error();
+  }
+
+#if defined(__SSE2__)
+  // One bit per byte of the 64 at `p`: set where the byte is one of `Chars`.
+  template <char... Chars>
+  static std::uint64_t block_mask(const char* p) {
+    std::uint64_t mask = 0;
+    for (int part = 0; part < 4; ++part) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * part));
+      __m128i hits = _mm_setzero_si128();
+      ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(block, _mm_set1_epi8(Chars)))), ...);
+      mask |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(hits)))
+              << (16 * part);
+    }
+    return mask;
+  }
+#endif
+
+  // Bit i of the result is the parity of the bits 0..i of `bits`: behind an odd
+  // number of quotes, a byte is inside a string.
+  static std::uint64_t prefix_xor(std::uint64_t bits) {
+    bits ^= bits << 1;
+    bits ^= bits << 2;
+    bits ^= bits << 4;
+    bits ^= bits << 8;
+    bits ^= bits << 16;
+    bits ^= bits << 32;
+    return bits;
   }
 
   void convert_cards(std::string_view piece, std::size_t count, std::vector<Cell>& card_cells) {
@@ -530,7 +628,9 @@ class Loader {
 
   // --- the scanner: just enough JSON to find fields and card boundaries ---------
 
-  char peek() const { return pos_ < json_.size() ? json_[pos_] : '\0'; }
+  char peek() const {
+    return pos_ < json_.size() ? json_[pos_] : '\0';
+  }
   bool take(char c) {
     if (peek() != c || pos_ >= json_.size()) return false;
     ++pos_;

@@ -1,0 +1,164 @@
+// The JSON time cards against an independent parser: every value of generated files
+// (with quotes, backslashes and brackets inside text, at every offset, and files large
+// enough to be read in several pieces) must come back as that parser reads it.
+#include "json_cards.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <random>
+
+#include "zorvat/automation.h"
+#include "zorvat/error.h"
+
+namespace zorvat::cli {
+namespace {
+
+using nlohmann::json;
+
+// Compares a loaded value with the independent parser's reading of it.
+void expect_same(const Variant& loaded, const json& expected, const std::string& where) {
+  switch (expected.type()) {
+    case json::value_t::string:
+      if (loaded.type() == Variant::Type::Date) return;  // dates are checked separately
+      ASSERT_TRUE(loaded.is_string()) << where;
+      EXPECT_EQ(loaded.as_string(), expected.get<std::string>()) << where;
+      break;
+    case json::value_t::number_integer:
+    case json::value_t::number_unsigned:
+      if (loaded.type() == Variant::Type::Long)
+        EXPECT_EQ(loaded.as_long(), expected.get<std::int64_t>()) << where;
+      else
+        EXPECT_EQ(loaded.as_double(), expected.get<double>()) << where;
+      break;
+    case json::value_t::number_float:
+      EXPECT_EQ(loaded.as_double(), expected.get<double>()) << where;
+      break;
+    case json::value_t::boolean:
+      EXPECT_EQ(loaded.as_boolean(), expected.get<bool>()) << where;
+      break;
+    case json::value_t::null:
+      EXPECT_TRUE(loaded.is_null()) << where;
+      break;
+    case json::value_t::array: {
+      std::size_t index = 0;
+      for_each(loaded, [&](const Variant& element) {
+        ASSERT_LT(index, expected.size()) << where;
+        expect_same(element, expected[index], where + "[" + std::to_string(index) + "]");
+        ++index;
+      });
+      EXPECT_EQ(index, expected.size()) << where;
+      EXPECT_EQ(to_long(get_property(loaded, "Count")), static_cast<std::int32_t>(expected.size()));
+      break;
+    }
+    case json::value_t::object:
+      for (const auto& [key, value] : expected.items())
+        expect_same(get_property(loaded, key), value, where + "." + key);
+      break;
+    default:
+      FAIL() << where;
+  }
+}
+
+// Text that is hard on a scanner: quotes, backslashes, brackets and commas, escapes
+// of every kind and non-ASCII text.
+std::string tricky_text(std::mt19937& random) {
+  static const std::vector<std::string> pieces = {
+      "\"",           "\\",  "{",   "}",      "[",   "]",  ",",
+      "\\\"",         "a",   "Ann", " ",      "\n",  "\t", "\xC3\xA9",
+      "\xE2\x82\xAC", "],[", "},{", "\\\\\"", "\"}]"};
+  std::string text;
+  const int length = static_cast<int>(random() % 12);
+  for (int i = 0; i < length; ++i) text += pieces[random() % pieces.size()];
+  return text;
+}
+
+json random_cards(std::mt19937& random, int count) {
+  json cards = json::array();
+  for (int i = 0; i < count; ++i) {
+    json card = {{"ExportID", tricky_text(random)},
+                 {"Number", static_cast<int>(random() % 100000)},
+                 {"REG", static_cast<int>(random() % 5000) - 100},
+                 {"OT1", static_cast<double>(random() % 7) / 2.0},
+                 {"Badge", random() % 2 ? json(tricky_text(random)) : json(nullptr)},
+                 {"Big", 3000000000LL + static_cast<long long>(random() % 1000)},
+                 {"Flag", random() % 2 == 0},
+                 {"Nested", {{"a", json::array({1, "x", json::object()})}}}};
+    json days = json::array();
+    for (int d = 0; d < static_cast<int>(random() % 4); ++d)
+      days.push_back({{"DayDate", "2004-03-0" + std::to_string(d + 1)},
+                      {"Hours", 480},
+                      {"Note", tricky_text(random)}});
+    card["Days"] = days;
+    cards.push_back(card);
+  }
+  return {{"PeriodEnd", "2004-03-06"}, {"Title", tricky_text(random)}, {"cards", cards}};
+}
+
+TEST(JsonCards, ValuesMatchAnIndependentParser) {
+  std::mt19937 random(20040306);
+  for (int round = 0; round < 40; ++round) {
+    const json document = random_cards(random, 1 + round * 3);
+    // Pretty and compact layouts move every value to other offsets.
+    for (int indent : {-1, 1, 4}) {
+      const std::string text = document.dump(indent);
+      const Variant cards = load_cards_json(text, "generated");
+      expect_same(cards, document["cards"], "cards");
+      EXPECT_EQ(get_property(cards, "Title").as_string(), document["Title"].get<std::string>());
+      EXPECT_EQ(to_date(get_property(cards, "PeriodEnd")), Date::from_civil(2004, 3, 6));
+    }
+  }
+}
+
+TEST(JsonCards, LargeFilesAreReadInPiecesWithoutLosingACard) {
+  std::mt19937 random(7);
+  const json document = random_cards(random, 40000);  // several megabytes
+  const std::string text = document.dump(1);
+  ASSERT_GT(text.size(), 9u << 20);
+  const Variant cards = load_cards_json(text, "large");
+  EXPECT_EQ(to_long(get_property(cards, "Count")), 40000);
+  expect_same(cards, document["cards"], "cards");
+}
+
+TEST(JsonCards, EscapesAtEveryOffsetOfABlock) {
+  // A backslash run ending exactly at each offset of a 64-byte block.
+  for (int pad = 0; pad < 130; ++pad) {
+    const json document = {
+        {"cards", json::array({{{"A", std::string(static_cast<std::size_t>(pad), 'x') + "\\\"]},"},
+                                {"B", 1}},
+                               {{"A", "\\"}, {"B", 2}}})}};
+    const Variant cards = load_cards_json(document.dump(), "escapes");
+    expect_same(cards, document["cards"], "pad " + std::to_string(pad));
+  }
+}
+
+TEST(JsonCards, MalformedArraysAreRejected) {
+  for (const char* text :
+       {"{\"cards\": [{\"a\": 1},]}", "{\"cards\": [,]}", "{\"cards\": [{\"a\": \"]}",
+        "{\"cards\": [{\"a\": 1}}", "{\"cards\": [{\"a\": 1}", "{\"cards\": [1 2]}"}) {
+    EXPECT_THROW(load_cards_json(text, "bad"), CardsFileError) << text;
+  }
+  EXPECT_EQ(to_long(get_property(load_cards_json("{\"cards\": [ ]}", "empty"), "Count")), 0);
+  EXPECT_EQ(to_long(get_property(load_cards_json("{\"cards\":[]}", "empty"), "Count")), 0);
+}
+
+TEST(JsonCards, DeepNestingIsRefused) {
+  const std::string deep = "{\"cards\": [" + std::string(2000, '[') + std::string(2000, ']') + "]}";
+  EXPECT_THROW(load_cards_json(deep, "deep"), CardsFileError);
+}
+
+TEST(JsonCards, AbsentPropertiesRaise438) {
+  const Variant cards = load_cards_json("{\"cards\": [{\"REG\": 60}]}", "one");
+  for_each(cards, [](const Variant& card) {
+    EXPECT_EQ(to_long(get_property(card, "reg")), 60);
+    try {
+      get_property(card, "OT1");
+      FAIL();
+    } catch (const Error& error) {
+      EXPECT_EQ(error.number(), 438);
+    }
+  });
+}
+
+}  // namespace
+}  // namespace zorvat::cli
