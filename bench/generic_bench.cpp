@@ -18,6 +18,7 @@
 
 #ifdef ZORVAT_CLI
 #include "json_cards.h"
+#include "posix_file_system.h"
 #endif
 
 extern char** environ;
@@ -156,7 +157,7 @@ void BM_GenericJsonToFile(benchmark::State& state) {
   Today today;
   for (auto _ : state) {
     const Variant cards = cli::load_cards_file(input.string());
-    formats::Generic generic({ui, standard_output_files(), today});
+    formats::Generic generic({ui, cli::safe_output_files(), today});
     generic.SetupData(kSetup);
     benchmark::DoNotOptimize(generic.Execute(cards));
   }

@@ -30,6 +30,10 @@ std::string_view runtime_error_text(long number) {
       return "Path/File access error";
     case rt::kPathNotFound:
       return "Path not found";
+    case rt::kDeviceIoError:
+      return "Device I/O error";
+    case rt::kTooManyFiles:
+      return "Too many files";
     case rt::kInvalidUseOfNull:
       return "Invalid use of Null";
     case rt::kObjectDoesntSupport:

@@ -11,6 +11,7 @@
 #include "builtin_formats.h"
 #include "cli_ui.h"
 #include "json_cards.h"
+#include "posix_file_system.h"
 #include "zorvat/error.h"
 
 namespace zorvat::cli {
@@ -99,7 +100,7 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   }
 
   CommandLineUi ui({request.out, interactive && !request.json, !request.json});
-  RecordingFiles files(standard_output_files());
+  RecordingFiles files(safe_output_files());
   FixedDateClock clock(today);
   const ExportContext context{ui, files, clock};
 

@@ -31,6 +31,8 @@ inline constexpr long kDiskFull = 61;
 inline constexpr long kPermissionDenied = 70;
 inline constexpr long kPathFileAccessError = 75;
 inline constexpr long kPathNotFound = 76;
+inline constexpr long kDeviceIoError = 57;
+inline constexpr long kTooManyFiles = 67;
 inline constexpr long kInvalidUseOfNull = 94;
 inline constexpr long kObjectDoesntSupport = 438;
 }  // namespace rt

@@ -71,9 +71,7 @@ struct ExportContext {
   const Clock& clock;
 };
 
-// Standard implementations: the local file system through the C++ library, and the
-// system clock.
-OutputFiles& standard_output_files();
+// The system clock: today in local time.
 const Clock& system_clock();
 
 }  // namespace zorvat
