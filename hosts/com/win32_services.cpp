@@ -107,7 +107,9 @@ int show_message(const MessageBoxRequest& request, UINT buttons) {
   return MessageBoxW(owner_window(), text.c_str(), title.c_str(), style);
 }
 
-[[noreturn]] void raise_last_error() { raise_runtime(file_error_from_win32(GetLastError())); }
+[[noreturn]] void raise_last_error() {
+  raise_runtime(file_error_from_win32(GetLastError()));
+}
 
 // An open output file; closed without a report if the file step gives up on it.
 class Win32Stream final : public OutputStream {
