@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a build needs, only those that are missing.
 #   scripts/install-deps.sh core      compiler, CMake, libraries, test and bench tools
+#   scripts/install-deps.sh fuzz      clang with libFuzzer for the fuzz targets
 #   scripts/install-deps.sh windows   MinGW-w64 cross compilers, Wine and Xvfb for the COM server
-#   scripts/install-deps.sh all       both
+#   scripts/install-deps.sh all       all of them
 set -euo pipefail
 
 core=(g++ cmake ninja-build make pkg-config libgtest-dev libgmock-dev libbenchmark-dev
       libsimdjson-dev nlohmann-json3-dev libcli11-dev libfmt-dev libpugixml-dev clang-format python3)
+fuzz=(clang-14 libclang-rt-14-dev)
 windows=(g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools wine wine64 libwine-dev xvfb
          x11-utils imagemagick)
 
@@ -14,9 +16,10 @@ wanted=()
 for group in "${@:-core}"; do
   case "$group" in
     core) wanted+=("${core[@]}") ;;
+    fuzz) wanted+=("${fuzz[@]}") ;;
     windows) wanted+=("${windows[@]}") ;;
-    all) wanted+=("${core[@]}" "${windows[@]}") ;;
-    *) echo "install-deps: unknown group '$group' (core, windows, all)" >&2; exit 2 ;;
+    all) wanted+=("${core[@]}" "${fuzz[@]}" "${windows[@]}") ;;
+    *) echo "install-deps: unknown group '$group' (core, fuzz, windows, all)" >&2; exit 2 ;;
   esac
 done
 

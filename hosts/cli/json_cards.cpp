@@ -47,6 +47,12 @@ std::string folded(std::string_view text) {
 
 enum class Kind : std::uint8_t { Long, Double, Text, Date, Boolean, Null, Object, Array };
 
+// Where a run of text or cells lies.
+struct Span {
+  std::uint32_t first;  // Text: offset in the arena; Object/Array: first cell
+  std::uint32_t count;  // Text: length; Object/Array: number of cells
+};
+
 struct Cell {
   std::uint32_t key = 0;  // the field's name in the key table; 0 for array elements
   Kind kind = Kind::Null;
@@ -54,10 +60,7 @@ struct Cell {
     std::int32_t long_value;
     double number;  // Double, and the serial day of a Date
     bool boolean;
-    struct {
-      std::uint32_t first;  // Text: offset in the arena; Object/Array: first cell
-      std::uint32_t count;  // Text: length; Object/Array: number of cells
-    } span;
+    Span span;
   };
   Cell() : number(0.0) {}
 };
