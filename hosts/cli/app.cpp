@@ -12,6 +12,7 @@
 #include "cli_ui.h"
 #include "json_cards.h"
 #include "posix_file_system.h"
+#include "reconcile_command.h"
 #include "zorvat/error.h"
 
 namespace zorvat::cli {
@@ -166,6 +167,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       app.add_subcommand("validate", "run only the class's check of its settings");
   add_common(validate_command);
   CLI::App* classes_command = app.add_subcommand("classes", "list the export classes");
+  const ReconcileCommands reconcile_commands(app, *export_command);
 
   std::vector<std::string> reversed(args.rbegin(), args.rend());
   try {
@@ -179,6 +181,10 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   } catch (const CLI::ParseError& error) {
     return usage_error(request, out, err, std::string(error.what()) + " (see zorvat --help)");
   }
+
+  const ExportOptions export_options{request.class_name, request.cards_path, request.setup,
+                                     request.title, request.json};
+  if (auto status = reconcile_commands.run(export_options, out, err)) return *status;
 
   if (classes_command->parsed()) {
     for (const auto& name : formats::builtin_formats().class_names())

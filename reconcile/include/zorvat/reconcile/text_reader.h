@@ -1,0 +1,85 @@
+// The pieces every file reader is built from: lines split at the layout's terminator,
+// a cursor that takes a record's columns in order and reports where a file leaves its
+// layout, and the number texts the classes write (zero-filled hundredths, "####.00"
+// hours, "mm/dd/yy" dates).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zorvat/date.h"
+#include "zorvat/reconcile/records.h"
+
+namespace zorvat::reconcile {
+
+struct Line {
+  std::string_view text;
+  std::size_t number = 0;  // from 1
+};
+
+// Splits `bytes` at every `terminator`. With `last_terminated` the file must end with
+// one (an unterminated last line is an error); without it, the text after the last
+// terminator is a line of its own when it is not empty.
+std::vector<Line> split_lines(std::string_view layout, std::string_view bytes,
+                              std::string_view terminator, bool last_terminated);
+
+// Splits a line at every `separator` (a non-empty text).
+std::vector<std::string_view> split_fields(std::string_view line, std::string_view separator);
+
+// A signed decimal with exactly `decimals` digits after the point ("-12.50", ".50",
+// "0000150"), scaled to a whole number (1250, 50, 150). Leading blanks are allowed;
+// nothing else. No value for text that is not such a number.
+std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals);
+
+// "mm/dd/yy", two-digit years 00-29 being 2000-2029 and 30-99 1930-1999.
+std::optional<CivilDate> parse_short_date(std::string_view text);
+
+// Reads one record column by column, failing with the record's line and the column
+// where the expected text is missing.
+class Cursor {
+ public:
+  Cursor(std::string_view layout, Line line) : layout_(layout), line_(line) {}
+
+  std::size_t position() const { return position_; }
+  std::string_view rest() const { return line_.text.substr(position_); }
+  bool at_end() const { return position_ >= line_.text.size(); }
+  // The text taken since `start`.
+  std::string_view since(std::size_t start) const {
+    return line_.text.substr(start, position_ - start);
+  }
+
+  // The next `width` characters.
+  std::string_view take(std::size_t width, std::string_view what);
+  // Everything up to (not including) `delimiter`, which is skipped.
+  std::string_view take_until(std::string_view delimiter, std::string_view what);
+  std::string_view take_rest() {
+    std::string_view rest_text = rest();
+    position_ = line_.text.size();
+    return rest_text;
+  }
+  void expect(std::string_view literal, std::string_view what);
+  void expect_blanks(std::size_t count, std::string_view what);
+  // Blanks to the end of the record, at least up to `width` characters in all.
+  void expect_blank_fill(std::size_t width);
+  // A number of `width` characters with `decimals` decimals; a leading "-" widens
+  // the column by one, as a zero-filled pattern writes a negative value.
+  std::int64_t number(std::size_t width, int decimals, std::string_view what);
+  // `text` must be a number with `decimals` decimals; it started at `column` (from 0).
+  std::int64_t number_in(std::string_view text, std::size_t column, int decimals,
+                         std::string_view what) const;
+  void expect_end();
+
+  [[noreturn]] void fail(std::string_view problem) const { fail_at(position_, problem); }
+  [[noreturn]] void fail_at(std::size_t column, std::string_view problem) const;
+
+ private:
+  std::string_view layout_;
+  Line line_;
+  std::size_t position_ = 0;
+};
+
+}  // namespace zorvat::reconcile

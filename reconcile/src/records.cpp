@@ -1,0 +1,199 @@
+#include "zorvat/reconcile/records.h"
+
+#include <cmath>
+
+#include "zorvat/reconcile/text_reader.h"
+
+namespace zorvat::reconcile {
+
+Amount from_minutes(double minutes) {
+  return static_cast<Amount>(std::llround(minutes * static_cast<double>(kUnitsPerMinute)));
+}
+
+double to_hours(Amount amount) {
+  return static_cast<double>(amount) / static_cast<double>(kUnitsPerHour);
+}
+
+namespace {
+
+std::string read_error_message(std::string_view layout, std::size_t line, std::size_t column,
+                               std::string_view problem) {
+  std::string message = "not a ";
+  message += layout;
+  message += " file: line ";
+  message += std::to_string(line);
+  message += ", column ";
+  message += std::to_string(column);
+  message += ": ";
+  message += problem;
+  return message;
+}
+
+}  // namespace
+
+ReadError::ReadError(std::string_view layout, std::size_t line, std::size_t column,
+                     std::string_view problem)
+    : std::runtime_error(read_error_message(layout, line, column, problem)),
+      line_(line),
+      column_(column) {}
+
+std::vector<Line> split_lines(std::string_view layout, std::string_view bytes,
+                              std::string_view terminator, bool last_terminated) {
+  std::vector<Line> lines;
+  std::size_t start = 0;
+  std::size_t number = 1;
+  while (start < bytes.size()) {
+    const std::size_t end = bytes.find(terminator, start);
+    if (end == std::string_view::npos) {
+      if (last_terminated)
+        throw ReadError(layout, number, bytes.size() - start + 1, "the last line has no line end");
+      lines.push_back({bytes.substr(start), number});
+      break;
+    }
+    lines.push_back({bytes.substr(start, end - start), number});
+    start = end + terminator.size();
+    ++number;
+  }
+  return lines;
+}
+
+std::vector<std::string_view> split_fields(std::string_view line, std::string_view separator) {
+  std::vector<std::string_view> fields;
+  std::size_t start = 0;
+  for (;;) {
+    const std::size_t end = line.find(separator, start);
+    if (end == std::string_view::npos) {
+      fields.push_back(line.substr(start));
+      return fields;
+    }
+    fields.push_back(line.substr(start, end - start));
+    start = end + separator.size();
+  }
+}
+
+std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  bool negative = false;
+  if (!text.empty() && text.front() == '-') {
+    negative = true;
+    text.remove_prefix(1);
+  }
+  std::string_view whole = text;
+  std::string_view fraction;
+  if (decimals > 0) {
+    const std::size_t point = text.find('.');
+    if (point == std::string_view::npos) return std::nullopt;
+    whole = text.substr(0, point);
+    fraction = text.substr(point + 1);
+    if (fraction.size() != static_cast<std::size_t>(decimals)) return std::nullopt;
+  }
+  if (whole.empty() && fraction.empty()) return std::nullopt;
+  if (whole.size() > 15) return std::nullopt;
+  std::int64_t value = 0;
+  for (std::string_view digits : {whole, fraction})
+    for (char c : digits) {
+      if (c < '0' || c > '9') return std::nullopt;
+      value = value * 10 + (c - '0');
+    }
+  return negative ? -value : value;
+}
+
+std::optional<CivilDate> parse_short_date(std::string_view text) {
+  if (text.size() != 8 || text[2] != '/' || text[5] != '/') return std::nullopt;
+  auto two = [&](std::size_t at) -> std::optional<int> {
+    const char a = text[at];
+    const char b = text[at + 1];
+    if (a < '0' || a > '9' || b < '0' || b > '9') return std::nullopt;
+    return (a - '0') * 10 + (b - '0');
+  };
+  const auto month = two(0);
+  const auto day = two(3);
+  const auto year = two(6);
+  if (!month || !day || !year) return std::nullopt;
+  const int full_year = *year < 30 ? 2000 + *year : 1900 + *year;
+  if (!is_valid_civil(full_year, *month, *day)) return std::nullopt;
+  return CivilDate{full_year, *month, *day};
+}
+
+std::string_view Cursor::take(std::size_t width, std::string_view what) {
+  if (position_ + width > line_.text.size()) {
+    std::string problem = "the record ends before ";
+    problem += what;
+    fail(problem);
+  }
+  std::string_view taken = line_.text.substr(position_, width);
+  position_ += width;
+  return taken;
+}
+
+std::string_view Cursor::take_until(std::string_view delimiter, std::string_view what) {
+  const std::size_t end = line_.text.find(delimiter, position_);
+  if (end == std::string_view::npos) {
+    std::string problem = "no \"";
+    problem += delimiter;
+    problem += "\" after ";
+    problem += what;
+    fail(problem);
+  }
+  std::string_view taken = line_.text.substr(position_, end - position_);
+  position_ = end + delimiter.size();
+  return taken;
+}
+
+void Cursor::expect(std::string_view literal, std::string_view what) {
+  if (line_.text.substr(position_, literal.size()) != literal) {
+    std::string problem = "expected ";
+    problem += what;
+    problem += " \"";
+    problem += literal;
+    problem += "\"";
+    fail(problem);
+  }
+  position_ += literal.size();
+}
+
+void Cursor::expect_blanks(std::size_t count, std::string_view what) {
+  for (std::size_t i = 0; i < count; ++i) {
+    if (position_ >= line_.text.size() || line_.text[position_] != ' ') {
+      std::string problem = "expected blanks (";
+      problem += what;
+      problem += ")";
+      fail(problem);
+    }
+    ++position_;
+  }
+}
+
+void Cursor::expect_blank_fill(std::size_t width) {
+  if (line_.text.size() < width) fail("the record is shorter than " + std::to_string(width));
+  expect_blanks(line_.text.size() - position_, "fill to the end of the record");
+}
+
+std::int64_t Cursor::number(std::size_t width, int decimals, std::string_view what) {
+  const std::size_t column = position_;
+  const bool negative = position_ < line_.text.size() && line_.text[position_] == '-';
+  return number_in(take(negative ? width + 1 : width, what), column, decimals, what);
+}
+
+std::int64_t Cursor::number_in(std::string_view text, std::size_t column, int decimals,
+                               std::string_view what) const {
+  const auto value = parse_decimal(text, decimals);
+  if (!value) {
+    std::string problem = "\"";
+    problem += text;
+    problem += "\" is not ";
+    problem += what;
+    fail_at(column, problem);
+  }
+  return *value;
+}
+
+void Cursor::expect_end() {
+  if (!at_end()) fail("unexpected text at the end of the record");
+}
+
+void Cursor::fail_at(std::size_t column, std::string_view problem) const {
+  throw ReadError(layout_, line_.number, column + 1, problem);
+}
+
+}  // namespace zorvat::reconcile

@@ -1,0 +1,206 @@
+// The readers against their writers: every file of the conformance corpus and files
+// written from seeded random cards read back to exactly what the class's rules say
+// they carry, and reconciled with no unexplained difference.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "reconcile_test_support.h"
+#include "zorvat/reconcile/reconcile.h"
+
+namespace fs = std::filesystem;
+using namespace zorvat;
+using namespace zorvat::testing_support;
+using reconcile::FileRecord;
+
+namespace {
+
+std::string describe(const FileRecord& record) {
+  std::string text = record.employee + " " + record.code + " " +
+                     reconcile::hours_text(record.amount, 4) + " line " +
+                     std::to_string(record.line);
+  if (record.date)
+    text += " " + std::to_string(record.date->year) + "-" + std::to_string(record.date->month) +
+            "-" + std::to_string(record.date->day);
+  return text;
+}
+
+std::vector<std::string> described(const std::vector<FileRecord>& records) {
+  std::vector<std::string> texts;
+  for (const FileRecord& record : records) texts.push_back(describe(record));
+  return texts;
+}
+
+// The records the class's rules expect, in the same words as the file's.
+std::vector<std::string> expected_records(const reconcile::ClassRules& rules, const Variant& cards,
+                                          const std::string& setup, const std::string& title) {
+  const reconcile::Expectation expectation = rules.expect(cards, SettingsFields(setup), title);
+  std::vector<std::string> texts;
+  for (const reconcile::ExpectedRecord& record : expectation.records) {
+    FileRecord as_read;
+    as_read.employee = record.employee;
+    as_read.code = record.code;
+    as_read.amount = record.amount;
+    as_read.date = record.date;
+    texts.push_back(describe(as_read));
+  }
+  return texts;
+}
+
+std::vector<std::string> without_lines(std::vector<FileRecord> records) {
+  for (FileRecord& record : records) record.line = 0;
+  return described(records);
+}
+
+struct CorpusCase {
+  fs::path folder;
+  nlohmann::json json;
+};
+
+std::vector<CorpusCase> corpus_files() {
+  std::vector<CorpusCase> cases;
+  for (const auto& entry : fs::recursive_directory_iterator(ZORVAT_CORPUS_DIR)) {
+    if (!entry.is_regular_file() || entry.path().filename() != "case.json") continue;
+    const nlohmann::json json = nlohmann::json::parse(read_file_bytes(entry.path().string()));
+    if (json["expect"]["file"].is_string()) cases.push_back({entry.path().parent_path(), json});
+  }
+  std::sort(cases.begin(), cases.end(),
+            [](const CorpusCase& a, const CorpusCase& b) { return a.folder < b.folder; });
+  return cases;
+}
+
+class CorpusFiles : public testing::TestWithParam<CorpusCase> {};
+
+TEST_P(CorpusFiles, ReadBackAsWrittenAndReconciled) {
+  const CorpusCase& corpus_case = GetParam();
+  const std::string class_name = corpus_case.json["class"];
+  const std::string setup = corpus_case.json.value("setup", "");
+  const std::string title = corpus_case.json.value("title", "");
+  const fs::path cards_path = corpus_case.folder / corpus_case.json.value("cards", "cards.json");
+  const std::string expected = read_file_bytes(
+      (corpus_case.folder / std::string(corpus_case.json["expect"]["file"])).string());
+  const Variant cards = cards_from_json(read_file_bytes(cards_path.string()));
+  const reconcile::ClassRules* rules = reconcile::find_class_rules(class_name);
+  if (!rules) GTEST_SKIP() << class_name << " writes no file that reconciliation reads";
+
+  const std::string written = export_bytes(class_name, cards, setup, title);
+  const auto from_expected = rules->read(expected, SettingsFields(setup), title, cards);
+  const auto from_written = rules->read(written, SettingsFields(setup), title, cards);
+  EXPECT_EQ(described(from_expected.records), described(from_written.records));
+  EXPECT_EQ(without_lines(from_expected.records), expected_records(*rules, cards, setup, title));
+
+  const auto result = reconcile::reconcile(*rules, cards, setup, title, expected);
+  EXPECT_EQ(result.unexplained(), 0u) << reconcile::table_text(result);
+}
+
+std::string corpus_name(const testing::TestParamInfo<CorpusCase>& info) {
+  std::string name = fs::relative(info.param.folder, ZORVAT_CORPUS_DIR).generic_string();
+  for (char& c : name)
+    if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, CorpusFiles, testing::ValuesIn(corpus_files()), corpus_name);
+
+TEST(CorpusFilesList, EveryClassHasAFile) {
+  std::set<std::string> classes;
+  for (const CorpusCase& corpus_case : corpus_files()) classes.insert(corpus_case.json["class"]);
+  for (std::string_view name : reconcile::reconcilable_classes())
+    EXPECT_TRUE(classes.count(std::string(name))) << name;
+}
+
+class RandomCards : public testing::TestWithParam<ClassSetup> {};
+
+TEST_P(RandomCards, ReadBackAsTheRulesSayAndReconciled) {
+  const ClassSetup& setup = GetParam();
+  const reconcile::ClassRules* rules = reconcile::find_class_rules(setup.class_name);
+  ASSERT_NE(rules, nullptr);
+  for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const Variant cards = cards_from_json(random_cards_json(seed, 15));
+    const std::string written = export_bytes(setup.class_name, cards, setup.setup, setup.title);
+    const auto contents = rules->read(written, SettingsFields(setup.setup), setup.title, cards);
+    ASSERT_EQ(without_lines(contents.records),
+              expected_records(*rules, cards, setup.setup, setup.title));
+    const auto result = reconcile::reconcile(*rules, cards, setup.setup, setup.title, written);
+    ASSERT_EQ(result.unexplained(), 0u) << reconcile::table_text(result);
+  }
+}
+
+std::string setup_name(const testing::TestParamInfo<ClassSetup>& info) {
+  return info.param.class_name + std::to_string(info.index);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryClass, RandomCards, testing::ValuesIn(random_test_setups()),
+                         setup_name);
+
+// The random cards reach every rule: each reason but "unexplained" explains some row.
+TEST(RandomCardsCoverage, EveryReasonOccurs) {
+  std::set<std::string_view> seen;
+  for (const ClassSetup& setup : random_test_setups()) {
+    const reconcile::ClassRules* rules = reconcile::find_class_rules(setup.class_name);
+    for (std::uint32_t seed = 1; seed <= 5; ++seed) {
+      const Variant cards = cards_from_json(random_cards_json(seed, 15));
+      for (const reconcile::Row& row :
+           rules->expect(cards, SettingsFields(setup.setup), setup.title).rows)
+        for (const reconcile::Adjustment& adjustment : row.adjustments)
+          seen.insert(reconcile::reason_id(adjustment.reason));
+    }
+  }
+  for (reconcile::Reason reason : reconcile::kAllReasons) {
+    if (reason == reconcile::Reason::Unexplained) continue;
+    EXPECT_TRUE(seen.count(reconcile::reason_id(reason))) << reconcile::reason_id(reason);
+  }
+}
+
+// A file in another layout, or no payroll file at all, is refused with the line and
+// column where it leaves the layout.
+class ForeignFiles : public testing::TestWithParam<ClassSetup> {};
+
+TEST_P(ForeignFiles, AreRejectedWithThePlace) {
+  const ClassSetup& setup = GetParam();
+  const reconcile::ClassRules* rules = reconcile::find_class_rules(setup.class_name);
+  ASSERT_NE(rules, nullptr);
+  const Variant cards = cards_from_json(random_cards_json(3, 4));
+  for (const ClassSetup& other : random_test_setups()) {
+    if (other.class_name == setup.class_name) continue;
+    const std::string foreign = export_bytes(other.class_name, cards, other.setup, other.title);
+    if (foreign.empty()) continue;
+    SCOPED_TRACE("a " + other.class_name + " file");
+    try {
+      rules->read(foreign, SettingsFields(setup.setup), setup.title, cards);
+      ADD_FAILURE() << "accepted";
+    } catch (const reconcile::ReadError& error) {
+      EXPECT_NE(std::string(error.what()).find("not a"), std::string::npos) << error.what();
+      EXPECT_NE(std::string(error.what()).find("line "), std::string::npos) << error.what();
+      EXPECT_GE(error.line(), 1u);
+      EXPECT_GE(error.column(), 1u);
+    }
+  }
+  EXPECT_THROW(rules->read("hello, world\r\n", SettingsFields(setup.setup), setup.title, cards),
+               reconcile::ReadError);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryClass, ForeignFiles, testing::ValuesIn(random_test_setups()),
+                         setup_name);
+
+TEST(ReadError, NamesLayoutLineAndColumn) {
+  const reconcile::ClassRules* rules = reconcile::find_class_rules("PrimePay");
+  ASSERT_NE(rules, nullptr);
+  const std::string file =
+      std::string("HPTA1000103/08/04Brantell Time Recorder               N03/06/04\r\n") +
+      "D000315 0040x0" + std::string(51, ' ') + "\r\n";
+  try {
+    rules->read(file, SettingsFields("0,2,20,23,24,25,28"), "", Variant());
+    FAIL() << "accepted";
+  } catch (const reconcile::ReadError& error) {
+    EXPECT_EQ(error.line(), 2u);
+    EXPECT_EQ(error.column(), 9u);
+    EXPECT_STREQ(error.what(),
+                 "not a PrimePay file: line 2, column 9: \"0040x0\" is not regular hundredths");
+  }
+}
+
+}  // namespace
