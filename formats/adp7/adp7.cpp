@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "adp7/adp7_form.h"
 #include "zorvat/automation.h"
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
@@ -243,7 +244,12 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
 }
 
 bool ADP7::Setup() {
-  return guarded(kSetupSource, [&]() -> bool { raise_no_setup_form(); });
+  return guarded(kSetupSource, [&] {
+    std::string settings = SetupData();
+    const bool saved = frmADP7().OpenForm(settings, context(), Title);
+    SetupData(std::move(settings));
+    return saved;
+  });
 }
 
 void ADP7::ValidateSetupData(std::string_view psSetup) {

@@ -1,5 +1,6 @@
 #include "generic/generic.h"
 
+#include "generic/generic_form.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -67,7 +68,12 @@ bool Generic::Execute(const Variant& pcTimeCards) {
 }
 
 bool Generic::Setup() {
-  return guarded(kSetupSource, [&]() -> bool { raise_no_setup_form(); });
+  return guarded(kSetupSource, [&] {
+    std::string settings = SetupData();
+    const bool saved = frmGeneric().OpenForm(settings, context());
+    SetupData(std::move(settings));
+    return saved;
+  });
 }
 
 void Generic::Validate(std::string_view psProperty, Variant& pvValue) {

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "intuitpac/intuitpac_form.h"
 #include "zorvat/automation.h"
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
@@ -121,7 +122,15 @@ bool IntuitPAC::Execute(const Variant& pcTimeCards) {
 }
 
 bool IntuitPAC::Setup() {
-  return guarded(kSetupSource, [&]() -> bool { raise_no_setup_form(); });
+  return guarded(kSetupSource, [&] {
+    std::string settings = SetupData();
+    const bool saved = frmIntuitPAC().OpenForm(settings, context(), Title);
+    SetupData(std::move(settings));
+    // A saved string goes through the check at once, so that a bad field is raised
+    // from Setup.
+    if (saved) ValidateSetupData(SetupData());
+    return saved;
+  });
 }
 
 void IntuitPAC::ValidateSetupData(std::string_view psSetup) {

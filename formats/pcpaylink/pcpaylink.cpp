@@ -3,6 +3,7 @@
 #include <limits>
 #include <optional>
 
+#include "pcpaylink/pcpaylink_form.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -120,7 +121,15 @@ bool PCPayLink::Execute(const Variant& pcTimeCards) {
 }
 
 bool PCPayLink::Setup() {
-  return guarded(kSetupSource, [&]() -> bool { raise_no_setup_form(); });
+  return guarded(kSetupSource, [&] {
+    std::string settings = SetupData();
+    const bool saved = frmPCPayLink().OpenForm(settings, context(), Title);
+    SetupData(std::move(settings));
+    // A saved string goes through the check at once, so that a bad field is raised
+    // from Setup.
+    if (saved) ValidateSetupData(SetupData());
+    return saved;
+  });
 }
 
 void PCPayLink::ValidateSetupData(std::string_view psSetup) {

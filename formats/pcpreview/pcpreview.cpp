@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "pcpreview/pcpreview_form.h"
 #include "zorvat/automation.h"
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
@@ -89,10 +90,14 @@ bool PCPreview::Execute(const Variant& pcTimeCards) {
 }
 
 bool PCPreview::Setup() {
-  return guarded(kSetupSource, [&]() -> bool {
-    // Here frmPCPreview edits SetupData; when the user saves, the new string goes
-    // through ValidateSetupData at once, so that a bad field is raised from Setup.
-    raise_no_setup_form();
+  return guarded(kSetupSource, [&] {
+    std::string settings = SetupData();
+    const bool saved = frmPCPreview().OpenForm(settings, context(), Title);
+    SetupData(std::move(settings));
+    // A saved string goes through the check at once, so that a bad field is raised
+    // from Setup.
+    if (saved) ValidateSetupData(SetupData());
+    return saved;
   });
 }
 

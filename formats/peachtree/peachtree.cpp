@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "peachtree/peachtree_form.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -87,10 +88,14 @@ bool Peachtree::Execute(const Variant& pcTimeCards) {
 }
 
 bool Peachtree::Setup() {
-  return guarded(kSetupSource, [&]() -> bool {
-    // Here frmPeachtree edits SetupData; when the user saves, the new string goes
-    // through ValidateSetupData at once, so that a bad field is raised from Setup.
-    raise_no_setup_form();
+  return guarded(kSetupSource, [&] {
+    std::string settings = SetupData();
+    const bool saved = frmPeachtree().OpenForm(settings, context(), Title);
+    SetupData(std::move(settings));
+    // A saved string goes through the check at once, so that a bad field is raised
+    // from Setup.
+    if (saved) ValidateSetupData(SetupData());
+    return saved;
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "primepay/primepay_form.h"
 #include "zorvat/automation.h"
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
@@ -91,10 +92,14 @@ bool PrimePay::Execute(const Variant& pcTimeCards) {
 }
 
 bool PrimePay::Setup() {
-  return guarded(kSetupSource, [&]() -> bool {
-    // Here frmPrimePay edits SetupData; when the user saves, the new string goes
-    // through ValidateSetupData at once, so that a bad field is raised from Setup.
-    raise_no_setup_form();
+  return guarded(kSetupSource, [&] {
+    std::string settings = SetupData();
+    const bool saved = frmPrimePay().OpenForm(settings, context(), Title);
+    SetupData(std::move(settings));
+    // A saved string goes through the check at once, so that a bad field is raised
+    // from Setup.
+    if (saved) ValidateSetupData(SetupData());
+    return saved;
   });
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "zorvat/error.h"
+#include "zorvat/forms.h"
 #include "zorvat/text.h"
 
 namespace zorvat {
@@ -29,8 +30,7 @@ bool ExportClass::save_text(const SaveDialogRequest& request, std::string_view t
 }
 
 void ExportClass::raise_no_setup_form() const {
-  raise(rt::kInvalidProcedureCall, kComponentSource,
-        "The setup form of " + prog_id() + " is not available on this host");
+  raise_form_not_available(prog_id());
 }
 
 void ExportRegistry::add(std::string class_name, ExportFactory factory) {

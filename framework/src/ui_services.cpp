@@ -1,6 +1,8 @@
 #include <chrono>
 #include <ctime>
 
+#include "zorvat/export_class.h"
+#include "zorvat/forms.h"
 #include "zorvat/ui_services.h"
 
 namespace zorvat {
@@ -21,6 +23,18 @@ class SystemClock final : public Clock {
 };
 
 }  // namespace
+
+OpenDialogResult UiServices::open_dialog(const OpenDialogRequest&) {
+  return {};
+}
+
+void UiServices::show_form(FormModel& form) {
+  raise_form_not_available(std::string(kProgIdPrefix) + form.class_name());
+}
+
+void UiServices::show_modeless(FormModel&) {}
+
+void UiServices::hide_modeless(FormModel&) {}
 
 const Clock& system_clock() {
   static const SystemClock clock;

@@ -13,6 +13,7 @@
 #include "json_cards.h"
 #include "posix_file_system.h"
 #include "reconcile_command.h"
+#include "setup_command.h"
 #include "zorvat/error.h"
 
 namespace zorvat::cli {
@@ -167,6 +168,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       app.add_subcommand("validate", "run only the class's check of its settings");
   add_common(validate_command);
   CLI::App* classes_command = app.add_subcommand("classes", "list the export classes");
+  const SetupCommand setup_command(app);
   const ReconcileCommands reconcile_commands(app, *export_command);
 
   std::vector<std::string> reversed(args.rbegin(), args.rend());
@@ -182,6 +184,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     return usage_error(request, out, err, std::string(error.what()) + " (see zorvat --help)");
   }
 
+  if (setup_command.parsed()) return setup_command.run(out, err, interactive);
   const ExportOptions export_options{request.class_name, request.cards_path, request.setup,
                                      request.title, request.json};
   if (auto status = reconcile_commands.run(export_options, out, err)) return *status;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "zorvat/error.h"
+#include "zorvat/form_script.h"
 #include "zorvat/text.h"
 
 namespace zorvat::scripted {
@@ -48,6 +49,53 @@ Answer ScriptedUi::question(const MessageBoxRequest& request, QuestionButtons bu
 void ScriptedUi::show_help(std::string_view help_file, std::string_view window,
                            unsigned long context) {
   help_calls.push_back({std::string(help_file), std::string(window), context});
+}
+
+OpenDialogResult ScriptedUi::open_dialog(const OpenDialogRequest& request) {
+  open_requests.push_back(request);
+  if (open_answers_.empty()) return {};
+  OpenDialogResult answer = open_answers_.front();
+  open_answers_.pop_front();
+  return answer;
+}
+
+void ScriptedUi::answer_form(std::vector<std::string> script) {
+  form_answers_.push_back([this, script = std::move(script)](FormModel& form) {
+    std::size_t next = 0;
+    run_form_script(
+        form,
+        [&]() -> std::optional<std::string> {
+          if (next >= script.size()) return std::nullopt;
+          return script[next++];
+        },
+        [&](int line, const ScriptOutcome& outcome) {
+          script_problems.push_back("line " + std::to_string(line) + ": " + outcome.problem);
+        });
+  });
+}
+
+void ScriptedUi::answer_form(std::function<void(FormModel&)> actions) {
+  form_answers_.push_back(std::move(actions));
+}
+
+void ScriptedUi::show_form(FormModel& form) {
+  if (form_answers_.empty()) {
+    UiServices::show_form(form);  // raises: nobody is there to answer the form
+    return;
+  }
+  forms_shown.push_back(form.name());
+  const auto actions = std::move(form_answers_.front());
+  form_answers_.pop_front();
+  actions(form);
+  if (form.visible()) form.close_box();
+}
+
+void ScriptedUi::show_modeless(FormModel& form) {
+  if (forms_shown.empty() || forms_shown.back() != form.name()) forms_shown.push_back(form.name());
+}
+
+void ScriptedUi::hide_modeless(FormModel&) {
+  ++modeless_hidden;
 }
 
 std::vector<std::string> ScriptedUi::message_texts() const {

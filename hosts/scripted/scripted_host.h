@@ -4,6 +4,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "zorvat/automation.h"
+#include "zorvat/forms.h"
 #include "zorvat/ui_services.h"
 
 namespace zorvat::scripted {
@@ -24,15 +26,30 @@ class ScriptedUi final : public UiServices {
   }
   void answer_save_cancel() { save_answers_.push_back({true, {}}); }
   void answer_question(Answer answer) { question_answers_.push_back(answer); }
+  // Queues the answers of the next Open dialogs (with none queued: cancelled).
+  void answer_open(std::string file_name) {
+    open_answers_.push_back({false, std::move(file_name)});
+  }
+  // Queues what the user does on the next form shown: a script of actions, one per
+  // line (zorvat/form_script.h), or a function acting on the form. A form left open
+  // at the end is closed with its close box. With nothing queued, a form cannot be
+  // shown: show_form raises as on a host without forms.
+  void answer_form(std::vector<std::string> script);
+  void answer_form(std::function<void(FormModel&)> actions);
 
   SaveDialogResult save_dialog(const SaveDialogRequest& request) override;
   void message_box(const MessageBoxRequest& request) override;
   Answer question(const MessageBoxRequest& request, QuestionButtons buttons) override;
   void show_help(std::string_view help_file, std::string_view window,
                  unsigned long context) override;
+  OpenDialogResult open_dialog(const OpenDialogRequest& request) override;
+  void show_form(FormModel& form) override;
+  void show_modeless(FormModel& form) override;
+  void hide_modeless(FormModel& form) override;
 
   // What the classes asked, in order.
   std::vector<SaveDialogRequest> save_requests;
+  std::vector<OpenDialogRequest> open_requests;
   std::vector<MessageBoxRequest> messages;  // message boxes and questions alike
   struct HelpCall {
     std::string help_file;
@@ -40,12 +57,18 @@ class ScriptedUi final : public UiServices {
     unsigned long context;
   };
   std::vector<HelpCall> help_calls;
+  std::vector<std::string> forms_shown;  // form names, modal and modeless alike
+  int modeless_hidden = 0;
+  // Script lines that were refused or invalid: "line N: problem".
+  std::vector<std::string> script_problems;
 
   std::vector<std::string> message_texts() const;
 
  private:
   std::deque<SaveDialogResult> save_answers_;
   std::deque<Answer> question_answers_;
+  std::deque<OpenDialogResult> open_answers_;
+  std::deque<std::function<void(FormModel&)>> form_answers_;
 };
 
 // Files kept in memory, by path. A path can be made to fail with a given error.

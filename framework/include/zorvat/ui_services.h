@@ -22,6 +22,18 @@ struct SaveDialogResult {
   std::string file_name;  // may be empty when the user confirmed an empty name
 };
 
+struct OpenDialogRequest {
+  std::string title;
+  // The common dialog's filter, "description | pattern" as the class words it.
+  std::string filter;
+  std::string initial_folder;
+};
+
+struct OpenDialogResult {
+  bool cancelled = true;
+  std::string file_name;
+};
+
 enum class MessageIcon { None, Information, Exclamation, Critical, Question };
 
 struct MessageBoxRequest {
@@ -35,6 +47,8 @@ struct MessageBoxRequest {
 enum class QuestionButtons { YesNo, OkCancel, RetryCancel };
 enum class Answer { Ok, Cancel, Yes, No, Retry };
 
+class FormModel;
+
 class UiServices {
  public:
   virtual ~UiServices() = default;
@@ -47,6 +61,20 @@ class UiServices {
   // Opens the help file at a context topic in the given window.
   virtual void show_help(std::string_view help_file, std::string_view window,
                          unsigned long context) = 0;
+
+  // The common Open dialog, cancel reported as `cancelled`. A host without one
+  // answers as if the user cancelled.
+  virtual OpenDialogResult open_dialog(const OpenDialogRequest& request);
+
+  // Shows a form (zorvat/forms.h) modally: returns once the form has hidden itself
+  // (Save, Cancel) or was closed (FormModel::close_box). A host without forms raises
+  // 5, the setup form "is not available on this host".
+  virtual void show_form(FormModel& form);
+  // Shows a modeless window (the progress window), or brings it up to date and to
+  // the front after a change. A host without windows shows nothing.
+  virtual void show_modeless(FormModel& form);
+  // Takes a modeless window off the screen.
+  virtual void hide_modeless(FormModel& form);
 };
 
 // Where the classes' output goes: one whole text to one path, replacing the file.

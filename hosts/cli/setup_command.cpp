@@ -1,0 +1,127 @@
+#include "setup_command.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+#include "app.h"
+#include "builtin_formats.h"
+#include "cli_ui.h"
+#include "posix_file_system.h"
+#include "terminal_form.h"
+#include "zorvat/error.h"
+#include "zorvat/form_script.h"
+
+namespace zorvat::cli {
+namespace {
+
+// The user of `zorvat setup`: forms in the terminal or from a script on standard
+// input, message boxes as "message: TEXT" lines on stderr. Save dialogs, questions
+// and help are answered as for export.
+class SetupUi final : public UiServices {
+ public:
+  SetupUi(std::ostream& err, bool interactive)
+      : err_(err), interactive_(interactive), common_({std::nullopt, interactive, false}) {}
+
+  SaveDialogResult save_dialog(const SaveDialogRequest& request) override {
+    return common_.save_dialog(request);
+  }
+  void message_box(const MessageBoxRequest& request) override {
+    err_ << "message: " << request.text << std::endl;
+  }
+  Answer question(const MessageBoxRequest& request, QuestionButtons buttons) override {
+    if (!interactive_) err_ << "message: " << request.text << std::endl;
+    return common_.question(request, buttons);
+  }
+  void show_help(std::string_view help_file, std::string_view window,
+                 unsigned long context) override {
+    err_ << "help: " << help_file << window << ", topic " << context << std::endl;
+  }
+
+  OpenDialogResult open_dialog(const OpenDialogRequest& request) override {
+    // Only a terminal user can answer; a script's lines are its actions on the form.
+    if (!interactive_) return {};
+    err_ << request.title << "  (" << request.filter << ", folder " << request.initial_folder
+         << ")\nFile name (empty cancels): " << std::flush;
+    std::string line;
+    if (!std::getline(std::cin, line) || line.empty()) return {};
+    return {false, line};
+  }
+
+  void show_form(FormModel& form) override {
+    if (interactive_) {
+      run_terminal_form(form, std::cin, err_);
+      return;
+    }
+    const bool valid = run_form_script(
+        form,
+        []() -> std::optional<std::string> {
+          std::string line;
+          if (!std::getline(std::cin, line)) return std::nullopt;
+          return line;
+        },
+        [&](int line, const ScriptOutcome& outcome) {
+          err_ << "zorvat: script line " << line << ": " << outcome.problem << std::endl;
+        });
+    if (!valid) script_failed_ = true;
+  }
+
+  bool script_failed() const { return script_failed_; }
+
+ private:
+  std::ostream& err_;
+  bool interactive_;
+  CommandLineUi common_;
+  bool script_failed_ = false;
+};
+
+}  // namespace
+
+SetupCommand::SetupCommand(CLI::App& app)
+    : command_(app.add_subcommand("setup", "edit a class's settings on its setup form")) {
+  command_->add_option("CLASS", class_name_, "export class name or ProgID (zorvat.Generic)")
+      ->required();
+  command_->add_option("--setup", setup_, "the settings string (SetupData) the form starts from");
+  command_->add_option("--title", title_, "the Title the host assigns");
+  command_->footer(
+      "On a terminal the form is interactive; otherwise standard input is a script of\n"
+      "user actions, one per line:\n"
+      "  type NAME[(INDEX)] TEXT, clear NAME[(INDEX)], check NAME[(INDEX)] 0|1,\n"
+      "  choose NAME[(INDEX)], select NAME ITEMTEXT, leave NAME[(INDEX)],\n"
+      "  click cmdButton(INDEX)   (0 Save, 1 Cancel, 2 Help)\n"
+      "Prints the new settings string. Exit status: 0 saved, 1 cancelled, 2 usage\n"
+      "error or invalid script line, 3 Setup raised an error.");
+}
+
+bool SetupCommand::parsed() const {
+  return command_->parsed();
+}
+
+int SetupCommand::run(std::ostream& out, std::ostream& err, bool interactive) const {
+  SetupUi ui(err, interactive);
+  const ExportContext context{ui, safe_output_files(), system_clock()};
+  auto instance = formats::builtin_formats().create(class_name_, context);
+  if (!instance) {
+    std::string known;
+    for (const auto& name : formats::builtin_formats().class_names())
+      known += (known.empty() ? "" : ", ") + name;
+    err << "zorvat: unknown export class \"" << class_name_ << "\" (known: " << known << ")\n";
+    return kUsageError;
+  }
+
+  instance->Title = title_;
+  instance->SetupData(setup_);
+  bool saved = false;
+  try {
+    saved = instance->Setup();
+  } catch (const Error& error) {
+    err << "zorvat: error " << error.number() << " in " << error.source() << ": "
+        << error.description() << '\n';
+    return kErrorRaised;
+  }
+  if (ui.script_failed()) return kUsageError;
+  out << instance->SetupData() << '\n';
+  return saved ? kSucceeded : kReturnedFalse;
+}
+
+}  // namespace zorvat::cli
