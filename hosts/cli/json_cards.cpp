@@ -280,7 +280,7 @@ std::string locate_syntax_error(std::string_view json) {
         json.begin(), json.end(),
         [](int, nlohmann::json::parse_event_t, nlohmann::json&) { return false; });
     static_cast<void>(discarded);
-  } catch (const nlohmann::json::parse_error& error) {
+  } catch (const nlohmann::json::exception& error) {  // a syntax error or a number out of range
     return error.what();
   }
   return {};

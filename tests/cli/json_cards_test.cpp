@@ -142,6 +142,21 @@ TEST(JsonCards, MalformedArraysAreRejected) {
   EXPECT_EQ(to_long(get_property(load_cards_json("{\"cards\":[]}", "empty"), "Count")), 0);
 }
 
+TEST(JsonCards, NumbersOutOfRangeAreRefusedWithAMessage) {
+  // Found by fuzzing: the second reading that locates the error failed itself.
+  const char* text =
+      "{\n \"PeriodEnd\": \"2004-03-03\",\n \"cards\": [\n  {\n   \"ExportID\": \"`791\",\n"
+      "   \"Number\": 1e3452ditot2,\n ]\n}\n";
+  try {
+    load_cards_json(text, "overflow.json");
+    FAIL() << "accepted";
+  } catch (const CardsFileError& error) {
+    EXPECT_NE(std::string(error.what()).find("overflow.json: not valid JSON"), std::string::npos)
+        << error.what();
+  }
+  EXPECT_THROW(load_cards_json("{\"cards\": [{\"REG\": 1e999}]}", "big"), CardsFileError);
+}
+
 TEST(JsonCards, DeepNestingIsRefused) {
   const std::string deep = "{\"cards\": [" + std::string(2000, '[') + std::string(2000, ']') + "]}";
   EXPECT_THROW(load_cards_json(deep, "deep"), CardsFileError);
