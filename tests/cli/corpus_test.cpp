@@ -70,23 +70,23 @@ class Corpus : public testing::TestWithParam<fs::path> {
 
 TEST_P(Corpus, CommandLineHostMatches) {
   const fs::path dir = GetParam();
-  const json spec = json::parse(read_bytes(dir / "case.json"));
-  const json& expect = spec.at("expect");
-  const std::string command = spec.value("command", "export");
+  const json test_case = json::parse(read_bytes(dir / "case.json"));
+  const json& expect = test_case.at("expect");
+  const std::string command = test_case.value("command", "export");
 
   std::vector<std::string> argv = {ZORVAT_CLI,
                                    command,
-                                   spec.at("class").get<std::string>(),
+                                   test_case.at("class").get<std::string>(),
                                    "--setup",
-                                   spec.value("setup", ""),
+                                   test_case.value("setup", ""),
                                    "--title",
-                                   spec.value("title", ""),
+                                   test_case.value("title", ""),
                                    "--json"};
   const fs::path written = work_ / "export.out";
   if (command == "export") {
-    argv.insert(argv.end(), {"--cards", (dir / spec.value("cards", "cards.json")).string(),
-                             "--today", spec.value("today", "2004-03-08")});
-    const std::string save = spec.value("save", "file");
+    argv.insert(argv.end(), {"--cards", (dir / test_case.value("cards", "cards.json")).string(),
+                             "--today", test_case.value("today", "2004-03-08")});
+    const std::string save = test_case.value("save", "file");
     if (save == "file")
       argv.insert(argv.end(), {"--out", written.string()});
     else if (save == "empty")

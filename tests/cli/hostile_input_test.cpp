@@ -41,15 +41,16 @@ std::vector<GoodCase> good_cases() {
   std::map<std::string, GoodCase> by_class;
   for (const auto& entry : fs::recursive_directory_iterator(ZORVAT_CORPUS_DIR)) {
     if (entry.path().filename() != "case.json") continue;
-    const json spec = json::parse(read(entry.path()));
-    if (spec.value("command", "export") != "export" || spec["expect"]["exit"] != 0) continue;
-    const std::string cls = spec["class"];
+    const json test_case = json::parse(read(entry.path()));
+    if (test_case.value("command", "export") != "export" || test_case["expect"]["exit"] != 0)
+      continue;
+    const std::string cls = test_case["class"];
     if (by_class.count(cls)) continue;
-    const fs::path cards_file = entry.path().parent_path() / spec.value("cards", "cards.json");
+    const fs::path cards_file = entry.path().parent_path() / test_case.value("cards", "cards.json");
     json cards = json::parse(read(cards_file));
     if (cards["cards"].empty()) continue;  // a case with cards to spoil
-    by_class[cls] = {cls, spec.value("setup", ""), spec.value("title", ""),
-                     spec.value("today", "2004-03-08"), std::move(cards)};
+    by_class[cls] = {cls, test_case.value("setup", ""), test_case.value("title", ""),
+                     test_case.value("today", "2004-03-08"), std::move(cards)};
   }
   std::vector<GoodCase> cases;
   for (auto& [cls, good] : by_class) cases.push_back(good);
