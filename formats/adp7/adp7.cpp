@@ -245,9 +245,7 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
 
 bool ADP7::Setup() {
   return guarded(kSetupSource, [&] {
-    std::string settings = SetupData();
-    const bool saved = frmADP7().OpenForm(settings, context(), Title);
-    SetupData(std::move(settings));
+    const bool saved = open_setup_form(frmADP7());
     return saved;
   });
 }

@@ -68,12 +68,7 @@ bool Generic::Execute(const Variant& pcTimeCards) {
 }
 
 bool Generic::Setup() {
-  return guarded(kSetupSource, [&] {
-    std::string settings = SetupData();
-    const bool saved = frmGeneric().OpenForm(settings, context());
-    SetupData(std::move(settings));
-    return saved;
-  });
+  return guarded(kSetupSource, [&] { return open_setup_form(frmGeneric()); });
 }
 
 void Generic::Validate(std::string_view psProperty, Variant& pvValue) {

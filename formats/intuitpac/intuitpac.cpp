@@ -123,9 +123,7 @@ bool IntuitPAC::Execute(const Variant& pcTimeCards) {
 
 bool IntuitPAC::Setup() {
   return guarded(kSetupSource, [&] {
-    std::string settings = SetupData();
-    const bool saved = frmIntuitPAC().OpenForm(settings, context(), Title);
-    SetupData(std::move(settings));
+    const bool saved = open_setup_form(frmIntuitPAC());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
     if (saved) ValidateSetupData(SetupData());

@@ -122,9 +122,7 @@ bool PCPayLink::Execute(const Variant& pcTimeCards) {
 
 bool PCPayLink::Setup() {
   return guarded(kSetupSource, [&] {
-    std::string settings = SetupData();
-    const bool saved = frmPCPayLink().OpenForm(settings, context(), Title);
-    SetupData(std::move(settings));
+    const bool saved = open_setup_form(frmPCPayLink());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
     if (saved) ValidateSetupData(SetupData());

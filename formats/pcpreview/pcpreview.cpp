@@ -91,9 +91,7 @@ bool PCPreview::Execute(const Variant& pcTimeCards) {
 
 bool PCPreview::Setup() {
   return guarded(kSetupSource, [&] {
-    std::string settings = SetupData();
-    const bool saved = frmPCPreview().OpenForm(settings, context(), Title);
-    SetupData(std::move(settings));
+    const bool saved = open_setup_form(frmPCPreview());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
     if (saved) ValidateSetupData(SetupData());

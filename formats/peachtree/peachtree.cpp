@@ -89,9 +89,7 @@ bool Peachtree::Execute(const Variant& pcTimeCards) {
 
 bool Peachtree::Setup() {
   return guarded(kSetupSource, [&] {
-    std::string settings = SetupData();
-    const bool saved = frmPeachtree().OpenForm(settings, context(), Title);
-    SetupData(std::move(settings));
+    const bool saved = open_setup_form(frmPeachtree());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
     if (saved) ValidateSetupData(SetupData());

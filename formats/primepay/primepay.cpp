@@ -93,9 +93,7 @@ bool PrimePay::Execute(const Variant& pcTimeCards) {
 
 bool PrimePay::Setup() {
   return guarded(kSetupSource, [&] {
-    std::string settings = SetupData();
-    const bool saved = frmPrimePay().OpenForm(settings, context(), Title);
-    SetupData(std::move(settings));
+    const bool saved = open_setup_form(frmPrimePay());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
     if (saved) ValidateSetupData(SetupData());

@@ -29,6 +29,13 @@ bool ExportClass::save_text(const SaveDialogRequest& request, std::string_view t
   return true;
 }
 
+bool ExportClass::open_setup_form(FormModel& form) {
+  std::string settings = setup_data_;
+  const bool saved = form.OpenForm(settings, context_, Title);
+  setup_data_ = std::move(settings);
+  return saved;
+}
+
 void ExportClass::raise_no_setup_form() const {
   raise_form_not_available(prog_id());
 }

@@ -17,6 +17,8 @@
 
 namespace zorvat {
 
+class FormModel;
+
 inline constexpr std::string_view kProgIdPrefix = "zorvat.";
 inline constexpr std::string_view kHelpFile = "HORALISHELP.HLP";
 inline constexpr std::string_view kNoFileNameSelected = "No file name selected!";
@@ -63,6 +65,11 @@ class ExportClass {
   // false (nothing written) when the user cancels, or after "No file name selected!"
   // for an empty name; otherwise writes `text` as the whole file and returns true.
   bool save_text(const SaveDialogRequest& request, std::string_view text);
+
+  // Setup's steps with a setup form: shows `form` seeded from SetupData, stores the
+  // string the form wrote back (after Save and after Cancel alike) and returns the
+  // saved flag.
+  bool open_setup_form(FormModel& form);
 
   // Answer of Setup on a host that cannot show forms.
   [[noreturn]] void raise_no_setup_form() const;
