@@ -84,33 +84,35 @@ void Generic::run_check() {
   Validate("", value);
 }
 
+std::string Generic::separator_of(const SettingsFields& fields) {
+  if (field_is_true(fields.at(kSeparatorTab))) return std::string(kTabOptionSeparator);
+  if (field_is_true(fields.at(kSeparatorComma))) return ",";
+  if (field_is_true(fields.at(kSeparatorSlash))) return "/";
+  if (field_is_true(fields.at(kSeparatorSemiColon))) return ";";
+  if (field_is_true(fields.at(kSeparatorCustom))) return fields.at(kCustomSeparatorText);
+  return {};  // no option selected: the fields run together
+}
+
+std::string Generic::terminator_of(const SettingsFields& fields) {
+  const double choice = to_double(Variant(fields.at(kLineTerminator)));
+  if (choice == 0) return "\r\n";
+  if (choice == 1) return "\r";
+  if (choice == 2) return "\n";
+  if (choice == 3) return "\n\r";
+  return {};  // any other value: no terminator at all
+}
+
 const std::string& Generic::GetSeperator() {
-  if (!separator_) {
-    separator_ = guarded(kGetSeperatorSource, [&]() -> std::string {
-      const SettingsFields fields(setup_data());
-      if (field_is_true(fields.at(kSeparatorTab))) return std::string(kTabOptionSeparator);
-      if (field_is_true(fields.at(kSeparatorComma))) return ",";
-      if (field_is_true(fields.at(kSeparatorSlash))) return "/";
-      if (field_is_true(fields.at(kSeparatorSemiColon))) return ";";
-      if (field_is_true(fields.at(kSeparatorCustom))) return fields.at(kCustomSeparatorText);
-      return {};  // no option selected: the fields run together
-    });
-  }
+  if (!separator_)
+    separator_ =
+        guarded(kGetSeperatorSource, [&] { return separator_of(SettingsFields(setup_data())); });
   return *separator_;
 }
 
 const std::string& Generic::LineTerminator() {
-  if (!terminator_) {
-    terminator_ = guarded(kLineTerminatorSource, [&]() -> std::string {
-      const SettingsFields fields(setup_data());
-      const double choice = to_double(Variant(fields.at(kLineTerminator)));
-      if (choice == 0) return "\r\n";
-      if (choice == 1) return "\r";
-      if (choice == 2) return "\n";
-      if (choice == 3) return "\n\r";
-      return {};  // any other value: no terminator at all
-    });
-  }
+  if (!terminator_)
+    terminator_ =
+        guarded(kLineTerminatorSource, [&] { return terminator_of(SettingsFields(setup_data())); });
   return *terminator_;
 }
 

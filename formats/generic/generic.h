@@ -41,6 +41,12 @@ class Generic final : public ExportClass {
   void Validate(std::string_view psProperty, Variant& pvValue);
 
   void run_check() override;
+
+  // The field separator and the line terminator that settings choose; what a
+  // position holds is tested as the export tests it, raising the same errors. The
+  // reader of written files works from the same two answers.
+  static std::string separator_of(const SettingsFields& fields);
+  static std::string terminator_of(const SettingsFields& fields);
   std::string_view check_method_name() const override { return "Validate"; }
 
  private:

@@ -32,25 +32,8 @@ Layout layout_of(const SettingsFields& settings) {
   Layout layout;
   layout.quoting = field_equals_number(settings.at(G::kInsertQuotes), 1);
   layout.titles = field_equals_number(settings.at(G::kOutputFieldTitles), 1);
-  if (field_is_true(settings.at(G::kSeparatorTab)))
-    layout.separator = "    ";
-  else if (field_is_true(settings.at(G::kSeparatorComma)))
-    layout.separator = ",";
-  else if (field_is_true(settings.at(G::kSeparatorSlash)))
-    layout.separator = "/";
-  else if (field_is_true(settings.at(G::kSeparatorSemiColon)))
-    layout.separator = ";";
-  else if (field_is_true(settings.at(G::kSeparatorCustom)))
-    layout.separator = settings.at(G::kCustomSeparatorText);
-  const double terminator = to_double(Variant(settings.at(G::kLineTerminator)));
-  if (terminator == 0)
-    layout.terminator = "\r\n";
-  else if (terminator == 1)
-    layout.terminator = "\r";
-  else if (terminator == 2)
-    layout.terminator = "\n";
-  else if (terminator == 3)
-    layout.terminator = "\n\r";
+  layout.separator = G::separator_of(settings);
+  layout.terminator = G::terminator_of(settings);
   if (field_is_true(settings.at(G::kRemoveBlanks))) std::erase(layout.separator, ' ');
   return layout;
 }
@@ -122,10 +105,12 @@ reconcile::FileContents read_generic_file(std::string_view bytes, const Settings
     for (std::size_t c = 0; c < std::size(kCategories); ++c) {
       const std::string_view text = fields[kLeadingFields + c];
       const auto hundredths = reconcile::parse_decimal(text, 2);
-      if (!hundredths)
-        cursor.fail_at(static_cast<std::size_t>(text.data() - line.text.data()),
-                       "\"" + std::string(text) + "\" is not a number of hours (" +
-                           std::string(kCategories[c]) + ")");
+      if (!hundredths) {
+        std::string message = "\"";
+        message.append(text).append("\" is not a number of hours (");
+        message.append(kCategories[c]).append(")");
+        cursor.fail_at(static_cast<std::size_t>(text.data() - line.text.data()), message);
+      }
       FileRecord record;
       record.employee = fields[0];
       record.code = kCategories[c];
