@@ -253,94 +253,68 @@ Control& FormModel::add(Control control) {
   return *controls_.back();
 }
 
-Control& FormModel::label(std::string control_name, int index, std::string label_caption,
-                          Layout layout, std::string container) {
+Control& FormModel::add(ControlType type, std::string control_name, int index,
+                        std::string control_caption, Layout layout, std::string container) {
   Control control;
-  control.type = ControlType::Label;
+  control.type = type;
   control.name = std::move(control_name);
   control.index = index;
-  control.caption = std::move(label_caption);
+  control.caption = std::move(control_caption);
   control.layout = layout;
   control.container = std::move(container);
   return add(std::move(control));
 }
 
+Control& FormModel::label(std::string control_name, int index, std::string label_caption,
+                          Layout layout, std::string container) {
+  return add(ControlType::Label, std::move(control_name), index, std::move(label_caption), layout,
+             std::move(container));
+}
+
 Control& FormModel::frame(std::string control_name, std::string frame_caption, Layout layout) {
-  Control control;
-  control.type = ControlType::Frame;
-  control.name = std::move(control_name);
-  control.caption = std::move(frame_caption);
-  control.layout = layout;
-  return add(std::move(control));
+  return add(ControlType::Frame, std::move(control_name), -1, std::move(frame_caption), layout);
 }
 
 Control& FormModel::text_box(std::string control_name, int index, std::string text, Layout layout,
                              std::size_t max_length, std::string container) {
-  Control control;
-  control.type = ControlType::TextBox;
-  control.name = std::move(control_name);
-  control.index = index;
-  control.text = std::move(text);
-  control.layout = layout;
-  control.max_length = max_length;
-  control.container = std::move(container);
-  return add(std::move(control));
+  Control& box =
+      add(ControlType::TextBox, std::move(control_name), index, {}, layout, std::move(container));
+  box.text = std::move(text);
+  box.max_length = max_length;
+  return box;
 }
 
 Control& FormModel::check_box(std::string control_name, int index, std::string check_caption,
                               Layout layout, std::string container) {
-  Control control;
-  control.type = ControlType::CheckBox;
-  control.name = std::move(control_name);
-  control.index = index;
-  control.caption = std::move(check_caption);
-  control.layout = layout;
-  control.container = std::move(container);
-  return add(std::move(control));
+  return add(ControlType::CheckBox, std::move(control_name), index, std::move(check_caption),
+             layout, std::move(container));
 }
 
 Control& FormModel::option_button(std::string control_name, int index, std::string option_caption,
                                   Layout layout, std::string container) {
-  Control control;
-  control.type = ControlType::OptionButton;
-  control.name = std::move(control_name);
-  control.index = index;
-  control.caption = std::move(option_caption);
-  control.layout = layout;
-  control.container = std::move(container);
-  return add(std::move(control));
+  return add(ControlType::OptionButton, std::move(control_name), index, std::move(option_caption),
+             layout, std::move(container));
 }
 
 Control& FormModel::combo_box(std::string control_name, std::vector<std::string> items,
                               bool editable, Layout layout, std::string container) {
-  Control control;
-  control.type = ControlType::ComboBox;
-  control.name = std::move(control_name);
-  control.items = std::move(items);
-  control.editable = editable;
-  control.layout = layout;
-  control.container = std::move(container);
-  return add(std::move(control));
+  Control& box =
+      add(ControlType::ComboBox, std::move(control_name), -1, {}, layout, std::move(container));
+  box.items = std::move(items);
+  box.editable = editable;
+  return box;
 }
 
 Control& FormModel::shape(std::string control_name, Layout layout, bool filled) {
-  Control control;
-  control.type = ControlType::Shape;
-  control.name = std::move(control_name);
-  control.layout = layout;
-  control.filled = filled;
-  return add(std::move(control));
+  Control& added = add(ControlType::Shape, std::move(control_name), -1, {}, layout);
+  added.filled = filled;
+  return added;
 }
 
 Control& FormModel::command_button(std::string control_name, int index, std::string button_caption,
                                    Layout layout) {
-  Control control;
-  control.type = ControlType::CommandButton;
-  control.name = std::move(control_name);
-  control.index = index;
-  control.caption = std::move(button_caption);
-  control.layout = layout;
-  Control& added = add(std::move(control));
+  Control& added = add(ControlType::CommandButton, std::move(control_name), index,
+                       std::move(button_caption), layout);
   if (added.name == "cmdButton")
     added.click = [this, button_index = index] { cmdButton_Click(button_index); };
   return added;

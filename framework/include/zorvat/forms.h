@@ -188,6 +188,10 @@ class FormModel {
  protected:
   // Layout helpers: each adds a control (tab stops in the order added) and returns it.
   Control& add(Control control);
+  // Adds a control of `type` with what every control has: name, index, caption, place
+  // and frame.
+  Control& add(ControlType type, std::string control_name, int index, std::string control_caption,
+               Layout layout, std::string container = {});
   Control& label(std::string control_name, int index, std::string caption, Layout layout,
                  std::string container = {});
   Control& frame(std::string control_name, std::string caption, Layout layout);
