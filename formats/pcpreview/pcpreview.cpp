@@ -52,17 +52,6 @@ const FormatPattern& hours_pattern() {
   return pattern;
 }
 
-// The client number's message speaks of a pay level: the wording users have always
-// seen for this field.
-std::string range_message(double low, double high) {
-  return "Pay Level invalid - Must be between " + general_number_text(low) + " and " +
-         general_number_text(high);
-}
-
-std::string length_message(std::size_t length) {
-  return "Pay Item Code must be " + std::to_string(length) + " chars or less";
-}
-
 }  // namespace
 
 bool PCPreview::Execute(const Variant& pcTimeCards) {
@@ -108,12 +97,14 @@ void PCPreview::ValidateSetupData(std::string_view psSetup) {
       const long number =
           static_cast<long>(PCPreviewErrorsEnum::errClientNumber) + static_cast<long>(position);
       if (position == kClientNumber) {
+        // The client number's message speaks of a pay level: the wording users have
+        // always seen for this field.
         if (!field_in_range(field, kClientNumberLow, kClientNumberHigh))
           raise(number, kValidateSetupDataSource,
-                range_message(kClientNumberLow, kClientNumberHigh));
+                pay_level_range_message(kClientNumberLow, kClientNumberHigh));
       } else if (position <= kOtherPayCode) {
         if (field.size() > kPayCodeLength)
-          raise(number, kValidateSetupDataSource, length_message(kPayCodeLength));
+          raise(number, kValidateSetupDataSource, pay_item_code_length_message(kPayCodeLength));
       }
     }
   });

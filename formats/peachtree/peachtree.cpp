@@ -58,15 +58,6 @@ const FormatPattern& unit_duration_pattern() {
   return pattern;
 }
 
-std::string range_message(double low, double high) {
-  return "Pay Level invalid - Must be between " + general_number_text(low) + " and " +
-         general_number_text(high);
-}
-
-std::string length_message(std::size_t length) {
-  return "Pay Item Code must be " + std::to_string(length) + " chars or less";
-}
-
 }  // namespace
 
 bool Peachtree::Execute(const Variant& pcTimeCards) {
@@ -108,10 +99,10 @@ void Peachtree::ValidateSetupData(std::string_view psSetup) {
           static_cast<long>(PeachtreeErrorsEnum::errLevelReg) + static_cast<long>(position);
       if (position < kPayItemCodeReg) {
         if (!field_in_range(field, kPayLevelLow, kPayLevelHigh))
-          raise(number, kValidateSource, range_message(kPayLevelLow, kPayLevelHigh));
+          raise(number, kValidateSource, pay_level_range_message(kPayLevelLow, kPayLevelHigh));
       } else if (position < kOutputFieldTitles) {
         if (field.size() > kPayItemCodeLength)
-          raise(number, kValidateSource, length_message(kPayItemCodeLength));
+          raise(number, kValidateSource, pay_item_code_length_message(kPayItemCodeLength));
       }
     }
   });

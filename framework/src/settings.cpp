@@ -56,4 +56,13 @@ void advance_counter(std::string& field, double highest) {
   field = next > highest ? "0" : general_number_text(next);
 }
 
+std::string pay_level_range_message(double low, double high) {
+  return "Pay Level invalid - Must be between " + general_number_text(low) + " and " +
+         general_number_text(high);
+}
+
+std::string pay_item_code_length_message(std::size_t length) {
+  return "Pay Item Code must be " + std::to_string(length) + " chars or less";
+}
+
 }  // namespace zorvat

@@ -48,6 +48,12 @@ bool field_is_true(std::string_view field);
 // The range test of the classes' ValidateSetupData. Never raises.
 bool field_in_range(std::string_view field, double low, double high);
 
+// The descriptions of two checks that classes word alike: a pay level outside its range
+// ("Pay Level invalid - Must be between 0 and 20") and a pay item code that is too long
+// ("Pay Item Code must be 3 chars or less").
+std::string pay_level_range_message(double low, double high);
+std::string pay_item_code_length_message(std::size_t length);
+
 // Advances a counter kept in a settings field (a batch or sequence number) after a
 // file was written: the field's value plus 1, or 0 when the sum is greater than
 // `highest`, stored back as text ("7" becomes "8", "99" with highest 99 becomes "0").
