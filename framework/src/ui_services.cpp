@@ -36,6 +36,8 @@ void UiServices::show_modeless(FormModel&) {}
 
 void UiServices::hide_modeless(FormModel&) {}
 
+void UiServices::launch_associated_program(std::string_view) {}
+
 const Clock& system_clock() {
   static const SystemClock clock;
   return clock;

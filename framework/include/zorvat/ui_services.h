@@ -10,6 +10,10 @@
 
 namespace zorvat {
 
+namespace quickbooks {
+class SessionManagerFactory;
+}
+
 struct SaveDialogRequest {
   // The common dialog's filter, "description | pattern" as the class words it.
   std::string filter;
@@ -75,6 +79,11 @@ class UiServices {
   virtual void show_modeless(FormModel& form);
   // Takes a modeless window off the screen.
   virtual void hide_modeless(FormModel& form);
+
+  // Starts the program associated with a document (its file type's program), with the
+  // document as its argument, minimised and without taking the focus. A host that
+  // cannot start programs does nothing.
+  virtual void launch_associated_program(std::string_view document);
 };
 
 // Where the classes' output goes: one whole text to one path, replacing the file.
@@ -97,6 +106,9 @@ struct ExportContext {
   UiServices& ui;
   OutputFiles& files;
   const Clock& clock;
+  // Where the QuickBooks export gets its session managers; null on a host that
+  // cannot reach QuickBooks (the export then fails as if none were installed).
+  quickbooks::SessionManagerFactory* quickbooks = nullptr;
 };
 
 // The system clock: today in local time.
