@@ -6,6 +6,10 @@
 #
 #   hosts/com/tests/run-wine-tests.sh [--no-build] [--no-bench]
 #
+# The DLLs are built under build/ (build/mingw-x64, build/mingw-x86), or under the
+# folder ZORVAT_WINE_BUILD names when it is set, so that two checkouts or two people
+# can build side by side.
+#
 # Ends with the line "N passed, N failed" (", N skipped" when some were skipped) and
 # exits non-zero when anything failed. Wine's exit codes are never trusted alone: each
 # step must print its own positive result.
@@ -56,11 +60,13 @@ wine32=""
 [[ -x /usr/lib/wine/wine ]] && wine32=/usr/lib/wine/wine
 
 # --- Build --------------------------------------------------------------------------
+build_root=${ZORVAT_WINE_BUILD:-$source_dir/build}
 for preset in mingw-x64 mingw-x86; do
   if ((build)); then
-    log="$source_dir/build/$preset-build.log"
-    mkdir -p "$source_dir/build"
-    if (cd "$source_dir" && cmake --preset "$preset" && cmake --build --preset "$preset") \
+    log="$build_root/$preset-build.log"
+    mkdir -p "$build_root"
+    if (cd "$source_dir" && cmake --preset "$preset" -B "$build_root/$preset" &&
+        cmake --build "$build_root/$preset") \
         >"$log" 2>&1; then
       pass "build of zorvat.dll and the test host ($preset)"
     else
@@ -70,10 +76,10 @@ for preset in mingw-x64 mingw-x86; do
   fi
 done
 
-dll64="$source_dir/build/mingw-x64/hosts/com/zorvat.dll"
-host64="$source_dir/build/mingw-x64/hosts/com/tests/zorvat_com_tests.exe"
-dll32="$source_dir/build/mingw-x86/hosts/com/zorvat.dll"
-host32="$source_dir/build/mingw-x86/hosts/com/tests/zorvat_com_tests.exe"
+dll64="$build_root/mingw-x64/hosts/com/zorvat.dll"
+host64="$build_root/mingw-x64/hosts/com/tests/zorvat_com_tests.exe"
+dll32="$build_root/mingw-x86/hosts/com/zorvat.dll"
+host32="$build_root/mingw-x86/hosts/com/tests/zorvat_com_tests.exe"
 
 # --- Imports: only Windows system DLLs, the four undecorated exports ------------------
 system_dlls='^(kernel32|user32|advapi32|ole32|oleaut32|comdlg32|msvcrt|gdi32|shell32|shlwapi|comctl32)\.dll$'
