@@ -7,6 +7,7 @@
 #include "pcpreview/pcpreview.h"
 #include "peachtree/peachtree.h"
 #include "primepay/primepay.h"
+#include "qb2000/qb2000.h"
 
 namespace zorvat::formats {
 namespace {
@@ -27,6 +28,7 @@ ExportRegistry make_registry() {
   add<PCPreview>(registry, "PCPreview");
   add<Peachtree>(registry, "Peachtree");
   add<PrimePay>(registry, "PrimePay");
+  add<QB2000>(registry, "QB2000");
   return registry;
 }
 
