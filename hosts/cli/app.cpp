@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <deque>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -14,6 +15,7 @@
 #include "posix_file_system.h"
 #include "reconcile_command.h"
 #include "setup_command.h"
+#include "simulated_quickbooks.h"
 #include "zorvat/error.h"
 
 namespace zorvat::cli {
@@ -28,6 +30,10 @@ struct Request {
   std::optional<std::string> out;
   std::string today;
   bool json = false;
+  // QB2000: the simulated company, the qbXML log, the answers of the questions.
+  std::optional<std::string> qb_company;
+  std::optional<std::string> qb_log;
+  std::vector<std::string> answers;
 };
 
 // What one run produced, reported in plain text or as one JSON object.
@@ -101,16 +107,40 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
     }
   }
 
-  CommandLineUi ui({request.out, interactive && !request.json, !request.json});
+  std::unique_ptr<SimulatedQuickBooks> quickbooks;
+  if (request.qb_company) {
+    try {
+      quickbooks = std::make_unique<SimulatedQuickBooks>(*request.qb_company, request.qb_log);
+    } catch (const Error& error) {
+      return usage_error(request, out, err, "--qb-company: " + error.description());
+    } catch (const std::runtime_error& error) {
+      return usage_error(request, out, err, error.what());
+    }
+  } else if (request.qb_log) {
+    return usage_error(request, out, err, "--qb-log needs --qb-company");
+  }
+
+  std::deque<Answer> answers;
+  for (const std::string& answer : request.answers)
+    answers.push_back(answer == "yes" ? Answer::Yes : Answer::No);
+  CommandLineUi ui({request.out, interactive && !request.json, !request.json, std::move(answers)});
   RecordingFiles files(safe_output_files());
   FixedDateClock clock(today);
-  const ExportContext context{ui, files, clock};
+  const ExportContext context{ui, files, clock, quickbooks ? &quickbooks->sessions() : nullptr};
 
   auto instance = formats::builtin_formats().create(request.class_name, context);
   if (!instance)
     return usage_error(
         request, out, err,
         "unknown export class \"" + request.class_name + "\" (known: " + known_classes() + ")");
+  const bool exports_to_quickbooks =
+      request.command == "export" && instance->class_name() == "QB2000";
+  if (exports_to_quickbooks && !quickbooks)
+    return usage_error(request, out, err,
+                       "QB2000 exports to QuickBooks: name the simulated company with "
+                       "--qb-company COMPANY.json");
+  if (quickbooks && !exports_to_quickbooks)
+    return usage_error(request, out, err, "--qb-company applies to the QB2000 export only");
 
   Report report;
   // The host's order: Title, SetupData, the check method, Execute, SetupData back.
@@ -164,6 +194,16 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
                              "answer the Save dialog with this path (\"\" for an empty name)");
   export_command->add_option("--today", request.today,
                              "the date the classes take as today (YYYY-MM-DD)");
+  export_command->add_option("--qb-company", request.qb_company,
+                             "QB2000: the simulated QuickBooks company (JSON) to export to");
+  export_command->add_option("--qb-log", request.qb_log,
+                             "QB2000: write every request sent, as qbXML, to this file");
+  export_command
+      ->add_option("--answer", request.answers,
+                   "answer the export's next Yes/No question (yes or no; repeat for each)")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->check(CLI::IsMember({"yes", "no"}, CLI::ignore_case));
   CLI::App* validate_command =
       app.add_subcommand("validate", "run only the class's check of its settings");
   add_common(validate_command);

@@ -1,7 +1,8 @@
 // The `zorvat` command: runs one export class as the time-and-attendance host does.
 //
 //   zorvat export CLASS --cards FILE [--setup TEXT] [--title TEXT] [--out PATH]
-//                       [--today YYYY-MM-DD] [--json]
+//                       [--today YYYY-MM-DD] [--answer yes|no]... [--json]
+//                       QB2000: --qb-company COMPANY.json [--qb-log FILE]
 //   zorvat validate CLASS [--setup TEXT] [--title TEXT] [--json]
 //   zorvat classes
 //

@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include "zorvat/forms.h"
+
 namespace zorvat::cli {
 
 std::optional<std::string> CommandLineUi::read_line(const std::string& prompt) {
@@ -38,6 +40,16 @@ void CommandLineUi::message_box(const MessageBoxRequest& request) {
 Answer CommandLineUi::question(const MessageBoxRequest& request, QuestionButtons buttons) {
   messages_.push_back(request.text);
   const Answer fallback = buttons == QuestionButtons::YesNo ? Answer::No : Answer::Cancel;
+  if (!options_.answers.empty()) {
+    const Answer answer = options_.answers.front();
+    options_.answers.pop_front();
+    if (options_.echo_messages) {
+      if (!request.title.empty()) std::cerr << request.title << ": ";
+      std::cerr << request.text << '\n'
+                << "(answered " << (answer == Answer::Yes ? "yes" : "no") << ")\n";
+    }
+    return answer;
+  }
   if (!options_.interactive) {
     if (options_.echo_messages) std::cerr << request.text << '\n';
     return fallback;
@@ -70,6 +82,15 @@ Answer CommandLineUi::question(const MessageBoxRequest& request, QuestionButtons
 void CommandLineUi::show_help(std::string_view help_file, std::string_view window,
                               unsigned long context) {
   std::cerr << "help: " << help_file << window << ", topic " << context << '\n';
+}
+
+void CommandLineUi::show_modeless(FormModel& form) {
+  // Only the progress window is shown modeless; its message line tells the stage.
+  const Control* message = form.find("lblMessage");
+  if (message == nullptr || message->caption.empty() || message->caption == progress_message_)
+    return;
+  progress_message_ = message->caption;
+  std::cerr << progress_message_ << '\n';
 }
 
 }  // namespace zorvat::cli

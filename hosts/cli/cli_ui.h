@@ -3,11 +3,13 @@
 // The Save dialog is answered from --out (an empty --out is an empty file name);
 // without it a terminal user is asked for a path, and with no terminal the dialog is
 // cancelled. Message boxes are collected (and, in plain mode, printed on stderr as
-// they come). Questions are asked on a terminal and otherwise get their default
-// answer: No, or Cancel.
+// they come). Questions take the answers given in advance (--answer), in order; past
+// those they are asked on a terminal and otherwise get their default answer: No, or
+// Cancel. The progress window's message line is printed on stderr whenever it changes.
 #pragma once
 
 #include <cstdio>
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,6 +24,7 @@ class CommandLineUi final : public UiServices {
     std::optional<std::string> out;  // the Save dialog's answer
     bool interactive = false;        // stdin and stderr are a terminal
     bool echo_messages = true;       // print message boxes on stderr
+    std::deque<Answer> answers;      // the answers of the next questions, in order
   };
   explicit CommandLineUi(Options options) : options_(std::move(options)) {}
 
@@ -30,6 +33,7 @@ class CommandLineUi final : public UiServices {
   Answer question(const MessageBoxRequest& request, QuestionButtons buttons) override;
   void show_help(std::string_view help_file, std::string_view window,
                  unsigned long context) override;
+  void show_modeless(FormModel& form) override;
 
   const std::vector<std::string>& messages() const { return messages_; }
 
@@ -38,6 +42,7 @@ class CommandLineUi final : public UiServices {
 
   Options options_;
   std::vector<std::string> messages_;
+  std::string progress_message_;
 };
 
 // Remembers the path of the file a class wrote, for the report.

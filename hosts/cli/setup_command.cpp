@@ -21,7 +21,7 @@ namespace {
 class SetupUi final : public UiServices {
  public:
   SetupUi(std::ostream& err, bool interactive)
-      : err_(err), interactive_(interactive), common_({std::nullopt, interactive, false}) {}
+      : err_(err), interactive_(interactive), common_({std::nullopt, interactive, false, {}}) {}
 
   SaveDialogResult save_dialog(const SaveDialogRequest& request) override {
     return common_.save_dialog(request);

@@ -1,0 +1,223 @@
+// `zorvat export QB2000`: the export against a simulated company through qbXML, the
+// answers given in advance, the progress lines, the request log and the usage errors.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "process.h"
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using zorvat::testing_support::run_process;
+
+namespace {
+
+const std::string kExamples = std::string(ZORVAT_SOURCE_DIR) + "/examples";
+const std::string kSampleCards = kExamples + "/sample-period.json";
+const std::string kSampleCompany = kExamples + "/qb2000-company.json";
+const std::string kSetup =
+    "C:\\Company\\Sample.QBW,Regular Hourly Rate,Overtime Hourly Rate,"
+    "Premuim Overtime Hourly Rate,Vacation Hourly Rate,Holiday Hourly Rate,Sick Hourly Rate,"
+    "Other Hourly Rate";
+
+// Jane Doe worked 8 hours on 1 March 2004.
+const std::string kJaneCards = R"({"cards": [{
+  "FirstName": "Jane", "MI": "", "LastName": "Doe",
+  "REG": 480, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0,
+  "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2004-03-01",
+  "Days": [{"DayDate": "2004-03-01", "Hours": 480, "REG": 480, "OT1": 0, "OT2": 0,
+            "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0}]}]})";
+
+std::string company_json(const std::string& extra = "") {
+  return R"({"company_file": "C:\\Company\\Sample.QBW",
+    "payroll_items": ["Regular Hourly Rate", "Overtime Hourly Rate",
+      "Premuim Overtime Hourly Rate", "Vacation Hourly Rate", "Holiday Hourly Rate",
+      "Sick Hourly Rate", "Other Hourly Rate"],
+    "employees": ["Doe, Jane"])" +
+         extra + "}";
+}
+
+class QuickBooksCommandLine : public testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ =
+        fs::temp_directory_path() / ("zorvat-qb-cli-" + std::to_string(::getpid()) + "-" +
+                                     testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::remove_all(dir_);
+    fs::create_directories(dir_);
+  }
+  void TearDown() override { fs::remove_all(dir_); }
+
+  std::string write(const std::string& name, const std::string& text) {
+    const fs::path path = dir_ / name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path.string();
+  }
+  static std::string read(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return bytes.str();
+  }
+  static zorvat::testing_support::ProcessResult zorvat(std::vector<std::string> args) {
+    args.insert(args.begin(), ZORVAT_CLI);
+    return run_process(args);
+  }
+  // Exports Jane's card to a company described by `company` (JSON text).
+  zorvat::testing_support::ProcessResult export_jane(const std::string& company,
+                                                     std::vector<std::string> more = {}) {
+    std::vector<std::string> args = {
+        "export",  "QB2000", "--cards",      write("cards.json", kJaneCards),
+        "--setup", kSetup,   "--qb-company", write("company.json", company)};
+    args.insert(args.end(), more.begin(), more.end());
+    return zorvat(args);
+  }
+
+  fs::path dir_;
+};
+
+TEST_F(QuickBooksCommandLine, SamplePeriodIsExportedAfterAddingTheMissingEmployee) {
+  const auto r = zorvat({"export", "QB2000", "--cards", kSampleCards, "--setup", kSetup,
+                         "--qb-company", kSampleCompany, "--answer", "yes"});
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(r.out, kSetup + "\n");
+  // The stages in order, the question with its answer between them.
+  const std::vector<std::string> in_order = {
+      "Connecting to QuickBooks...\n",
+      "Verifying Payroll Items...\n",
+      "Verifying Employee Names...\n",
+      "Add Missing Employees to QuickBooks and Continue with Export?: The following employees "
+      "were not found in QuickBooks: \r\nLiam P Murphy\r\n",
+      "(answered yes)\n",
+      "Adding Employee Names...\n",
+      "Exporting Data to QuickBooks...\n"};
+  std::size_t at = 0;
+  for (const std::string& line : in_order) {
+    const std::size_t found = r.err.find(line, at);
+    ASSERT_NE(found, std::string::npos) << line << " in\n" << r.err;
+    at = found + line.size();
+  }
+}
+
+TEST_F(QuickBooksCommandLine, AMissingAnswerIsNoAndAbortsTheExport) {
+  const auto r = zorvat({"export", "QB2000", "--cards", kSampleCards, "--setup", kSetup,
+                         "--qb-company", kSampleCompany, "--json"});
+  EXPECT_EQ(r.exit_code, 1) << r.err;
+  const json report = json::parse(r.out);
+  EXPECT_EQ(report["result"], false);
+  EXPECT_EQ(report["setupData"], kSetup);
+  EXPECT_TRUE(report["file"].is_null());
+  EXPECT_TRUE(report["error"].is_null());
+  EXPECT_EQ(report["messages"],
+            json::array({"The following employees were not found in QuickBooks: \r\n"
+                         "Liam P Murphy\r\n\r\n"
+                         "Do you want to add these Employees to Quickbooks and continue with "
+                         "Export? ",
+                         "Data Export Aborted."}));
+}
+
+TEST_F(QuickBooksCommandLine, TheLogHoldsEveryRequestDocumentSent) {
+  const std::string log = (dir_ / "requests.xml").string();
+  const auto r = export_jane(company_json(), {"--qb-log", log});
+  ASSERT_EQ(r.exit_code, 0) << r.err;
+  const std::string text = read(log);
+  // The item query, the employee query and Jane's day.
+  std::size_t documents = 0;
+  for (std::size_t at = text.find("<QBXML>"); at != std::string::npos;
+       at = text.find("<QBXML>", at + 1))
+    ++documents;
+  EXPECT_EQ(documents, 3u);
+  const std::size_t items = text.find("<PayrollItemWageQueryRq");
+  const std::size_t employees = text.find("<EmployeeQueryRq");
+  const std::size_t entry = text.find("<TimeTrackingAddRq");
+  ASSERT_NE(items, std::string::npos);
+  ASSERT_NE(employees, std::string::npos);
+  ASSERT_NE(entry, std::string::npos);
+  EXPECT_LT(items, employees);
+  EXPECT_LT(employees, entry);
+  EXPECT_NE(text.find("<MaxReturned>40</MaxReturned>"), std::string::npos);
+  EXPECT_NE(text.find("<FullName>Doe, Jane</FullName>", entry), std::string::npos);
+  EXPECT_NE(text.find("<TxnDate>2004-03-01</TxnDate>", entry), std::string::npos);
+  EXPECT_NE(text.find("<Notes>HLS - Regular Hourly Rate</Notes>", entry), std::string::npos);
+  EXPECT_NE(text.find("continueOnError"), std::string::npos);
+}
+
+TEST_F(QuickBooksCommandLine, TimeTrackingSwitchedOffIsARaisedError) {
+  const auto r = export_jane(company_json(R"(, "time_tracking": false)"), {"--json"});
+  EXPECT_EQ(r.exit_code, 3);
+  const json report = json::parse(r.out);
+  EXPECT_EQ(report["result"], false);
+  EXPECT_EQ(report["error"]["number"], 3250);
+  EXPECT_EQ(report["error"]["source"], "zorvat.QB2000.Execute");
+  EXPECT_EQ(report["error"]["description"],
+            "The QuickBooks Time Tracking Preference is not available or disabled.\r\n"
+            "Please enable Time Tracking under QuickBooks Company Preferences.");
+}
+
+TEST_F(QuickBooksCommandLine, NoToRetryExportEndsInARaisedError) {
+  const auto r = export_jane(
+      company_json(
+          R"(, "begin_session_failure": {"number": -2147220472, "description": "Could not start QuickBooks."})"),
+      {"--answer", "no"});
+  EXPECT_EQ(r.exit_code, 3);
+  EXPECT_NE(r.err.find("Retry Export: The Company File couldn't be found or QuickBooks will not "
+                       "allow Horalis to access File.\r\n"),
+            std::string::npos)
+      << r.err;
+  EXPECT_NE(r.err.find("(answered no)\n"), std::string::npos);
+  EXPECT_NE(r.err.find("zorvat: error -2147220467 in zorvat.QB2000.Execute: "), std::string::npos)
+      << r.err;
+}
+
+TEST_F(QuickBooksCommandLine, YesToRetryExportReturnsFalse) {
+  const auto r = export_jane(
+      company_json(
+          R"(, "begin_session_failure": {"number": -2147220472, "description": "Could not start QuickBooks."})"),
+      {"--answer", "yes", "--json"});
+  EXPECT_EQ(r.exit_code, 1);
+  const json report = json::parse(r.out);
+  ASSERT_EQ(report["messages"].size(), 1u);
+  EXPECT_EQ(report["messages"][0],
+            "The Company File couldn't be found or QuickBooks will not allow Horalis to access "
+            "File.\r\nYou must launch QuickBooks and then return to Horalis and retry the "
+            "export.\r\n\r\nClick 'Yes' to launch QuickBooks.");
+}
+
+TEST_F(QuickBooksCommandLine, WithoutACompanyTheExportIsAUsageError) {
+  const auto r = zorvat({"export", "QB2000", "--cards", write("cards.json", kJaneCards), "--setup",
+                         kSetup, "--json"});
+  EXPECT_EQ(r.exit_code, 2);
+  const json report = json::parse(r.out);
+  EXPECT_EQ(report["error"]["number"], 0);
+  EXPECT_NE(report["error"]["description"].get<std::string>().find("--qb-company"),
+            std::string::npos);
+}
+
+TEST_F(QuickBooksCommandLine, ACompanyForAnotherClassIsAUsageError) {
+  const auto r = zorvat({"export", "Generic", "--cards", write("cards.json", kJaneCards),
+                         "--qb-company", write("company.json", company_json())});
+  EXPECT_EQ(r.exit_code, 2);
+  EXPECT_NE(r.err.find("--qb-company"), std::string::npos) << r.err;
+}
+
+TEST_F(QuickBooksCommandLine, AMalformedCompanyFileIsAUsageError) {
+  const auto r = export_jane(R"({"employees": 5})");
+  EXPECT_EQ(r.exit_code, 2);
+  EXPECT_NE(r.err.find("company.json"), std::string::npos) << r.err;
+}
+
+TEST_F(QuickBooksCommandLine, ALogWithoutACompanyIsAUsageError) {
+  const auto r = zorvat({"export", "QB2000", "--cards", write("cards.json", kJaneCards), "--qb-log",
+                         (dir_ / "log.xml").string()});
+  EXPECT_EQ(r.exit_code, 2);
+}
+
+TEST_F(QuickBooksCommandLine, AnswersAreYesOrNo) {
+  const auto r = export_jane(company_json(), {"--answer", "maybe"});
+  EXPECT_EQ(r.exit_code, 2);
+}
+
+}  // namespace
