@@ -23,7 +23,7 @@ constexpr PayCodeRow kRows[] = {
 
 }  // namespace
 
-ADP7Form::ADP7Form() : FormModel("frmADP7", "ADP7", "ADP Version 7.0", 7095, 4695, 14) {
+ADP7Form::ADP7Form() : FormModel("frmADP7", "ADP7", "ADP Version 7.0", 7695, 4695, 14) {
   const char* const heads[][2] = {{"CompanyCode", "Company Code"},
                                   {"BatchSeqNum", "Batch Sequence Number"},
                                   {"PayNumber", "Pay Number"}};
@@ -36,29 +36,29 @@ ADP7Form::ADP7Form() : FormModel("frmADP7", "ADP7", "ADP Version 7.0", 7095, 469
     if (i != 1) box.key_press = upper_case_key;
   }
 
-  frame(kPayCodes, "ADP Pay Codes", {120, 1380, 4455, 2535});
-  label("lblCode", -1, "Code", {2400, 1620, 735, 255}, kPayCodes);
-  label("lblCodeName", -1, "Code Name", {3240, 1620, 1215, 255}, kPayCodes);
+  frame(kPayCodes, "ADP Pay Codes", {120, 1380, 4815, 2535});
+  label("lblCode", -1, "Code", {2760, 1620, 735, 255}, kPayCodes);
+  label("lblCodeName", -1, "Code Name", {3600, 1620, 1215, 255}, kPayCodes);
   for (int row = 0; row < 5; ++row) {
     const std::string category = kRows[row].category;
     const int top = 1920 + row * 390;
-    label("lbl" + category + "PayCode", -1, kRows[row].caption, {240, top + 30, 2055, 255},
+    label("lbl" + category + "PayCode", -1, kRows[row].caption, {240, top + 30, 2415, 255},
           kPayCodes);
     Control& code =
-        text_box("txt" + category + "PayCode", -1, {}, {2400, top, 735, 285}, 0, kPayCodes);
+        text_box("txt" + category + "PayCode", -1, {}, {2760, top, 735, 285}, 0, kPayCodes);
     code.key_press = upper_case_key;
     bind(code, ADP7::kOT2PayCode + 2 * row, Binding::Text);
     Control& name = text_box("txt" + category + "CodeName", -1, kRows[row].code_name,
-                             {3240, top, 1215, 285}, 0, kPayCodes);
+                             {3600, top, 1215, 285}, 0, kPayCodes);
     bind(name, ADP7::kOT2CodeName + 2 * row, Binding::Text);
   }
 
-  frame(kOutputFormat, "Format Options", {4680, 120, 2295, 1095});
-  option_button("optEPIP", -1, "Output to ADP EPIP format", {4800, 360, 2055, 255}, kOutputFormat)
+  frame(kOutputFormat, "Format Options", {4680, 120, 2895, 1095});
+  option_button("optEPIP", -1, "Output to ADP EPIP format", {4800, 360, 2655, 255}, kOutputFormat)
       .value = 1;
-  option_button("optCSV", -1, "Output to ADP CSV format", {4800, 720, 2055, 255}, kOutputFormat);
+  option_button("optCSV", -1, "Output to ADP CSV format", {4800, 720, 2655, 255}, kOutputFormat);
 
-  standard_buttons(3600, 4140);
+  standard_buttons(4200, 4140);
 }
 
 void ADP7Form::prepare(std::string_view) {
