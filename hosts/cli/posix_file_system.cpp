@@ -72,6 +72,12 @@ class PosixFileSystem final : public FileSystem {
 
   std::unique_ptr<OutputStream> create_beside(const std::string& target,
                                               std::string& temporary_path) override {
+    struct stat info {};
+    const bool target_exists = ::stat(target.c_str(), &info) == 0;
+    // A file that nobody may write is kept, as on Windows: the rename would replace it
+    // here, but marking a file read-only is how a user protects it.
+    if (target_exists && S_ISREG(info.st_mode) && (info.st_mode & 0222) == 0) raise_errno(EACCES);
+
     // A short name, so that a target name near the length limit still has room.
     std::string name = folder_of(target) + "/.zorvat-XXXXXX";
     const int fd = ::mkstemp(name.data());
@@ -79,11 +85,7 @@ class PosixFileSystem final : public FileSystem {
     temporary_path = name;
     auto stream = std::make_unique<PosixStream>(fd);
     // The new file takes the previous file's permissions, or a new file's.
-    struct stat info {};
-    const mode_t mode = ::stat(target.c_str(), &info) == 0
-                            ? static_cast<mode_t>(info.st_mode & 07777)
-                            : new_file_mode();
-    ::fchmod(fd, mode);
+    ::fchmod(fd, target_exists ? static_cast<mode_t>(info.st_mode & 07777) : new_file_mode());
     return stream;
   }
 

@@ -132,6 +132,22 @@ TEST_F(FileStep, ANameTooLongIsABadFileName) {
   EXPECT_TRUE(entries().empty());
 }
 
+TEST_F(FileStep, AReadOnlyFileIsPermissionDeniedAndKept) {
+  // Decided by the file's own mode, so it holds for root as well.
+  const fs::path out = dir_ / "EPIACM07.CSV";
+  write(out, "last week's batch\r\n");
+  fs::permissions(out, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+  const json report = export_to("ADP7", kAdp7, out.string());
+  EXPECT_EQ(last_exit_, 3);
+  expect_error(report, 70, "zorvat.ADP7.Execute");
+  EXPECT_EQ(report["error"]["description"], "Permission denied");
+  EXPECT_EQ(report["setupData"], kAdp7);  // batch 7 not used up
+  EXPECT_EQ(read(out), "last week's batch\r\n");
+  EXPECT_EQ(fs::status(out).permissions() & fs::perms::all,
+            fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+  EXPECT_EQ(entries(), std::vector<std::string>{"EPIACM07.CSV"});  // no temporary file left
+}
+
 TEST_F(FileStep, AReadOnlyFolderIsPermissionDenied) {
   if (::geteuid() == 0) GTEST_SKIP() << "running as root: folder permissions do not apply";
   const fs::path locked = dir_ / "locked";
