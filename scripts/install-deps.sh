@@ -10,7 +10,7 @@ core=(g++ cmake ninja-build make pkg-config libgtest-dev libgmock-dev libbenchma
       libsimdjson-dev nlohmann-json3-dev libcli11-dev libfmt-dev libpugixml-dev clang-format python3)
 fuzz=(clang-14 libclang-rt-14-dev)
 windows=(g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools wine wine64 libwine-dev xvfb
-         x11-utils imagemagick)
+         x11-utils imagemagick fonts-wine)
 
 wanted=()
 for group in "${@:-core}"; do

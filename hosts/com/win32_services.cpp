@@ -4,10 +4,12 @@
 
 #include <commdlg.h>
 #include <dlgs.h>
+#include <shellapi.h>
 
 #include <algorithm>
 #include <string>
 
+#include "qbfc_session.h"
 #include "raii.h"
 #include "zorvat/error.h"
 
@@ -107,6 +109,36 @@ int show_message(const MessageBoxRequest& request, UINT buttons) {
   return MessageBoxW(owner_window(), text.c_str(), title.c_str(), style);
 }
 
+// The module this code is linked into: zorvat.dll in the server.
+HMODULE this_module() {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+      reinterpret_cast<LPCWSTR>(&this_module), &module);
+  return module;
+}
+
+// A help file named without a folder lies beside the component, as the classic
+// components resolve their help file against their own folder. WinHelpA takes the
+// path in the ANSI code page.
+std::string help_file_path(std::string_view help_file) {
+  if (help_file.find_first_of("\\/:") != std::string_view::npos) return std::string(help_file);
+  wchar_t module_path[MAX_PATH + 1] = {};
+  const DWORD length = GetModuleFileNameW(this_module(), module_path, MAX_PATH);
+  std::wstring folder(module_path, length);
+  const auto separator = folder.find_last_of(L"\\/");
+  if (length == 0 || length >= MAX_PATH || separator == std::wstring::npos)
+    return std::string(help_file);
+  folder.resize(separator + 1);
+  const std::wstring wide = folder + to_wide(help_file);
+  const int size = WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, nullptr, 0, nullptr, nullptr);
+  if (size <= 1) return std::string(help_file);
+  std::string path(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, path.data(), size, nullptr, nullptr);
+  path.resize(static_cast<std::size_t>(size - 1));
+  return path;
+}
+
 [[noreturn]] void raise_last_error() {
   raise_runtime(file_error_from_win32(GetLastError()));
 }
@@ -146,6 +178,25 @@ std::wstring folder_of(const std::wstring& path) {
   return path.substr(0, separator);
 }
 
+// The longest name one folder entry may have on the file systems Windows writes to.
+constexpr std::size_t kMaxNameChars = 255;
+
+std::size_t name_length(const std::wstring& path) {
+  const auto separator = path.find_last_of(L"\\/:");
+  return separator == std::wstring::npos ? path.size() : path.size() - separator - 1;
+}
+
+// GetTempFileName reports a folder that is missing, or is a file, as ERROR_DIRECTORY,
+// which is no "Path not found" of its own: the folder is looked at to tell.
+[[noreturn]] void raise_temporary_file_error(const std::wstring& folder) {
+  const DWORD error = GetLastError();
+  const DWORD attributes = GetFileAttributesW(folder.c_str());
+  if (error == ERROR_DIRECTORY &&
+      (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY)))
+    raise_runtime(file_error_from_win32(ERROR_PATH_NOT_FOUND));
+  raise_runtime(file_error_from_win32(error));
+}
+
 }  // namespace
 
 SaveDialogResult Win32Ui::save_dialog(const SaveDialogRequest& request) {
@@ -173,6 +224,25 @@ SaveDialogResult Win32Ui::save_dialog(const SaveDialogRequest& request) {
   return {true, {}};
 }
 
+OpenDialogResult Win32Ui::open_dialog(const OpenDialogRequest& request) {
+  const std::wstring filter = filter_list(request.filter);
+  const std::wstring title = to_wide(request.title);
+  const std::wstring folder = to_wide(request.initial_folder);
+  std::wstring file(kFileBufferChars, L'\0');
+  OPENFILENAMEW dialog{};
+  dialog.lStructSize = sizeof dialog;
+  dialog.hwndOwner = owner_window();
+  dialog.lpstrFilter = request.filter.empty() ? nullptr : filter.c_str();
+  dialog.nFilterIndex = 1;
+  dialog.lpstrFile = file.data();
+  dialog.nMaxFile = kFileBufferChars;
+  dialog.lpstrTitle = title.empty() ? nullptr : title.c_str();
+  dialog.lpstrInitialDir = folder.empty() ? nullptr : folder.c_str();
+  dialog.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_ENABLESIZING;
+  if (!GetOpenFileNameW(&dialog)) return {};
+  return {false, to_utf8(file.c_str(), wcslen(file.c_str()))};
+}
+
 void Win32Ui::message_box(const MessageBoxRequest& request) {
   show_message(request, MB_OK);
 }
@@ -197,12 +267,47 @@ Answer Win32Ui::question(const MessageBoxRequest& request, QuestionButtons butto
 
 void Win32Ui::show_help(std::string_view help_file, std::string_view window,
                         unsigned long context) {
-  std::string path(help_file);
+  // "file>window": the window name may come with its ">" or without.
+  std::string path = help_file_path(help_file);
   if (!window.empty()) {
-    path += '>';
+    if (window.front() != '>') path += '>';
     path += window;
   }
-  WinHelpA(owner_window(), path.c_str(), HELP_CONTEXT, context);
+  WinHelpA(nullptr, path.c_str(), HELP_CONTEXT, context);
+}
+
+namespace {
+// Text for the ANSI calls, in the system's code page as a classic program passes it.
+std::string to_ansi(std::string_view text) {
+  const std::wstring wide = to_wide(text);
+  const int length = WideCharToMultiByte(CP_ACP, 0, wide.data(), static_cast<int>(wide.size()),
+                                         nullptr, 0, nullptr, nullptr);
+  std::string ansi(static_cast<std::size_t>(length), '\0');
+  WideCharToMultiByte(CP_ACP, 0, wide.data(), static_cast<int>(wide.size()), ansi.data(), length,
+                      nullptr, nullptr);
+  return ansi;
+}
+}  // namespace
+
+void Win32Ui::launch_associated_program(std::string_view document) {
+  const std::string file = to_ansi(document);
+  // The classic call: a result of at most 255 characters, cut at its first NUL
+  // (the buffer itself is as large as the call may fill). A document without an
+  // associated program leaves the result empty.
+  char program[MAX_PATH + 1] = {};
+  FindExecutableA(file.c_str(), "", program);
+  std::string command_line(program, strnlen(program, 255));
+  command_line += " \"" + file + "\"";
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESHOWWINDOW;
+  startup.wShowWindow = SW_SHOWMINNOACTIVE;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessA(nullptr, command_line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                      &startup, &process))
+    raise_runtime(rt::kFileNotFound);
+  unique_handle thread(process.hThread);
+  unique_handle started(process.hProcess);
 }
 
 FileSystem::Kind Win32FileSystem::kind(const std::string& path) {
@@ -218,8 +323,8 @@ std::unique_ptr<OutputStream> Win32FileSystem::create_beside(const std::string& 
   // A new, uniquely named empty file in the target's folder, so that the rename that
   // replaces the target never crosses a volume.
   wchar_t name[MAX_PATH + 1] = {};
-  if (GetTempFileNameW(folder_of(to_wide(target)).c_str(), L"zvt", 0, name) == 0)
-    raise_last_error();
+  const std::wstring folder = folder_of(to_wide(target));
+  if (GetTempFileNameW(folder.c_str(), L"zvt", 0, name) == 0) raise_temporary_file_error(folder);
   temporary_path = to_utf8(name, wcslen(name));
   HANDLE file = CreateFileW(name, GENERIC_WRITE, 0, nullptr, TRUNCATE_EXISTING,
                             FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -239,7 +344,16 @@ std::unique_ptr<OutputStream> Win32FileSystem::open_for_output(const std::string
 }
 
 void Win32FileSystem::replace(const std::string& temporary, const std::string& target) {
-  if (!MoveFileExW(to_wide(temporary).c_str(), to_wide(target).c_str(),
+  // Windows refuses to replace a read-only file and to give a name longer than the file
+  // system allows. Wine (run by root, at least) replaces the one and reports the other
+  // as a missing file, so both are checked first and raised as Windows reports them.
+  const std::wstring destination = to_wide(target);
+  const DWORD attributes = GetFileAttributesW(destination.c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+    raise_runtime(file_error_from_win32(ERROR_ACCESS_DENIED));
+  if (name_length(destination) > kMaxNameChars)
+    raise_runtime(file_error_from_win32(ERROR_FILENAME_EXCED_RANGE));
+  if (!MoveFileExW(to_wide(temporary).c_str(), destination.c_str(),
                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
     raise_last_error();
 }
@@ -262,7 +376,7 @@ const Win32Clock server_clock;
 }  // namespace
 
 ExportContext server_context() {
-  return {server_ui, server_files, server_clock};
+  return {server_ui, server_files, server_clock, &server_session_factory()};
 }
 
 }  // namespace zorvat::com

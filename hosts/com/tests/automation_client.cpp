@@ -1,5 +1,7 @@
 #include "automation_client.h"
 
+#include <commdlg.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -109,8 +111,8 @@ void WINAPI stand_in_local_time(SYSTEMTIME* time) {
   *time = component_today;
 }
 
-// Points the module's import of `function` from kernel32 at `replacement`.
-bool patch_import(HMODULE module, const char* function, void* replacement) {
+// Points the module's import of `function` from `dll` at `replacement`.
+bool patch_import(HMODULE module, const char* dll, const char* function, void* replacement) {
   auto* base = reinterpret_cast<BYTE*>(module);
   auto* dos = reinterpret_cast<IMAGE_DOS_HEADER*>(base);
   auto* nt = reinterpret_cast<IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
@@ -119,7 +121,7 @@ bool patch_import(HMODULE module, const char* function, void* replacement) {
   if (directory.VirtualAddress == 0) return false;
   for (auto* import = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
        import->Name != 0; ++import) {
-    if (_stricmp(reinterpret_cast<const char*>(base + import->Name), "kernel32.dll") != 0) continue;
+    if (_stricmp(reinterpret_cast<const char*>(base + import->Name), dll) != 0) continue;
     auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(base + import->OriginalFirstThunk);
     auto* slots = reinterpret_cast<IMAGE_THUNK_DATA*>(base + import->FirstThunk);
     for (; names->u1.AddressOfData != 0; ++names, ++slots) {
@@ -147,7 +149,30 @@ bool set_component_today(const std::string& iso_date) {
   component_today.wDay = static_cast<WORD>(day);
   HMODULE module = GetModuleHandleW(L"zorvat.dll");
   if (module == nullptr) return false;
-  return patch_import(module, "GetLocalTime", reinterpret_cast<void*>(&stand_in_local_time));
+  return patch_import(module, "kernel32.dll", "GetLocalTime",
+                      reinterpret_cast<void*>(&stand_in_local_time));
+}
+
+namespace {
+
+std::wstring save_answer;
+
+BOOL WINAPI stand_in_save_dialog(OPENFILENAMEW* dialog) {
+  if (dialog->lpstrFile == nullptr || dialog->nMaxFile <= save_answer.size()) return FALSE;
+  const std::size_t length = save_answer.copy(dialog->lpstrFile, save_answer.size());
+  dialog->lpstrFile[length] = L'\0';
+  return TRUE;
+}
+
+}  // namespace
+
+bool set_component_save_answer(const std::wstring& path) {
+  HMODULE module = GetModuleHandleW(L"zorvat.dll");
+  if (module == nullptr) return false;
+  save_answer = path;
+  void* function = path.empty() ? reinterpret_cast<void*>(&GetSaveFileNameW)
+                                : reinterpret_cast<void*>(&stand_in_save_dialog);
+  return patch_import(module, "comdlg32.dll", "GetSaveFileNameW", function);
 }
 
 }  // namespace zorvat::com::testing

@@ -49,4 +49,22 @@ VARIANT long_arg(long value);
 // pointed at a stand-in that returns that day.
 bool set_component_today(const std::string& iso_date);
 
+// Makes zorvat.dll (once loaded) take `path` from its Save dialog without showing it:
+// its import of GetSaveFileNameW is pointed at a stand-in that returns `path` as
+// chosen. An empty path puts the real dialog back.
+bool set_component_save_answer(const std::wstring& path);
+
+// The stand-in Save dialog of set_component_save_answer while it lives.
+class SaveAnswerStandIn {
+ public:
+  explicit SaveAnswerStandIn(const std::wstring& path) { ok_ = set_component_save_answer(path); }
+  ~SaveAnswerStandIn() { set_component_save_answer(L""); }
+  SaveAnswerStandIn(const SaveAnswerStandIn&) = delete;
+  SaveAnswerStandIn& operator=(const SaveAnswerStandIn&) = delete;
+  bool ok() const { return ok_; }
+
+ private:
+  bool ok_ = false;
+};
+
 }  // namespace zorvat::com::testing

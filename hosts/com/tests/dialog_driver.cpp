@@ -66,6 +66,15 @@ BOOL CALLBACK collect(HWND window, LPARAM data) {
   return TRUE;
 }
 
+// Every visible top-level window of the process, whatever its class.
+BOOL CALLBACK collect_any(HWND window, LPARAM data) {
+  auto* search = reinterpret_cast<Search*>(data);
+  DWORD process = 0;
+  GetWindowThreadProcessId(window, &process);
+  if (process == search->process && IsWindowVisible(window)) search->found.push_back(window);
+  return TRUE;
+}
+
 }  // namespace
 
 DialogDriver::DialogDriver(SaveAnswer answer, std::wstring path)
@@ -172,6 +181,35 @@ std::vector<std::string> DialogDriver::message_texts() const {
 std::chrono::steady_clock::time_point DialogDriver::first_dialog_time() const {
   std::lock_guard lock(mutex_);
   return first_dialog_;
+}
+
+DialogWatchdog::DialogWatchdog(std::chrono::milliseconds limit)
+    : thread_([this, limit] {
+        std::unique_lock lock(mutex_);
+        if (stopped_.wait_for(lock, limit, [this] { return stopping_; })) return;
+        // A message box may sit on a dialog: close windows until none is left.
+        while (!stopping_) {
+          Search search{GetCurrentProcessId(), {}};
+          EnumWindows(&collect_any, reinterpret_cast<LPARAM>(&search));
+          for (HWND window : search.found) {
+            fired_ = true;
+            PostMessageW(window, WM_CLOSE, 0, 0);
+          }
+          stopped_.wait_for(lock, std::chrono::milliseconds(200), [this] { return stopping_; });
+        }
+      }) {}
+
+DialogWatchdog::~DialogWatchdog() {
+  stop();
+}
+
+void DialogWatchdog::stop() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  stopped_.notify_all();
+  if (thread_.joinable()) thread_.join();
 }
 
 }  // namespace zorvat::com::testing

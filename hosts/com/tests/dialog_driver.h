@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <set>
 #include <string>
@@ -61,6 +62,27 @@ class DialogDriver {
   std::vector<SeenSaveDialog> save_dialogs_;
   std::vector<SeenMessage> messages_;
   std::chrono::steady_clock::time_point first_dialog_{};
+  std::thread thread_;
+};
+
+// Closes every window of the process that is still open `limit` after it was started,
+// so that a dialog nobody could answer fails its test instead of stopping the run.
+class DialogWatchdog {
+ public:
+  explicit DialogWatchdog(std::chrono::milliseconds limit);
+  ~DialogWatchdog();
+  DialogWatchdog(const DialogWatchdog&) = delete;
+  DialogWatchdog& operator=(const DialogWatchdog&) = delete;
+
+  void stop();
+  // Whether it had to close something.
+  bool fired() const { return fired_; }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable stopped_;
+  bool stopping_ = false;
+  std::atomic<bool> fired_{false};
   std::thread thread_;
 };
 

@@ -1,8 +1,13 @@
 #!/usr/bin/env bash
 # Builds zorvat.dll for x86_64 and i686 with its test host, and runs every Wine test in
 # a fresh Wine prefix: registration with regsvr32, dispatch and DISPIDs, raised errors,
-# the Save dialog answered as a user would, the conformance corpus, DllCanUnloadNow,
-# a scripting host (cscript with VBScript), unregistration, and the DLLs' imports.
+# the Save dialog answered as a user would, the conformance corpus, the QuickBooks
+# export against the company simulator registered as the SDK's session manager
+# (tests/qbsim, registered by the test host itself), DllCanUnloadNow,
+# output files that cannot be written, 10,000 create/export/release cycles without a
+# handle or memory kept (figures on "note:" lines), a scripting host (cscript with
+# VBScript), unregistration, the DLLs' imports, and the setup forms and progress window
+# worked as a user does (under Xvfb with screenshots).
 #
 #   hosts/com/tests/run-wine-tests.sh [--no-build] [--no-bench]
 #
@@ -66,7 +71,8 @@ for preset in mingw-x64 mingw-x86; do
     log="$build_root/$preset-build.log"
     mkdir -p "$build_root"
     if (cd "$source_dir" && cmake --preset "$preset" -B "$build_root/$preset" &&
-        cmake --build "$build_root/$preset") \
+        cmake --build "$build_root/$preset" -j 2 \
+          --target zorvat_com zorvat_com_tests zorvat_form_tests) \
         >"$log" 2>&1; then
       pass "build of zorvat.dll and the test host ($preset)"
     else
@@ -139,7 +145,7 @@ run_host() {
   output=$(timeout 900 "$wine" "$exe" "$@" 2>&1)
   echo "$output" | grep -E '^\[ +(OK|FAILED|SKIPPED) +\]|^note:|Failure$|^Expected|^  Actual|Which is|^/.*:[0-9]+: ' |
     grep -v -E '^\[ +(FAILED|SKIPPED) +\] [0-9]+ test' | sed "s/^/  [$label] /"
-  if ! grep -q '^zorvat_com_tests: finished with exit code' <<<"$output"; then
+  if ! grep -q -E '^zorvat_[a-z_]+: finished with exit code' <<<"$output"; then
     echo "$output" | tail -n 20
     fail "$label: the test host did not finish"
     return
@@ -220,6 +226,68 @@ if [[ -n $wine32 ]]; then
 else
   skip "i686: wine32 is not installed on this machine, so the 32-bit zorvat.dll (built and" \
     "import-checked above) could not be run under Wine"
+fi
+
+# --- The forms on a screen ------------------------------------------------------------
+# zorvat_form_tests shows every setup form and the progress window and works them as a
+# user does. Under Xvfb (when installed) Wine runs with its X11 driver and unmanaged
+# windows (Wine draws their captions, and no window manager is waited for), and a PNG of
+# every form is written into $build_root/screenshots/ARCH; otherwise the same tests run
+# under the null driver without screenshots.
+run_form_tests() {
+  local arch=$1 wine=$2 exe=$3
+  if [[ ! -f $exe ]]; then
+    fail "$arch: zorvat_form_tests was not built"
+    return
+  fi
+  local display="" xvfb_pid="" number shots="$build_root/screenshots/$arch"
+  if command -v Xvfb >/dev/null; then
+    for number in $(seq 91 120); do
+      [[ -e /tmp/.X11-unix/X$number || -e /tmp/.X$number-lock ]] && continue
+      Xvfb ":$number" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
+      xvfb_pid=$!
+      sleep 1
+      if kill -0 "$xvfb_pid" 2>/dev/null; then
+        display=":$number"
+        break
+      fi
+      xvfb_pid=""
+    done
+  fi
+  if [[ -z $display ]]; then
+    run_host "$arch forms" "$wine" "$exe"
+    skip "$arch: screenshots of the forms (Xvfb is not installed or did not start)"
+    return
+  fi
+  timeout 60 "$wine" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11 /f >/dev/null 2>&1
+  timeout 60 "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1
+  timeout 60 wineserver -k >/dev/null 2>&1
+  timeout 60 wineserver -w
+  # Wine's own TrueType fonts (fonts-wine) in the prefix: Tahoma for the dialog font
+  # instead of a wider fallback.
+  cp -n /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null
+  rm -rf "$shots"
+  mkdir -p "$shots"
+  export DISPLAY=$display
+  run_host "$arch forms (Xvfb $display)" "$wine" "$exe" "--screenshots=$(windows_path "$shots")"
+  unset DISPLAY
+  local pictures
+  pictures=$(find "$shots" -name '*.png' -size +1k | wc -l)
+  if ((pictures >= 10)); then
+    pass "$arch: $pictures screenshots of the forms in $shots"
+  else
+    fail "$arch: only $pictures screenshots of the forms in $shots"
+  fi
+  timeout 60 wineserver -k >/dev/null 2>&1
+  timeout 60 wineserver -w
+  timeout 60 "$wine" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1
+  kill "$xvfb_pid" 2>/dev/null
+  wait "$xvfb_pid" 2>/dev/null
+}
+
+run_form_tests x86_64 "$wine64" "$build_root/mingw-x64/hosts/com/tests/zorvat_form_tests.exe"
+if [[ -n $wine32 ]]; then
+  run_form_tests i686 "$wine32" "$build_root/mingw-x86/hosts/com/tests/zorvat_form_tests.exe"
 fi
 
 timeout 60 wineserver -w

@@ -1,0 +1,361 @@
+#include "qbfc_session.h"
+
+#include <initializer_list>
+#include <optional>
+#include <variant>
+#include <vector>
+
+#include "dispatch_view.h"
+#include "zorvat/error.h"
+
+namespace zorvat::com {
+namespace {
+
+using namespace quickbooks;
+
+constexpr long kObjectNotSet = 91;
+constexpr long kCantCreateObject = 429;
+
+// Frees the strings a callee put into an EXCEPINFO.
+struct ExcepInfo : EXCEPINFO {
+  ExcepInfo() : EXCEPINFO{} {}
+  ~ExcepInfo() {
+    SysFreeString(bstrSource);
+    SysFreeString(bstrDescription);
+    SysFreeString(bstrHelpFile);
+  }
+  ExcepInfo(const ExcepInfo&) = delete;
+  ExcepInfo& operator=(const ExcepInfo&) = delete;
+};
+
+// An argument of a late-bound call.
+class Argument {
+ public:
+  static Argument text(std::string_view value) {
+    Argument argument;
+    V_VT(&argument.value_) = VT_BSTR;
+    V_BSTR(&argument.value_) = make_bstr(value);
+    if (V_BSTR(&argument.value_) == nullptr) throw std::bad_alloc();
+    return argument;
+  }
+  static Argument integer(std::int16_t value) {
+    Argument argument;
+    V_VT(&argument.value_) = VT_I2;
+    V_I2(&argument.value_) = value;
+    return argument;
+  }
+  static Argument long_integer(std::int32_t value) {
+    Argument argument;
+    V_VT(&argument.value_) = VT_I4;
+    V_I4(&argument.value_) = value;
+    return argument;
+  }
+  static Argument boolean(bool value) {
+    Argument argument;
+    V_VT(&argument.value_) = VT_BOOL;
+    V_BOOL(&argument.value_) = value ? VARIANT_TRUE : VARIANT_FALSE;
+    return argument;
+  }
+  static Argument object(IDispatch* value) {
+    Argument argument;
+    V_VT(&argument.value_) = VT_DISPATCH;
+    V_DISPATCH(&argument.value_) = value;
+    if (value != nullptr) value->AddRef();
+    return argument;
+  }
+  static Argument date(const Date& value) {
+    Argument argument;
+    V_VT(&argument.value_) = VT_DATE;
+    V_DATE(&argument.value_) = value.serial;
+    return argument;
+  }
+
+  const VARIANT& value() const { return value_; }
+
+ private:
+  unique_variant value_;
+};
+
+// The object a call returned; null for Nothing (and for Empty, as some callees
+// return it for Nothing). A value that is no object is a type mismatch.
+ComPtr<IDispatch> dispatch_of(const unique_variant& value) {
+  ComPtr<IDispatch> object;
+  if (V_VT(&value) == VT_DISPATCH && V_DISPATCH(&value) != nullptr)
+    object = V_DISPATCH(&value);
+  else if (V_VT(&value) == VT_UNKNOWN && V_UNKNOWN(&value) != nullptr)
+    V_UNKNOWN(&value)->QueryInterface(IID_PPV_ARGS(&object));
+  else if (V_VT(&value) != VT_EMPTY && V_VT(&value) != VT_NULL && V_VT(&value) != VT_DISPATCH &&
+           V_VT(&value) != VT_UNKNOWN)
+    raise_runtime(rt::kTypeMismatch);
+  return object;
+}
+
+// An object the caller goes on to use: Nothing raises 91 "Object variable or With
+// block variable not set".
+ComPtr<IDispatch> as_object(const unique_variant& value) {
+  ComPtr<IDispatch> object = dispatch_of(value);
+  if (!object)
+    raise(kObjectNotSet, kComponentSource, "Object variable or With block variable not set");
+  return object;
+}
+
+// One object of the SDK, reached late-bound: each member is looked up by name when it
+// is called (a session makes few calls; none is worth a cache).
+class LateBound {
+ public:
+  explicit LateBound(ComPtr<IDispatch> object) : object_(std::move(object)) {}
+
+  // Calls a method; arguments in the method's order.
+  unique_variant call(const wchar_t* name,
+                      std::initializer_list<const Argument*> arguments = {}) const {
+    return invoke(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments);
+  }
+  // Reads a property that holds an object; Nothing raises 91.
+  LateBound object(const wchar_t* name) const {
+    return LateBound(as_object(invoke(name, DISPATCH_PROPERTYGET, {})));
+  }
+  // Reads a property that may hold Nothing (a response's Detail).
+  LateBound maybe_object(const wchar_t* name) const {
+    return LateBound(dispatch_of(invoke(name, DISPATCH_PROPERTYGET, {})));
+  }
+  void put(const wchar_t* name, const Argument& value) const {
+    VARIANTARG argument = value.value();  // borrowed: the callee does not free it
+    DISPID named = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters{&argument, &named, 1, 1};
+    ExcepInfo exception;
+    const HRESULT hr =
+        object_->Invoke(id_of(name), IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT,
+                        &parameters, nullptr, &exception, nullptr);
+    if (FAILED(hr)) raise_call_failure(hr, &exception);
+  }
+  // Whether the object has a member of this name.
+  bool has(const wchar_t* name) const {
+    DISPID id = DISPID_UNKNOWN;
+    return SUCCEEDED(find(name, id));
+  }
+  explicit operator bool() const { return static_cast<bool>(object_); }
+
+ private:
+  HRESULT find(const wchar_t* name, DISPID& id) const {
+    std::wstring copy = name;
+    LPOLESTR names[] = {copy.data()};
+    return object_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
+  }
+  DISPID id_of(const wchar_t* name) const {
+    DISPID id = DISPID_UNKNOWN;
+    const HRESULT hr = find(name, id);
+    if (FAILED(hr)) raise_call_failure(hr, nullptr);
+    return id;
+  }
+
+  unique_variant invoke(const wchar_t* name, WORD flags,
+                        std::initializer_list<const Argument*> arguments) const {
+    // DISPPARAMS carry the arguments last first, borrowed from the caller.
+    std::vector<VARIANTARG> reversed(arguments.size());
+    std::size_t slot = arguments.size();
+    for (const Argument* argument : arguments) reversed[--slot] = argument->value();
+    DISPPARAMS parameters{reversed.empty() ? nullptr : reversed.data(), nullptr,
+                          static_cast<UINT>(reversed.size()), 0};
+    unique_variant result;
+    ExcepInfo exception;
+    const HRESULT hr = object_->Invoke(id_of(name), IID_NULL, LOCALE_USER_DEFAULT, flags,
+                                       &parameters, result.addressof(), &exception, nullptr);
+    if (FAILED(hr)) raise_call_failure(hr, &exception);
+    return result;
+  }
+
+  ComPtr<IDispatch> object_;
+};
+
+std::string text_of(const unique_variant& value) {
+  unique_variant converted;
+  const HRESULT hr =
+      VariantChangeType(converted.addressof(), const_cast<unique_variant*>(&value), 0, VT_BSTR);
+  if (FAILED(hr)) raise_runtime(rt::kTypeMismatch);
+  return bstr_to_utf8(V_BSTR(&converted));
+}
+
+std::int32_t long_of(const unique_variant& value) {
+  unique_variant converted;
+  const HRESULT hr =
+      VariantChangeType(converted.addressof(), const_cast<unique_variant*>(&value), 0, VT_I4);
+  if (FAILED(hr)) raise_runtime(rt::kTypeMismatch);
+  return V_I4(&converted);
+}
+
+// The field objects of a request are set with SetValue, one call per field.
+void set_value(const LateBound& field, const Argument& value) {
+  field.call(L"SetValue", {&value});
+}
+
+void append(const LateBound& set, const PayrollItemWageQuery& query) {
+  const LateBound request = set.object(L"AppendPayrollItemWageQueryRq");
+  if (query.max_returned > 0) {
+    const LateBound filter = request.object(L"ORListQuery").object(L"ListFilter");
+    set_value(filter.object(L"MaxReturned"), Argument::long_integer(query.max_returned));
+  }
+}
+
+void append(const LateBound& set, const EmployeeQuery&) {
+  set.call(L"AppendEmployeeQueryRq");
+}
+
+void append(const LateBound& set, const EmployeeAdd& add) {
+  const LateBound request = set.object(L"AppendEmployeeAddRq");
+  set_value(request.object(L"FirstName"), Argument::text(add.first_name));
+  set_value(request.object(L"MiddleName"), Argument::text(add.middle_name));
+  set_value(request.object(L"LastName"), Argument::text(add.last_name));
+}
+
+// A time entry's fields, set one call at a time in the entry's own order. The hours
+// go as they are (the edit-total split can make them zero or negative) and the
+// duration is never flagged negative.
+void append(const LateBound& set, const TimeTrackingAdd& add) {
+  const LateBound request = set.object(L"AppendTimeTrackingAddRq");
+  for (const TimeTrackingField field : add.field_order) {
+    switch (field) {
+      case TimeTrackingField::EntityRef:
+        set_value(request.object(L"EntityRef").object(L"FullName"),
+                  Argument::text(add.entity_full_name));
+        break;
+      case TimeTrackingField::Duration: {
+        const Argument hours = Argument::integer(static_cast<std::int16_t>(add.duration.hours));
+        const Argument minutes = Argument::integer(static_cast<std::int16_t>(add.duration.minutes));
+        const Argument seconds = Argument::integer(static_cast<std::int16_t>(add.duration.seconds));
+        const Argument negative = Argument::boolean(false);
+        request.object(L"Duration").call(L"SetValue", {&hours, &minutes, &seconds, &negative});
+        break;
+      }
+      case TimeTrackingField::TxnDate:
+        set_value(request.object(L"TxnDate"), Argument::date(add.txn_date));
+        break;
+      case TimeTrackingField::PayrollItemWageRef:
+        set_value(request.object(L"PayrollItemWageRef").object(L"FullName"),
+                  Argument::text(add.payroll_item_wage_full_name));
+        break;
+      case TimeTrackingField::IsBillable:
+        set_value(request.object(L"IsBillable"), Argument::boolean(add.is_billable));
+        break;
+      case TimeTrackingField::Notes:
+        set_value(request.object(L"Notes"), Argument::text(add.notes));
+        break;
+    }
+  }
+}
+
+// The Name of a returned object; objects without one (a time entry) have none.
+std::string name_of(const LateBound& returned) {
+  if (!returned.has(L"Name")) return {};
+  const LateBound name = returned.maybe_object(L"Name");
+  if (!name) return {};
+  return text_of(name.call(L"GetValue"));
+}
+
+// A response's Detail: Nothing, a list of returned objects (Count, GetAt), or the
+// one object an add returns.
+std::optional<std::vector<ReturnedObject>> detail_of(const LateBound& response) {
+  const LateBound detail = response.maybe_object(L"Detail");
+  if (!detail) return std::nullopt;
+  std::vector<ReturnedObject> objects;
+  if (!detail.has(L"Count") || !detail.has(L"GetAt")) {
+    objects.push_back({name_of(detail)});
+    return objects;
+  }
+  const std::int32_t count = long_of(detail.call(L"Count"));
+  for (std::int32_t index = 0; index < count; ++index) {
+    const Argument at = Argument::long_integer(index);
+    const unique_variant element = detail.call(L"GetAt", {&at});
+    const ComPtr<IDispatch> object = dispatch_of(element);
+    objects.push_back({object ? name_of(LateBound(object)) : std::string()});
+  }
+  return objects;
+}
+
+Response response_of(const LateBound& response) {
+  Response result;
+  result.status_code = long_of(response.call(L"StatusCode"));
+  result.status_severity = text_of(response.call(L"StatusSeverity"));
+  result.status_message = text_of(response.call(L"StatusMessage"));
+  result.detail = detail_of(response);
+  return result;
+}
+
+}  // namespace
+
+void QbfcSessionManager::OpenConnection(std::string_view app_id, std::string_view app_name) {
+  const Argument id = Argument::text(app_id);
+  const Argument name = Argument::text(app_name);
+  LateBound(manager_).call(L"OpenConnection", {&id, &name});
+}
+
+void QbfcSessionManager::BeginSession(std::string_view company_file, OpenMode mode) {
+  const Argument file = Argument::text(company_file);
+  const Argument open_mode = Argument::long_integer(static_cast<std::int32_t>(mode));
+  LateBound(manager_).call(L"BeginSession", {&file, &open_mode});
+}
+
+void QbfcSessionManager::EndSession() {
+  LateBound(manager_).call(L"EndSession");
+}
+
+void QbfcSessionManager::CloseConnection() {
+  LateBound(manager_).call(L"CloseConnection");
+}
+
+std::vector<std::string> QbfcSessionManager::QBXMLVersionsForSession() {
+  const LateBound list = LateBound(manager_).object(L"QBXMLVersionsForSession");
+  const std::int32_t count = long_of(list.call(L"Count"));
+  std::vector<std::string> versions;
+  for (std::int32_t index = 0; index < count; ++index) {
+    const Argument at = Argument::long_integer(index);
+    versions.push_back(text_of(list.call(L"GetAt", {&at})));
+  }
+  return versions;
+}
+
+ResponseSet QbfcSessionManager::DoRequests(const RequestSet& request_set) {
+  const LateBound manager(manager_);
+  const Argument major = Argument::integer(static_cast<std::int16_t>(request_set.major_version));
+  const Argument minor = Argument::integer(static_cast<std::int16_t>(request_set.minor_version));
+  const ComPtr<IDispatch> created =
+      as_object(manager.call(L"CreateMsgSetRequest", {&major, &minor}));
+  const LateBound set(created);
+  set.object(L"Attributes")
+      .put(L"OnError", Argument::long_integer(static_cast<std::int32_t>(request_set.on_error)));
+  for (const Request& request : request_set.requests)
+    std::visit([&](const auto& typed) { append(set, typed); }, request);
+
+  const Argument sent = Argument::object(created.Get());
+  const LateBound reply = LateBound(as_object(manager.call(L"DoRequests", {&sent})));
+  const LateBound list = reply.object(L"ResponseList");
+  const std::int32_t count = long_of(list.call(L"Count"));
+  ResponseSet responses;
+  for (std::int32_t index = 0; index < count; ++index) {
+    const Argument at = Argument::long_integer(index);
+    responses.responses.push_back(response_of(LateBound(as_object(list.call(L"GetAt", {&at})))));
+  }
+  return responses;
+}
+
+std::vector<std::wstring> QbfcSessionManagerFactory::default_prog_ids() {
+  return {L"QBFC2.QBSessionManager", L"QBFC1.QBSessionManager"};
+}
+
+std::unique_ptr<SessionManager> QbfcSessionManagerFactory::create() {
+  for (const std::wstring& prog_id : prog_ids_) {
+    CLSID clsid{};
+    if (FAILED(CLSIDFromProgID(prog_id.c_str(), &clsid))) continue;
+    ComPtr<IDispatch> manager;
+    if (SUCCEEDED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
+                                   IID_PPV_ARGS(&manager))))
+      return std::make_unique<QbfcSessionManager>(std::move(manager));
+  }
+  raise(kCantCreateObject, kComponentSource, "ActiveX component can't create object");
+}
+
+quickbooks::SessionManagerFactory& server_session_factory() {
+  static QbfcSessionManagerFactory factory;
+  return factory;
+}
+
+}  // namespace zorvat::com
