@@ -10,18 +10,6 @@ namespace {
 
 constexpr WORD kReadFlags = DISPATCH_PROPERTYGET | DISPATCH_METHOD;
 
-// Frees the strings a callee put into an EXCEPINFO.
-struct ExcepInfo : EXCEPINFO {
-  ExcepInfo() : EXCEPINFO{} {}
-  ~ExcepInfo() {
-    SysFreeString(bstrSource);
-    SysFreeString(bstrDescription);
-    SysFreeString(bstrHelpFile);
-  }
-  ExcepInfo(const ExcepInfo&) = delete;
-  ExcepInfo& operator=(const ExcepInfo&) = delete;
-};
-
 class DispatchEnumerator final : public Enumerator {
  public:
   DispatchEnumerator(ComPtr<IEnumVARIANT> enumerator, std::shared_ptr<MemberCache> cache)
@@ -51,7 +39,7 @@ class DispatchObject final : public AutomationObject {
     MemberCache::Member* member = cache_->find(property);
     if (member == nullptr) member = &cache_->add(property, resolve(property));
     unique_variant result;
-    ExcepInfo exception;
+    unique_excepinfo exception;
     HRESULT hr = read(member->id, result, exception);
     if (hr == DISP_E_MEMBERNOTFOUND) {
       // This object is not of the class the cache was filled from: ask it directly.
@@ -68,7 +56,7 @@ class DispatchObject final : public AutomationObject {
 
   std::unique_ptr<Enumerator> enumerate() const override {
     unique_variant result;
-    ExcepInfo exception;
+    unique_excepinfo exception;
     const HRESULT hr = read(DISPID_NEWENUM, result, exception);
     if (FAILED(hr)) raise_call_failure(hr, &exception);
     ComPtr<IUnknown> unknown;

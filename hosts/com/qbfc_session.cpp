@@ -16,18 +16,6 @@ using namespace quickbooks;
 constexpr long kObjectNotSet = 91;
 constexpr long kCantCreateObject = 429;
 
-// Frees the strings a callee put into an EXCEPINFO.
-struct ExcepInfo : EXCEPINFO {
-  ExcepInfo() : EXCEPINFO{} {}
-  ~ExcepInfo() {
-    SysFreeString(bstrSource);
-    SysFreeString(bstrDescription);
-    SysFreeString(bstrHelpFile);
-  }
-  ExcepInfo(const ExcepInfo&) = delete;
-  ExcepInfo& operator=(const ExcepInfo&) = delete;
-};
-
 // An argument of a late-bound call.
 class Argument {
  public:
@@ -122,7 +110,7 @@ class LateBound {
     VARIANTARG argument = value.value();  // borrowed: the callee does not free it
     DISPID named = DISPID_PROPERTYPUT;
     DISPPARAMS parameters{&argument, &named, 1, 1};
-    ExcepInfo exception;
+    unique_excepinfo exception;
     const HRESULT hr =
         object_->Invoke(id_of(name), IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT,
                         &parameters, nullptr, &exception, nullptr);
@@ -157,7 +145,7 @@ class LateBound {
     DISPPARAMS parameters{reversed.empty() ? nullptr : reversed.data(), nullptr,
                           static_cast<UINT>(reversed.size()), 0};
     unique_variant result;
-    ExcepInfo exception;
+    unique_excepinfo exception;
     const HRESULT hr = object_->Invoke(id_of(name), IID_NULL, LOCALE_USER_DEFAULT, flags,
                                        &parameters, result.addressof(), &exception, nullptr);
     if (FAILED(hr)) raise_call_failure(hr, &exception);

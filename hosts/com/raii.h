@@ -45,6 +45,18 @@ class unique_bstr {
   BSTR value_ = nullptr;
 };
 
+// An EXCEPINFO whose strings, filled in by a failing callee, are freed with it.
+struct unique_excepinfo : EXCEPINFO {
+  unique_excepinfo() : EXCEPINFO{} {}
+  ~unique_excepinfo() {
+    SysFreeString(bstrSource);
+    SysFreeString(bstrDescription);
+    SysFreeString(bstrHelpFile);
+  }
+  unique_excepinfo(const unique_excepinfo&) = delete;
+  unique_excepinfo& operator=(const unique_excepinfo&) = delete;
+};
+
 // A VARIANT owned by its holder (VariantClear on destruction).
 class unique_variant : public VARIANT {
  public:

@@ -27,8 +27,9 @@ HWND owner_window() {
 }
 
 // "Description | pattern | ..." as the classes word it, to the dialog's list of
-// NUL-separated strings ending in two NULs.
+// NUL-separated strings ending in two NULs; empty for no filter.
 std::wstring filter_list(std::string_view filter) {
+  if (filter.empty()) return {};
   std::wstring list = to_wide(filter);
   for (wchar_t& c : list)
     if (c == L'|') c = L'\0';
@@ -197,6 +198,21 @@ std::size_t name_length(const std::wstring& path) {
   raise_runtime(file_error_from_win32(error));
 }
 
+// The fields the Save and Open dialogs share: the owner, the filter list (none when
+// empty) and the file buffer, in an Explorer-style resizable dialog that leaves the
+// current folder alone.
+OPENFILENAMEW file_dialog(const std::wstring& filter, std::wstring& file) {
+  OPENFILENAMEW dialog{};
+  dialog.lStructSize = sizeof dialog;
+  dialog.hwndOwner = owner_window();
+  dialog.lpstrFilter = filter.empty() ? nullptr : filter.c_str();
+  dialog.nFilterIndex = 1;
+  dialog.lpstrFile = file.data();
+  dialog.nMaxFile = static_cast<DWORD>(file.size());
+  dialog.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_ENABLESIZING;
+  return dialog;
+}
+
 }  // namespace
 
 SaveDialogResult Win32Ui::save_dialog(const SaveDialogRequest& request) {
@@ -206,15 +222,8 @@ SaveDialogResult Win32Ui::save_dialog(const SaveDialogRequest& request) {
   proposed.copy(file.data(), std::min<std::size_t>(proposed.size(), kFileBufferChars - 1));
 
   SaveDialogState state;
-  OPENFILENAMEW dialog{};
-  dialog.lStructSize = sizeof dialog;
-  dialog.hwndOwner = owner_window();
-  dialog.lpstrFilter = request.filter.empty() ? nullptr : filter.c_str();
-  dialog.nFilterIndex = 1;
-  dialog.lpstrFile = file.data();
-  dialog.nMaxFile = kFileBufferChars;
-  dialog.Flags =
-      OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_ENABLEHOOK | OFN_ENABLESIZING;
+  OPENFILENAMEW dialog = file_dialog(filter, file);
+  dialog.Flags |= OFN_ENABLEHOOK;
   dialog.lCustData = reinterpret_cast<LPARAM>(&state);
   dialog.lpfnHook = &save_dialog_hook;
 
@@ -229,16 +238,9 @@ OpenDialogResult Win32Ui::open_dialog(const OpenDialogRequest& request) {
   const std::wstring title = to_wide(request.title);
   const std::wstring folder = to_wide(request.initial_folder);
   std::wstring file(kFileBufferChars, L'\0');
-  OPENFILENAMEW dialog{};
-  dialog.lStructSize = sizeof dialog;
-  dialog.hwndOwner = owner_window();
-  dialog.lpstrFilter = request.filter.empty() ? nullptr : filter.c_str();
-  dialog.nFilterIndex = 1;
-  dialog.lpstrFile = file.data();
-  dialog.nMaxFile = kFileBufferChars;
+  OPENFILENAMEW dialog = file_dialog(filter, file);
   dialog.lpstrTitle = title.empty() ? nullptr : title.c_str();
   dialog.lpstrInitialDir = folder.empty() ? nullptr : folder.c_str();
-  dialog.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_ENABLESIZING;
   if (!GetOpenFileNameW(&dialog)) return {};
   return {false, to_utf8(file.c_str(), wcslen(file.c_str()))};
 }
