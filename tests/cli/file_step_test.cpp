@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "process.h"
+#include "test_folder.h"
 
 namespace fs = std::filesystem;
 using nlohmann::json;
@@ -25,13 +26,7 @@ const std::string kAdp7 =
 
 class FileStep : public testing::Test {
  protected:
-  void SetUp() override {
-    dir_ =
-        fs::temp_directory_path() / ("zorvat-files-" + std::to_string(::getpid()) + "-" +
-                                     testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
+  void SetUp() override { dir_ = zorvat::testing_support::fresh_test_folder("zorvat-files"); }
   void TearDown() override {
     fs::permissions(dir_, fs::perms::owner_all);
     fs::remove_all(dir_);
@@ -56,14 +51,9 @@ class FileStep : public testing::Test {
     std::sort(names.begin(), names.end());
     return names;
   }
-  static std::string read(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
-  }
+  static std::string read(const fs::path& path) { return zorvat::testing_support::read_file(path); }
   static void write(const fs::path& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
+    zorvat::testing_support::write_file(path, text);
   }
 
   fs::path dir_;

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "process.h"
+#include "test_folder.h"
 
 namespace fs = std::filesystem;
 using nlohmann::json;
@@ -42,25 +43,16 @@ std::string company_json(const std::string& extra = "") {
 
 class QuickBooksCommandLine : public testing::Test {
  protected:
-  void SetUp() override {
-    dir_ =
-        fs::temp_directory_path() / ("zorvat-qb-cli-" + std::to_string(::getpid()) + "-" +
-                                     testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
+  void SetUp() override { dir_ = zorvat::testing_support::fresh_test_folder("zorvat-qb-cli"); }
   void TearDown() override { fs::remove_all(dir_); }
 
   std::string write(const std::string& name, const std::string& text) {
     const fs::path path = dir_ / name;
-    std::ofstream(path, std::ios::binary) << text;
+    zorvat::testing_support::write_file(path, text);
     return path.string();
   }
   static std::string read(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
+    return zorvat::testing_support::read_file(path);
   }
   static zorvat::testing_support::ProcessResult zorvat(std::vector<std::string> args) {
     args.insert(args.begin(), ZORVAT_CLI);

@@ -15,6 +15,7 @@
 #include <fstream>
 
 #include "process.h"
+#include "test_folder.h"
 
 namespace fs = std::filesystem;
 using zorvat::testing_support::ProcessResult;
@@ -24,13 +25,7 @@ namespace {
 
 class SetupCommand : public testing::Test {
  protected:
-  void SetUp() override {
-    dir_ =
-        fs::temp_directory_path() / ("zorvat-setup-" + std::to_string(::getpid()) + "-" +
-                                     testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
+  void SetUp() override { dir_ = zorvat::testing_support::fresh_test_folder("zorvat-setup"); }
   void TearDown() override { fs::remove_all(dir_); }
 
   // Runs `zorvat setup ARGS...` with `script` as its standard input.

@@ -12,6 +12,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "test_folder.h"
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -79,20 +81,9 @@ class Terminal {
 
 class SaveDialogOnATerminal : public testing::Test {
  protected:
-  void SetUp() override {
-    dir_ =
-        fs::temp_directory_path() / ("zorvat-tty-" + std::to_string(::getpid()) + "-" +
-                                     testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
+  void SetUp() override { dir_ = zorvat::testing_support::fresh_test_folder("zorvat-tty"); }
   void TearDown() override { fs::remove_all(dir_); }
-  std::string read(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
-  }
+  std::string read(const fs::path& path) { return zorvat::testing_support::read_file(path); }
   fs::path dir_;
 };
 
