@@ -160,6 +160,10 @@ std::shared_ptr<MemoryObject> collection(std::vector<Variant> elements) {
   return result;
 }
 
+Variant cards(std::vector<Variant> elements) {
+  return object(collection(std::move(elements)));
+}
+
 std::shared_ptr<MemoryObject> card(std::string export_id, Variant number) {
   auto result = std::make_shared<MemoryObject>();
   result->set("ExportID", Variant(std::move(export_id)))

@@ -127,6 +127,9 @@ Variant object(std::shared_ptr<MemoryObject> value);
 // A time-card collection of the given cards (each a MemoryObject Variant).
 std::shared_ptr<MemoryObject> collection(std::vector<Variant> elements = {});
 
+// The time cards as a class receives them: a collection of `elements`.
+Variant cards(std::vector<Variant> elements);
+
 // A card with every property a class may read: ExportID, Number, Shift, the seven
 // minute categories (0), FirstName, MI, LastName, Badge, the three edit totals (0),
 // PeriodStart and an empty Days collection. Tests override what they need.

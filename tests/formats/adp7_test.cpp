@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "builtin_formats.h"
+#include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 
@@ -12,8 +13,10 @@ namespace zorvat::formats {
 namespace {
 
 using scripted::card;
+using scripted::cards;
 using scripted::collection;
 using scripted::object;
+using testing_support::expect_error;
 
 // Company ABC, batch 5, pay number 1, the five pay codes with their names, EPIP.
 constexpr const char* kEpipSetup =
@@ -47,23 +50,7 @@ class ADP7Test : public testing::Test {
     result->set("REG", reg).set("OT1", ot1).set("OT2", ot2);
     return result;
   }
-  static Variant cards(std::vector<Variant> elements) {
-    return object(collection(std::move(elements)));
-  }
 
-  // Expects `body` to raise `number` with `description` from `source`.
-  template <class Body>
-  static void expect_error(Body body, long number, const std::string& source,
-                           const std::string& description) {
-    try {
-      body();
-      ADD_FAILURE() << "no error raised";
-    } catch (const Error& error) {
-      EXPECT_EQ(error.number(), number);
-      EXPECT_EQ(error.source(), source);
-      EXPECT_EQ(error.description(), description);
-    }
-  }
   void expect_validation(const std::string& setup, long number, const std::string& description) {
     expect_error([&] { adp7.ValidateSetupData(setup); }, number, "zorvat.ADP7.ValidateSetupData",
                  description);

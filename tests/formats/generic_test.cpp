@@ -11,6 +11,7 @@ namespace zorvat::formats {
 namespace {
 
 using scripted::card;
+using scripted::cards;
 using scripted::collection;
 using scripted::object;
 
@@ -37,9 +38,6 @@ class GenericTest : public testing::Test {
     auto result = card("E100", std::int32_t{315});
     result->set("REG", std::int32_t{2400}).set("OT1", std::int32_t{90});
     return object(result);
-  }
-  static Variant cards(std::vector<Variant> elements) {
-    return object(collection(std::move(elements)));
   }
 
   scripted::Host host;

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "builtin_formats.h"
+#include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 
@@ -14,8 +15,10 @@ namespace zorvat::formats {
 namespace {
 
 using scripted::card;
+using scripted::cards;
 using scripted::collection;
 using scripted::object;
+using testing_support::expect_error;
 
 constexpr const char* kFullTitle = "Intuit PC Access Import File V2.0";
 constexpr const char* kJrTitle = "Premier Import File V2.0";
@@ -54,22 +57,7 @@ class IntuitPACTest : public testing::Test {
   static std::shared_ptr<scripted::MemoryObject> employee(Variant number = std::int32_t{12345}) {
     return card("E1", std::move(number));
   }
-  static Variant cards(std::vector<Variant> elements) {
-    return object(collection(std::move(elements)));
-  }
 
-  template <class Body>
-  static void expect_error(Body body, long number, const std::string& source,
-                           const std::string& description) {
-    try {
-      body();
-      ADD_FAILURE() << "no error raised";
-    } catch (const Error& error) {
-      EXPECT_EQ(error.number(), number);
-      EXPECT_EQ(error.source(), source);
-      EXPECT_EQ(error.description(), description);
-    }
-  }
   void expect_validation(const std::string& title, const std::string& setup, long number,
                          const std::string& description) {
     pac.Title = title;

@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "builtin_formats.h"
+#include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 
@@ -16,8 +17,10 @@ namespace zorvat::formats {
 namespace {
 
 using scripted::card;
+using scripted::cards;
 using scripted::collection;
 using scripted::object;
+using testing_support::expect_error;
 
 // Office 7, client A001, site 3, sequence 12; earning codes VA, HO, QS, R3.
 constexpr const char* kSetup = "7,A001,3,12,VA,HO,QS,R3";
@@ -39,22 +42,7 @@ class PCPayLinkTest : public testing::Test {
     for (std::size_t i = 0; i < minutes.size(); ++i) result->set(categories[i], minutes[i]);
     return result;
   }
-  static Variant cards(std::vector<Variant> elements) {
-    return object(collection(std::move(elements)));
-  }
 
-  template <class Body>
-  static void expect_error(Body body, long number, const std::string& source,
-                           const std::string& description) {
-    try {
-      body();
-      ADD_FAILURE() << "no error raised";
-    } catch (const Error& error) {
-      EXPECT_EQ(error.number(), number);
-      EXPECT_EQ(error.source(), source);
-      EXPECT_EQ(error.description(), description);
-    }
-  }
   void expect_validation(const std::string& setup, long number, const std::string& description) {
     expect_error([&] { paylink.ValidateSetupData(setup); }, number,
                  "zorvat.PCPayLink.ValidateSetupData", description);

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "builtin_formats.h"
+#include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 
@@ -14,6 +15,7 @@ namespace zorvat::formats {
 namespace {
 
 using scripted::card;
+using scripted::cards;
 using scripted::collection;
 using scripted::object;
 
@@ -66,28 +68,14 @@ class PCPreviewTest : public testing::Test {
         .set("OTH", oth);
     return object(result);
   }
-  static Variant cards(std::vector<Variant> elements) {
-    return object(collection(std::move(elements)));
-  }
 
   // The error Execute raises on `cards` with `setup`.
   Error execute_error(const std::string& setup, const Variant& cards) {
-    try {
-      run(setup, cards);
-    } catch (const Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "no error raised";
-    return Error(0, "", "");
+    return testing_support::raised_by([&] { run(setup, cards); });
   }
   Error validate_error(const std::string& setup) {
-    try {
-      preview.ValidateSetupData(setup);
-    } catch (const Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "no error raised for " << setup;
-    return Error(0, "", "");
+    SCOPED_TRACE(setup);
+    return testing_support::raised_by([&] { preview.ValidateSetupData(setup); });
   }
 
   scripted::Host host;

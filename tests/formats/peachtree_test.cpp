@@ -8,6 +8,7 @@
 #include <array>
 
 #include "builtin_formats.h"
+#include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 
@@ -15,6 +16,7 @@ namespace zorvat::formats {
 namespace {
 
 using scripted::card;
+using scripted::cards;
 using scripted::collection;
 using scripted::MemoryObject;
 using scripted::object;
@@ -67,27 +69,12 @@ class PeachtreeTest : public testing::Test {
   }
   std::string written() const { return host.files.at("out.csv"); }
 
-  static Variant cards(std::vector<Variant> elements) {
-    return object(collection(std::move(elements)));
-  }
-
   Error execute_error(const std::string& setup, const Variant& cards) {
-    try {
-      run(setup, cards);
-    } catch (const Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "no error raised";
-    return Error(0, "", "");
+    return testing_support::raised_by([&] { run(setup, cards); });
   }
   Error validate_error(const std::string& setup) {
-    try {
-      peachtree.ValidateSetupData(setup);
-    } catch (const Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "no error raised for " << setup;
-    return Error(0, "", "");
+    SCOPED_TRACE(setup);
+    return testing_support::raised_by([&] { peachtree.ValidateSetupData(setup); });
   }
 
   scripted::Host host;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "builtin_formats.h"
+#include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 
@@ -69,22 +70,11 @@ class PrimePayTest : public testing::Test {
   }
 
   Error execute_error(const std::string& setup, const Variant& cards) {
-    try {
-      run(setup, cards);
-    } catch (const Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "no error raised";
-    return Error(0, "", "");
+    return testing_support::raised_by([&] { run(setup, cards); });
   }
   Error validate_error(const std::string& setup) {
-    try {
-      primepay.ValidateSetupData(setup);
-    } catch (const Error& error) {
-      return error;
-    }
-    ADD_FAILURE() << "no error raised for " << setup;
-    return Error(0, "", "");
+    SCOPED_TRACE(setup);
+    return testing_support::raised_by([&] { primepay.ValidateSetupData(setup); });
   }
 
   scripted::Host host;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "qb2000/qb2000.h"
+#include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 #include "zorvat/quickbooks/com_failures.h"
@@ -296,16 +297,6 @@ inline std::vector<std::string> operations(const quickbooks::CompanySimulator& s
   return names;
 }
 
-// Runs `body`, which must raise; returns the error.
-template <class Body>
-Error raised_by(Body&& body) {
-  try {
-    body();
-  } catch (const Error& error) {
-    return error;
-  }
-  ADD_FAILURE() << "no error raised";
-  return Error(0, "", "");
-}
+using testing_support::raised_by;
 
 }  // namespace zorvat::formats::qb2000_test
