@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "builtin_formats.h"
 #include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
@@ -402,20 +401,6 @@ TEST_F(ADP7Test, RunCheckValidatesTheCurrentSettings) {
                "Paycode field must be at least 2 characters in length");
   adp7.SetupData(kEpipSetup);
   EXPECT_NO_THROW(adp7.run_check());
-}
-
-TEST_F(ADP7Test, ClassNameAndProgId) {
-  EXPECT_EQ(adp7.class_name(), "ADP7");
-  EXPECT_EQ(adp7.prog_id(), "zorvat.ADP7");
-}
-
-TEST_F(ADP7Test, IsCreatableByItsProgId) {
-  for (const char* name : {"zorvat.ADP7", "ADP7"}) {
-    auto created = builtin_formats().create(name, host.context());
-    ASSERT_NE(created, nullptr) << name;
-    EXPECT_EQ(created->class_name(), "ADP7");
-    EXPECT_NE(dynamic_cast<ADP7*>(created.get()), nullptr);
-  }
 }
 
 }  // namespace

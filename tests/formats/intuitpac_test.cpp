@@ -6,7 +6,6 @@
 
 #include <limits>
 
-#include "builtin_formats.h"
 #include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
@@ -530,20 +529,6 @@ TEST_F(IntuitPACTest, RunCheckValidatesTheCurrentSettingsForTheTitle) {
   pac.Title = kFullTitle;
   expect_error([&] { pac.run_check(); }, 1001, "zorvat.IntuitPAC.ValidateSetupData",
                kFullDescription);
-}
-
-TEST_F(IntuitPACTest, ClassNameAndProgId) {
-  EXPECT_EQ(pac.class_name(), "IntuitPAC");
-  EXPECT_EQ(pac.prog_id(), "zorvat.IntuitPAC");
-}
-
-TEST_F(IntuitPACTest, IsCreatableByItsProgId) {
-  for (const char* name : {"zorvat.IntuitPAC", "IntuitPAC"}) {
-    auto created = builtin_formats().create(name, host.context());
-    ASSERT_NE(created, nullptr) << name;
-    EXPECT_EQ(created->class_name(), "IntuitPAC");
-    EXPECT_NE(dynamic_cast<IntuitPAC*>(created.get()), nullptr);
-  }
 }
 
 }  // namespace

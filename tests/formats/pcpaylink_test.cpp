@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "builtin_formats.h"
 #include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
@@ -336,20 +335,6 @@ TEST_F(PCPayLinkTest, RunCheckValidatesTheCurrentSettings) {
                "Sequence Number must be between 0 and 46655");
   paylink.SetupData(kSetup);
   EXPECT_NO_THROW(paylink.run_check());
-}
-
-TEST_F(PCPayLinkTest, ClassNameAndProgId) {
-  EXPECT_EQ(paylink.class_name(), "PCPayLink");
-  EXPECT_EQ(paylink.prog_id(), "zorvat.PCPayLink");
-}
-
-TEST_F(PCPayLinkTest, IsCreatableByItsProgId) {
-  for (const char* name : {"zorvat.PCPayLink", "PCPayLink"}) {
-    auto created = builtin_formats().create(name, host.context());
-    ASSERT_NE(created, nullptr) << name;
-    EXPECT_EQ(created->class_name(), "PCPayLink");
-    EXPECT_NE(dynamic_cast<PCPayLink*>(created.get()), nullptr);
-  }
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include <limits>
 
-#include "builtin_formats.h"
 #include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
@@ -428,14 +427,6 @@ TEST_F(PCPreviewTest, SetupIsNotAvailableWithoutAForm) {
     EXPECT_EQ(error.source(), "zorvat.PCPreview.Setup");
   }
   EXPECT_EQ(preview.SetupData(), kSetup);
-}
-
-TEST_F(PCPreviewTest, IsCreatableByItsProgId) {
-  auto created = builtin_formats().create("zorvat.PCPreview", host.context());
-  ASSERT_NE(created, nullptr);
-  EXPECT_EQ(created->class_name(), "PCPreview");
-  EXPECT_EQ(created->prog_id(), "zorvat.PCPreview");
-  EXPECT_NE(dynamic_cast<PCPreview*>(created.get()), nullptr);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 
 #include <array>
 
-#include "builtin_formats.h"
 #include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
@@ -398,13 +397,6 @@ TEST_F(PeachtreeTest, SetupIsNotAvailableWithoutAForm) {
   } catch (const Error& error) {
     EXPECT_EQ(error.source(), "zorvat.Peachtree.Setup");
   }
-}
-
-TEST_F(PeachtreeTest, IsCreatableByItsProgId) {
-  auto created = builtin_formats().create("zorvat.Peachtree", host.context());
-  ASSERT_NE(created, nullptr);
-  EXPECT_EQ(created->class_name(), "Peachtree");
-  EXPECT_NE(dynamic_cast<Peachtree*>(created.get()), nullptr);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "builtin_formats.h"
 #include "raised.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
@@ -337,13 +336,6 @@ TEST_F(PrimePayTest, SetupIsNotAvailableWithoutAForm) {
   } catch (const Error& error) {
     EXPECT_EQ(error.source(), "zorvat.PrimePay.Setup");
   }
-}
-
-TEST_F(PrimePayTest, IsCreatableByItsProgId) {
-  auto created = builtin_formats().create("zorvat.PrimePay", host.context());
-  ASSERT_NE(created, nullptr);
-  EXPECT_EQ(created->class_name(), "PrimePay");
-  EXPECT_NE(dynamic_cast<PrimePay*>(created.get()), nullptr);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 // window and the teardown on every path. Texts are written out by hand.
 #include <gtest/gtest.h>
 
-#include "builtin_formats.h"
 #include "qb2000_test_support.h"
 
 namespace zorvat::formats::qb2000_test {
@@ -514,14 +513,6 @@ TEST_F(QB2000ExecuteTest, AVersionWithoutAMinorPartRaises9) {
   EXPECT_EQ(operations_seen(),
             (Operations{"OpenConnection", "BeginSession", "QBXMLVersionsForSession", "EndSession",
                         "CloseConnection"}));
-}
-
-TEST(QB2000Registry, CreatesTheClassByNameAndProgId) {
-  scripted::Host host;
-  auto by_name = builtin_formats().create("QB2000", host.context());
-  ASSERT_NE(by_name, nullptr);
-  EXPECT_EQ(by_name->prog_id(), "zorvat.QB2000");
-  EXPECT_NE(builtin_formats().create("zorvat.QB2000", host.context()), nullptr);
 }
 
 }  // namespace
