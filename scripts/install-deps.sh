@@ -2,11 +2,12 @@
 # Installs the Debian packages a build needs, only those that are missing.
 #   scripts/install-deps.sh core      compiler, CMake, libraries, test and bench tools
 #   scripts/install-deps.sh fuzz      clang with libFuzzer for the fuzz targets
-#   scripts/install-deps.sh windows   MinGW-w64 cross compilers, Wine and Xvfb for the COM server
+#   scripts/install-deps.sh windows   MinGW-w64 cross compilers, Wine (64- and 32-bit) and Xvfb
+#                                     for the COM server
 #   scripts/install-deps.sh all       all of them
 set -euo pipefail
 
-core=(g++ cmake ninja-build make pkg-config libgtest-dev libgmock-dev libbenchmark-dev
+core=(g++ cmake ninja-build make ccache pkg-config libgtest-dev libgmock-dev libbenchmark-dev
       libsimdjson-dev nlohmann-json3-dev libcli11-dev libfmt-dev libpugixml-dev clang-format python3)
 fuzz=(clang-14 libclang-rt-14-dev)
 windows=(g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools wine wine64 libwine-dev xvfb
@@ -28,12 +29,64 @@ for package in "${wanted[@]}"; do
   status=$(dpkg-query -W -f='${Status}' "$package" 2>/dev/null || true)
   [[ "$status" == "install ok installed" ]] || missing+=("$package")
 done
-[[ ${#missing[@]} -eq 0 ]] && exit 0
+wants_wine32=0
+for group in "${@:-core}"; do [[ $group == windows || $group == all ]] && wants_wine32=1; done
+if ((wants_wine32)); then
+  status=$(dpkg-query -W -f='${Status}' wine32:i386 2>/dev/null || true)
+  [[ "$status" == "install ok installed" ]] && wants_wine32=0
+fi
+[[ ${#missing[@]} -eq 0 && $wants_wine32 -eq 0 ]] && exit 0
 
 sudo=()
 [[ $(id -u) -eq 0 ]] || sudo=(sudo)
-echo "install-deps: installing ${missing[*]}" >&2
 export DEBIAN_FRONTEND=noninteractive
 apt_options=(-o DPkg::Lock::Timeout=600 -o Acquire::Retries=3)
-"${sudo[@]}" apt-get "${apt_options[@]}" update -qq
-"${sudo[@]}" apt-get "${apt_options[@]}" install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+
+# An index that fails to download (a mirror caught mid-sync) is reported by apt and
+# left out; the install below then says which package it could not find.
+update() { "${sudo[@]}" apt-get "${apt_options[@]}" update -qq || true; }
+
+if ((${#missing[@]} > 0)); then
+  echo "install-deps: installing ${missing[*]}" >&2
+  update
+  "${sudo[@]}" apt-get "${apt_options[@]}" install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+# The shipping DLL is 32-bit, so its tests need 32-bit Wine (wine32:i386). Every
+# Multi-Arch: same library must then have one version in both architectures. The
+# security suite's i386 index can lag behind its amd64 index (apt: "File has unexpected
+# size ... Mirror sync in progress?"), leaving amd64 libraries taken from it without an
+# i386 twin ("generated breaks"). So the main archive is preferred for both
+# architectures, and each amd64 library wine32 needs a twin of is moved to the version
+# its i386 twin has. On a mirror in sync this changes nothing that matters.
+if ((wants_wine32)); then
+  echo "install-deps: installing wine32:i386 (32-bit Wine)" >&2
+  if ! dpkg --print-foreign-architectures | grep -qx i386; then
+    "${sudo[@]}" dpkg --add-architecture i386
+  fi
+  "${sudo[@]}" tee /etc/apt/preferences.d/zorvat-wine32 >/dev/null <<'PIN'
+# Written by zorvat's scripts/install-deps.sh: the main archive before the security
+# suite, so that amd64 and i386 libraries come at the same versions.
+Package: *
+Pin: release l=Debian-Security
+Pin-Priority: 100
+PIN
+  update
+  closure=$(apt-cache depends --recurse --no-recommends --no-suggests --no-conflicts \
+              --no-breaks --no-replaces --no-enhances wine32:i386 2>/dev/null |
+            grep -E '^[a-z0-9].*:i386$' | sort -u)
+  twins=()
+  for package in $closure; do
+    name=${package%:i386}
+    installed=$(dpkg-query -W -f='${Status} ${Version} ${Multi-Arch}' "$name:amd64" 2>/dev/null || true)
+    [[ $installed == "install ok installed "*" same" ]] || continue
+    version=$(awk '{print $4}' <<<"$installed")
+    candidate=$(apt-cache policy "$package" | awk '/Candidate:/ {print $2}')
+    [[ -n $candidate && $candidate != "(none)" && $candidate != "$version" ]] || continue
+    twins+=("$name:amd64=$candidate")
+  done
+  ((${#twins[@]} == 0)) || echo "install-deps: same versions for ${twins[*]}" >&2
+  "${sudo[@]}" apt-get "${apt_options[@]}" install -y -qq --no-install-recommends \
+    --allow-downgrades "${twins[@]}" wine32:i386 >/dev/null
+  [[ -x /usr/lib/wine/wine ]] || { echo "install-deps: wine32 installed no /usr/lib/wine/wine" >&2; exit 1; }
+fi
