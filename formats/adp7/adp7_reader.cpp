@@ -51,27 +51,50 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
 
   const std::string employee_end = "004" + settings.at(ADP7::kPayNumber) + "010";
   const std::string& ot2_code = settings.at(ADP7::kOT2PayCode);
-  for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
-    Cursor cursor(kEpip, lines[i]);
-    cursor.expect("B003", "the employee line tag");
-    const std::string_view employee = cursor.take_until(employee_end, "the export ID");
+  // The fields after the export ID: the shift, then tagged hundredths up to "z".
+  auto read_hours = [&](Cursor& cursor) {
+    std::vector<std::pair<std::string_view, std::int64_t>> hours;
     cursor.take(2, "the shift");
     while (cursor.rest() != "z") {
       const std::string_view tag = cursor.take(3, "a field tag");
       if (tag == "012") {
-        add(contents, employee, "REG", cursor.number(kLineDigits, 0, "regular hundredths"),
-            lines[i]);
+        hours.emplace_back("REG", cursor.number(kLineDigits, 0, "regular hundredths"));
       } else if (tag == "013") {
-        add(contents, employee, "OT1", cursor.number(kLineDigits, 0, "overtime hundredths"),
-            lines[i]);
+        hours.emplace_back("OT1", cursor.number(kLineDigits, 0, "overtime hundredths"));
       } else if (tag == "016") {
         cursor.expect(ot2_code, "the overtime 2 pay code");
-        add(contents, employee, ot2_code, cursor.number(kLineDigits, 0, "overtime 2 hundredths"),
-            lines[i]);
+        hours.emplace_back(ot2_code, cursor.number(kLineDigits, 0, "overtime 2 hundredths"));
       } else {
         cursor.fail_at(cursor.position() - 3, "unknown field tag \"" + std::string(tag) + "\"");
       }
       cursor.expect(" ", "the blank after a field");
+    }
+    return hours;
+  };
+  for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
+    Cursor cursor(kEpip, lines[i]);
+    cursor.expect("B003", "the employee line tag");
+    // The export ID is free text, so the fields that end it ("004", the pay number,
+    // "010") can stand inside it too ("E1004101" with pay number 1): it ends at the
+    // first of those places after which the rest of the line reads as hour fields.
+    const std::string_view line_rest = cursor.rest();
+    std::optional<ReadError> first_problem;
+    for (std::size_t end = line_rest.find(employee_end);;
+         end = line_rest.find(employee_end, end + 1)) {
+      if (end == std::string_view::npos) {
+        if (first_problem) throw *first_problem;
+        cursor.take_until(employee_end, "the export ID");  // fails, naming the place
+      }
+      Cursor attempt = cursor;
+      const std::string_view employee = attempt.take(end, "the export ID");
+      attempt.expect(employee_end, "the pay number");
+      try {
+        for (const auto& [code, hundredths] : read_hours(attempt))
+          add(contents, employee, code, hundredths, lines[i]);
+        break;
+      } catch (const ReadError& problem) {
+        if (!first_problem) first_problem = problem;
+      }
     }
   }
 

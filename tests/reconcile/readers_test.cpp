@@ -204,3 +204,34 @@ TEST(ReadError, NamesLayoutLineAndColumn) {
 }
 
 }  // namespace
+
+namespace {
+
+// An export ID may itself hold the text that ends it in an EPIP employee line ("004",
+// the pay number, "010"): "E1004101" with pay number 1 reads "E1" + "0041010" first.
+TEST(Adp7EpipReader, AnExportIdHoldingThePayNumberTagsIsReadWhole) {
+  const reconcile::ClassRules* rules = reconcile::find_class_rules("ADP7");
+  ASSERT_NE(rules, nullptr);
+  const std::string header = "A001ABC00205z" + std::string(66, ' ') + "7\r\n";
+  const std::string employee =
+      "B003"      // employee line
+      "E1004101"  // export ID
+      "004"
+      "1"  // pay number
+      "010"
+      "01"  // shift
+      "012"
+      "0004000"  // regular hundredths
+      " z\r\n";
+  const std::string trailer = "C03000000004000 z" + std::string(62, ' ') + "\r\n";
+  ASSERT_EQ(header.size(), 82u);
+  ASSERT_EQ(trailer.size(), 81u);
+  const auto contents = rules->read(
+      header + employee + trailer,
+      SettingsFields("ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,"
+                     "Hours 4,EPIP"),
+      "", Variant());
+  EXPECT_EQ(described(contents.records), std::vector<std::string>{"E1004101 REG 40.0000 line 2"});
+}
+
+}  // namespace
