@@ -1,0 +1,289 @@
+// Export throughput of every file-writing class over 1k to 1M cards.
+//
+//   BM_Core/<layout>/<cards>       the class alone: cards already loaded from JSON (as
+//                                  the command holds them), the file kept in memory;
+//                                  reports the time per million cards (seconds per
+//                                  million read as microseconds per card).
+//   BM_EndToEnd/<layout>/<cards>   the `zorvat` command as a user runs it: JSON file in,
+//                                  file out through the safe file step. Beside its wall
+//                                  time it reports the I/O floor of the same run
+//                                  (reading the input and writing as many bytes as the
+//                                  export wrote, durably, as the file step does) and
+//                                  their ratio, and its peak memory against input plus
+//                                  output. Every file written is read back with
+//                                  `zorvat reconcile`, which must account for every
+//                                  minute of the cards.
+//
+// Layouts: Generic, ADP7 (EPIP and CSV), IntuitPAC (full and Jr editions), PCPayLink,
+// PCPreview, Peachtree (whose cards carry five day records) and PrimePay.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "builtin_formats.h"
+#include "json_cards.h"
+#include "zorvat/export_class.h"
+
+extern char** environ;
+namespace fs = std::filesystem;
+using namespace zorvat;
+
+namespace {
+
+struct Layout {
+  const char* label;
+  const char* class_name;
+  const char* setup;
+  const char* title;
+  bool days;  // cards carry day records (Peachtree reads them)
+};
+
+// Settings a payroll office would use; each passes its class's check.
+constexpr Layout kLayouts[] = {
+    {"Generic", "Generic", "0,1,0,1,0,False,True,False,False,False,,0", "", false},
+    {"ADP7-EPIP", "ADP7",
+     "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,EPIP", "",
+     false},
+    {"ADP7-CSV", "ADP7",
+     "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,CSV", "",
+     false},
+    {"IntuitPAC", "IntuitPAC", "ABCE12345,1,2,3,4,5,6,7,1,0,0,0",
+     "Intuit PC Access Import File V2.0", false},
+    {"IntuitPAC-Jr", "IntuitPAC", "ABC1234,1,2,3,4,5,6,7,0,0,0,0", "QuikPay Import File V2.0",
+     false},
+    {"PCPayLink", "PCPayLink", "7,A001,3,12,VA,HO,QS,R3", "", false},
+    {"PCPreview", "PCPreview", "12,A,B,C,7,D,E,F,G,1,0,0,0", "", false},
+    {"Peachtree", "Peachtree",
+     "1,2,3,4,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,ADMN-02002,"
+     "ADMN-02003,0,17",
+     "", true},
+    {"PrimePay", "PrimePay", "4,02,20,23,24,25,28", "", false},
+};
+
+fs::path bench_dir() {
+  const fs::path dir = fs::temp_directory_path() / "zorvat-bench";
+  fs::create_directories(dir);
+  return dir;
+}
+
+// One card as a host hands it over: minute totals with a little variety, six-digit
+// employee numbers (every layout's width; IntuitPAC needs at least four), names; with `days`, five
+// day records that add up to the card.
+void write_card(std::ofstream& out, int i, bool days) {
+  const int reg = 2400 + i % 97, ot1 = i % 5 == 0 ? 90 : 0, vac = i % 11 == 0 ? 480 : 0,
+            sic = i % 13 == 0 ? 240 : 0;
+  out << "{\"ExportID\": \"E" << 100000 + i << "\", \"Number\": " << 100000 + i % 900000
+      << ", \"Shift\": " << i % 3 + 1 << ", \"REG\": " << reg << ", \"OT1\": " << ot1
+      << ", \"OT2\": 0, \"VAC\": " << vac << ", \"HOL\": 0, \"SIC\": " << sic
+      << ", \"OTH\": 0, \"FirstName\": \"Ann\", \"MI\": \"\", \"LastName\": \"Lee\", "
+         "\"Badge\": \""
+      << i + 1
+      << "\", \"EditREG\": 0, \"EditOT1\": 0, \"EditOT2\": 0, \"PeriodStart\": \"2004-02-29\", "
+         "\"Days\": [";
+  if (days) {
+    // The card's time spread over Monday to Friday; the last day takes the remainder.
+    const int per_day[] = {reg / 5, ot1 / 5, vac / 5, sic / 5};
+    for (int d = 0; d < 5; ++d) {
+      const bool last = d == 4;
+      const int r = last ? reg - 4 * per_day[0] : per_day[0];
+      const int o = last ? ot1 - 4 * per_day[1] : per_day[1];
+      const int v = last ? vac - 4 * per_day[2] : per_day[2];
+      const int s = last ? sic - 4 * per_day[3] : per_day[3];
+      out << (d ? ", " : "") << "{\"DayDate\": \"2004-03-0" << d + 1
+          << "\", \"Hours\": " << r + o + v + s << ", \"REG\": " << r << ", \"OT1\": " << o
+          << ", \"OT2\": 0, \"VAC\": " << v << ", \"HOL\": 0, \"SIC\": " << s << ", \"OTH\": 0}";
+    }
+  }
+  out << "]}";
+}
+
+// A cards file of n cards, written once per run.
+const fs::path& cards_file(int n, bool days) {
+  static std::map<std::pair<int, bool>, fs::path> files;
+  auto& path = files[{n, days}];
+  if (!path.empty()) return path;
+  path = bench_dir() / ("cards-" + std::to_string(n) + (days ? "-days" : "") + ".json");
+  std::ofstream out(path, std::ios::binary);
+  out << "{\"PeriodEnd\": \"2004-03-06\", \"cards\": [\n";
+  for (int i = 0; i < n; ++i) {
+    if (i) out << ",\n";
+    write_card(out, i, days);
+  }
+  out << "\n]}\n";
+  return path;
+}
+
+// --- The class alone --------------------------------------------------------------
+
+struct SaveTo final : UiServices {
+  SaveDialogResult save_dialog(const SaveDialogRequest&) override { return {false, "memory"}; }
+  void message_box(const MessageBoxRequest&) override {}
+  Answer question(const MessageBoxRequest&, QuestionButtons) override { return Answer::No; }
+  void show_help(std::string_view, std::string_view, unsigned long) override {}
+};
+
+struct KeepInMemory final : OutputFiles {
+  std::string contents;
+  void write_file(const std::string&, std::string_view text) override { contents = text; }
+};
+
+struct Today final : Clock {
+  Date today() const override { return Date::from_civil(2004, 3, 8); }
+};
+
+void BM_Core(benchmark::State& state, const Layout& layout) {
+  const int n = static_cast<int>(state.range(0));
+  const Variant cards = cli::load_cards_file(cards_file(n, layout.days).string());
+  SaveTo ui;
+  KeepInMemory files;
+  Today today;
+  for (auto _ : state) {
+    auto export_class = formats::builtin_formats().create(layout.class_name, {ui, files, today});
+    export_class->Title = layout.title;
+    export_class->SetupData(layout.setup);
+    if (!export_class->Execute(cards)) state.SkipWithError("Execute returned False");
+  }
+  state.SetItemsProcessed(state.iterations() * n);
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(files.contents.size()));
+  state.counters["per_Mcard"] =
+      benchmark::Counter(static_cast<double>(state.iterations()) * n * 1e-6,
+                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.SetComplexityN(n);
+}
+
+// --- The command, end to end --------------------------------------------------------
+
+struct Finished {
+  int exit_code = -1;
+  double peak_mib = 0;
+};
+
+Finished run(const std::vector<std::string>& arguments) {
+  std::vector<char*> argv;
+  for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+  argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+  pid_t pid = 0;
+  Finished finished;
+  if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) {
+    int status = 0;
+    rusage usage{};
+    wait4(pid, &status, 0, &usage);
+    finished.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    finished.peak_mib = static_cast<double>(usage.ru_maxrss) / 1024.0;
+  }
+  posix_spawn_file_actions_destroy(&actions);
+  return finished;
+}
+
+double seconds_since(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// The I/O floor of an export: the input read in full and `output_bytes` written to a
+// new file in the output's folder, synced and renamed over the target, as the safe
+// file step writes. Returns seconds.
+double io_floor(const fs::path& input, std::uintmax_t output_bytes, const fs::path& target) {
+  const auto start = std::chrono::steady_clock::now();
+  std::vector<char> buffer(1 << 20, 'x');
+  const int in = open(input.c_str(), O_RDONLY);
+  while (read(in, buffer.data(), buffer.size()) > 0) {
+  }
+  close(in);
+  const fs::path temporary = target.string() + ".floor";
+  const int out = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  for (std::uintmax_t left = output_bytes; left > 0;) {
+    const auto chunk = static_cast<std::size_t>(std::min<std::uintmax_t>(left, buffer.size()));
+    if (write(out, buffer.data(), chunk) != static_cast<ssize_t>(chunk)) break;
+    left -= chunk;
+  }
+  fsync(out);
+  close(out);
+  fs::rename(temporary, target.string() + ".floor-done");
+  const double seconds = seconds_since(start);
+  fs::remove(target.string() + ".floor-done");
+  return seconds;
+}
+
+void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
+  const int n = static_cast<int>(state.range(0));
+  const fs::path& input = cards_file(n, layout.days);
+  const fs::path output = bench_dir() / (std::string(layout.label) + ".out");
+  const std::vector<std::string> command = {ZORVAT_CLI,     "export",  layout.class_name, "--cards",
+                                            input.string(), "--setup", layout.setup,      "--title",
+                                            layout.title,   "--out",   output.string(),   "--today",
+                                            "2004-03-08"};
+  double peak = 0, export_seconds = 0, floor_seconds = 0;
+  for (auto _ : state) {
+    const auto start = std::chrono::steady_clock::now();
+    const Finished finished = run(command);
+    const double seconds = seconds_since(start);
+    if (finished.exit_code != 0) {
+      state.SkipWithError("the export failed");
+      break;
+    }
+    state.SetIterationTime(seconds);
+    export_seconds += seconds;
+    peak = std::max(peak, finished.peak_mib);
+    state.PauseTiming();
+    floor_seconds += io_floor(input, fs::file_size(output), output);
+    state.ResumeTiming();
+  }
+  if (state.error_occurred()) return;
+  // What was written must account for every minute of the cards.
+  const Finished reconciled =
+      run({ZORVAT_CLI, "reconcile", layout.class_name, "--cards", input.string(), "--setup",
+           layout.setup, "--title", layout.title, output.string()});
+  if (reconciled.exit_code != 0) state.SkipWithError("the written file does not reconcile");
+  const double in_out_mib =
+      static_cast<double>(fs::file_size(input) + fs::file_size(output)) / (1024.0 * 1024.0);
+  const double runs = static_cast<double>(state.iterations());
+  state.counters["in+out_MiB"] = in_out_mib;
+  state.counters["peak_MiB"] = peak;
+  state.counters["peak_per_in+out"] = peak / in_out_mib;
+  state.counters["floor_ms"] = floor_seconds / runs * 1e3;
+  state.counters["x_floor"] = export_seconds / floor_seconds;
+  state.SetItemsProcessed(state.iterations() * n);
+  state.SetComplexityN(n);
+  fs::remove(output);
+}
+
+// Every end-to-end run is registered, and so runs, before any class-alone run: a child
+// started with posix_spawn inherits the high-water mark of this process's memory at
+// exec (Linux carries it into the child's peak), so this process must not have held
+// loaded cards yet when the command's peak memory is measured.
+const bool registered = [] {
+  for (const Layout& layout : kLayouts)
+    benchmark::RegisterBenchmark((std::string("BM_EndToEnd/") + layout.label).c_str(), BM_EndToEnd,
+                                 layout)
+        ->RangeMultiplier(10)
+        ->Range(1000, 1000000)
+        ->Unit(benchmark::kMillisecond)
+        ->UseManualTime()
+        ->Complexity(benchmark::oN);
+  for (const Layout& layout : kLayouts)
+    benchmark::RegisterBenchmark((std::string("BM_Core/") + layout.label).c_str(), BM_Core, layout)
+        ->RangeMultiplier(10)
+        ->Range(1000, 1000000)
+        ->Unit(benchmark::kMillisecond)
+        ->Complexity(benchmark::oN);
+  return true;
+}();
+
+}  // namespace
+
+BENCHMARK_MAIN();
