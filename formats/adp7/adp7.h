@@ -63,6 +63,7 @@ class ADP7 final : public ExportClass {
   void ValidateSetupData(std::string_view psSetup);
 
   void run_check() override;
+  ClassDescription describe() override;
 
  private:
   // The two layouts, each appending the whole file to `text`.

@@ -41,6 +41,7 @@ class Generic final : public ExportClass {
   void Validate(std::string_view psProperty, Variant& pvValue);
 
   void run_check() override;
+  ClassDescription describe() override;
 
   // The field separator and the line terminator that settings choose; what a
   // position holds is tested as the export tests it, raising the same errors. The

@@ -63,6 +63,7 @@ class IntuitPAC final : public ExportClass {
   bool IsJr(std::string_view psTitle) const;
 
   void run_check() override;
+  ClassDescription describe() override;
 
  private:
   // Appends one card's record (Jr) or records (full layout) to `text`.

@@ -48,6 +48,7 @@ class PCPayLink final : public ExportClass {
   void ValidateSetupData(std::string_view psSetup);
 
   void run_check() override;
+  ClassDescription describe() override;
 
  private:
   // Appends one card's detail records to `text` and counts them.

@@ -59,6 +59,7 @@ class PCPreview final : public ExportClass {
   void ValidateSetupData(std::string_view psSetup);
 
   void run_check() override { ValidateSetupData(SetupData()); }
+  ClassDescription describe() override;
 
  private:
   void EmployeeRecord(const Variant& card, std::string& output);

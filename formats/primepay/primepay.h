@@ -53,6 +53,7 @@ class PrimePay final : public ExportClass {
   void ValidateSetupData(std::string_view psSetup);
 
   void run_check() override { ValidateSetupData(SetupData()); }
+  ClassDescription describe() override;
 
  private:
   void OutputHeader(std::string& output);

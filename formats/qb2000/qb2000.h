@@ -65,6 +65,7 @@ class QB2000 final : public ExportClass {
   std::string FormatName(std::string_view sName);
 
   void run_check() override { ValidateSetupData(SetupData()); }
+  ClassDescription describe() override;
 
   // The progress window of the last export: still on screen after a failed one.
   const ProgressWindow* progress_window() const { return progress_.get(); }

@@ -1,9 +1,11 @@
 #include "zorvat/export_class.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "zorvat/error.h"
 #include "zorvat/forms.h"
+#include "zorvat/settings.h"
 #include "zorvat/text.h"
 
 namespace zorvat {
@@ -14,6 +16,28 @@ std::string ExportClass::source_of(std::string_view procedure) const {
   source.push_back('.');
   source += procedure;
   return source;
+}
+
+ClassDescription ExportClass::describe_settings(FormModel&& fresh_form, std::string_view writes,
+                                                const std::vector<SettingField>& fields) {
+  const SettingsFields design(fresh_form.design_settings(context_, Title));
+  if (design.size() != fields.size())
+    throw std::logic_error(prog_id() + ": the form writes " + std::to_string(design.size()) +
+                           " settings fields, the description has " +
+                           std::to_string(fields.size()));
+  ClassDescription description;
+  description.class_name = std::string(class_name());
+  description.prog_id = prog_id();
+  description.writes = std::string(writes);
+  description.check_method = std::string(check_method_name());
+  description.form = fresh_form.name();
+  description.form_caption = fresh_form.caption;
+  for (std::size_t position = 0; position < fields.size(); ++position) {
+    const SettingField& field = fields[position];
+    description.settings.push_back({position, std::string(field.name), std::string(field.values),
+                                    design.at(position), field.guard, field.required});
+  }
+  return description;
 }
 
 bool ExportClass::save_text(const SaveDialogRequest& request, std::string_view text) {

@@ -131,6 +131,19 @@ bool FormModel::OpenForm(std::string& settings, const ExportContext& context,
   });
 }
 
+std::string FormModel::design_settings(const ExportContext& context, std::string_view title) {
+  return guarded("zorvat." + name_ + ".OpenForm", [&] {
+    context_ = &context;
+    struct Release {
+      FormModel& form;
+      ~Release() { form.context_ = nullptr; }
+    } release{*this};
+    prepare(title);
+    seeded();
+    return write_back();
+  });
+}
+
 void FormModel::cmdButton_Click(int index) {
   switch (index) {
     case 0:

@@ -11,12 +11,14 @@
 
 #include "builtin_formats.h"
 #include "cli_ui.h"
+#include "describe_command.h"
 #include "json_cards.h"
 #include "posix_file_system.h"
 #include "reconcile_command.h"
 #include "setup_command.h"
 #include "simulated_quickbooks.h"
 #include "zorvat/error.h"
+#include "zorvat/version.h"
 
 namespace zorvat::cli {
 namespace {
@@ -178,6 +180,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   CLI::App app{"zorvat: exports a pay period's time cards in a payroll system's import format",
                "zorvat"};
   app.require_subcommand(1);
+  app.set_version_flag("--version", ZORVAT_VERSION_TEXT, "print the version and exit");
   app.set_help_all_flag("--help-all");
 
   auto add_common = [&](CLI::App* command) {
@@ -207,7 +210,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   CLI::App* validate_command =
       app.add_subcommand("validate", "run only the class's check of its settings");
   add_common(validate_command);
-  CLI::App* classes_command = app.add_subcommand("classes", "list the export classes");
+  const DescribeCommands describe_commands(app);
   const SetupCommand setup_command(app);
   const ReconcileCommands reconcile_commands(app, *export_command);
 
@@ -216,6 +219,9 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     app.parse(reversed);
   } catch (const CLI::CallForHelp&) {
     out << app.help();
+    return kSucceeded;
+  } catch (const CLI::CallForVersion&) {
+    out << "zorvat " << ZORVAT_VERSION_TEXT << '\n';
     return kSucceeded;
   } catch (const CLI::CallForAllHelp&) {
     out << app.help("", CLI::AppFormatMode::All);
@@ -229,11 +235,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
                                      request.title, request.json};
   if (auto status = reconcile_commands.run(export_options, out, err)) return *status;
 
-  if (classes_command->parsed()) {
-    for (const auto& name : formats::builtin_formats().class_names())
-      out << "zorvat." << name << '\n';
-    return kSucceeded;
-  }
+  if (describe_commands.parsed()) return describe_commands.run(out, err);
   request.command = export_command->parsed() ? "export" : "validate";
   try {
     return run_class(request, out, err, interactive);

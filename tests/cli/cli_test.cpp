@@ -180,10 +180,21 @@ TEST_F(CommandLine, PropertyNamesMatchWithoutRegardToCase) {
   EXPECT_EQ(read(out), "E1,000000001,01,1.00,0.00,0.00,0.00,0.00,0.00,0.00\n");
 }
 
-TEST_F(CommandLine, ClassesListsTheProgIds) {
+TEST_F(CommandLine, ClassesListsEveryProgIdWithWhatItWrites) {
   const auto r = zorvat({"classes"});
   EXPECT_EQ(r.exit_code, 0);
-  EXPECT_NE(r.out.find("zorvat.Generic\n"), std::string::npos);
+  std::istringstream lines(r.out);
+  std::vector<std::string> prog_ids;
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t blank = line.find(' ');
+    ASSERT_NE(blank, std::string::npos) << line;
+    prog_ids.push_back(line.substr(0, blank));
+    EXPECT_GT(line.find_first_not_of(' ', blank), blank) << "nothing said of " << line;
+  }
+  EXPECT_EQ(prog_ids,
+            (std::vector<std::string>{"zorvat.Generic", "zorvat.ADP7", "zorvat.IntuitPAC",
+                                      "zorvat.PCPayLink", "zorvat.PCPreview", "zorvat.Peachtree",
+                                      "zorvat.PrimePay", "zorvat.QB2000"}));
 }
 
 TEST_F(CommandLine, ExportOfTheBundledSamplePeriod) {

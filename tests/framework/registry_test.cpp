@@ -14,6 +14,7 @@ class Dummy final : public ExportClass {
   bool Execute(const Variant&) override { return save_text({"Dummy (*.d) | *.d", "x.d"}, "abc"); }
   bool Setup() override { raise_no_setup_form(); }
   void run_check() override {}
+  ClassDescription describe() override { return {}; }
 };
 
 ExportRegistry make_registry() {

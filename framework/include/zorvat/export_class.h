@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "zorvat/settings_description.h"
 #include "zorvat/ui_services.h"
 #include "zorvat/variant.h"
 
@@ -54,6 +55,10 @@ class ExportClass {
   // The check method's name ("ValidateSetupData" or "Validate").
   virtual std::string_view check_method_name() const { return "ValidateSetupData"; }
 
+  // What the class writes and what its settings string holds, field by field, with
+  // the values its setup form proposes.
+  virtual ClassDescription describe() = 0;
+
  protected:
   ExportContext& context() { return context_; }
   const std::string& setup_data() const { return setup_data_; }
@@ -70,6 +75,11 @@ class ExportClass {
   // string the form wrote back (after Save and after Cancel alike) and returns the
   // saved flag.
   bool open_setup_form(FormModel& form);
+
+  // The class's description: its field table (every position, in order) joined with
+  // what a fresh instance of its setup form proposes.
+  ClassDescription describe_settings(FormModel&& fresh_form, std::string_view writes,
+                                     const std::vector<SettingField>& fields);
 
   // Answer of Setup on a host that cannot show forms.
   [[noreturn]] void raise_no_setup_form() const;

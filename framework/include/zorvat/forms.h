@@ -156,6 +156,11 @@ class FormModel {
   // "zorvat.<form>.OpenForm".
   bool OpenForm(std::string& settings, const ExportContext& context, std::string_view title = {});
 
+  // The settings string the form proposes to a new user: OpenForm's steps on an
+  // empty string, without showing the form. Meant for a fresh instance (not the
+  // shared one, which keeps what its user typed).
+  std::string design_settings(const ExportContext& context, std::string_view title = {});
+
   // The button handler: 0 Save, 1 Cancel, 2 Help; other indexes are the form's own.
   virtual void cmdButton_Click(int index);
 
