@@ -7,7 +7,8 @@ namespace zorvat::formats {
 ClassDescription Generic::describe() {
   constexpr const char* kCheck = "0 or 1 (check box)";
   constexpr const char* kOption =
-      "True or False (option button; the first of 5 to 9 that is True picks the separator)";
+      "True or False (option button; the first of 5 to 9 that is True picks the separator, none "
+      "True: no separator)";
   return describe_settings(
       GenericForm(),
       "a delimited ASCII file, one line per card: separator, line terminator, titles, quoting, "
@@ -18,7 +19,7 @@ ClassDescription Generic::describe() {
           {"Remove Blanks", kCheck},
           {"Include Employee Information", kCheck},
           {"Include Full Name", kCheck},
-          {"Separator Tab (0x09)", kOption},
+          {"Separator Tab (0x09)", "True or False; writes four blanks, not a tab character"},
           {"Separator Comma (,)", kOption},
           {"Separator Slash (/)", kOption},
           {"Separator Semi-Colon (;)", kOption},

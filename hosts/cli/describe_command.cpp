@@ -73,6 +73,40 @@ void print_table(std::ostream& out, const ClassDescription& description) {
   }
 }
 
+// Markdown table cells: a "|" would end the cell.
+std::string cell(std::string_view text) {
+  std::string escaped;
+  for (char c : text) {
+    if (c == '|') escaped += '\\';
+    escaped += c;
+  }
+  return escaped;
+}
+
+void print_markdown(std::ostream& out, const ClassDescription& description) {
+  out << "### `" << description.prog_id << "`\n\n"
+      << "Writes " << cell(description.writes) << ". Setup form `" << description.form
+      << "`, check method `" << description.check_method << "`; " << description.settings.size()
+      << " fields. The form proposes `" << description.defaults() << "`";
+  const auto to_fill = description.to_fill();
+  if (!to_fill.empty()) {
+    out << "; fill in position";
+    if (to_fill.size() > 1) out << 's';
+    for (std::size_t i = 0; i < to_fill.size(); ++i)
+      out << (i == 0 ? " " : i + 1 == to_fill.size() ? " and " : ", ") << to_fill[i]->position;
+    out << " before the first export";
+  }
+  out << ".\n\n| Pos | Name | Values | Form | Error |\n|---|---|---|---|---|\n";
+  for (const SettingDescription& setting : description.settings) {
+    out << "| " << setting.position << " | " << cell(setting.name) << " | " << cell(setting.values)
+        << " | "
+        << (setting.design_value.empty() ? std::string("(empty)")
+                                         : "`" + cell(setting.design_value) + "`")
+        << " | " << (setting.guard.number == 0 ? std::string("-") : guard_text(setting.guard))
+        << " |\n";
+  }
+}
+
 nlohmann::ordered_json to_json(const ClassDescription& description) {
   nlohmann::ordered_json settings = nlohmann::ordered_json::array();
   for (const SettingDescription& setting : description.settings) {
@@ -137,9 +171,13 @@ int print_defaults(std::ostream& out, std::ostream& err, bool json, Described& c
 DescribeCommands::DescribeCommands(CLI::App& app) {
   describe_ = app.add_subcommand(
       "describe", "what an export class writes and the fields of its settings string");
-  describe_->add_option("CLASS", class_name_, "export class name or ProgID (zorvat.Generic)")
-      ->required();
+  CLI::Option* class_option =
+      describe_->add_option("CLASS", class_name_, "export class name or ProgID (zorvat.Generic)");
+  CLI::Option* all_option =
+      describe_->add_flag("--all", all_, "every class, one after the other (with --markdown)");
+  class_option->excludes(all_option);
   describe_->add_flag("--json", json_, "print one JSON object");
+  describe_->add_flag("--markdown", markdown_, "print the table as Markdown (for the README)");
   describe_->add_flag("--defaults", defaults_,
                       "print the settings string the setup form proposes, and what to fill in");
   classes_ = app.add_subcommand("classes", "list the export classes and what each writes");
@@ -158,6 +196,22 @@ int DescribeCommands::run(std::ostream& out, std::ostream& err) const {
     }
     return kSucceeded;
   }
+  if (all_) {
+    if (!markdown_ || json_ || defaults_) {
+      err << "zorvat: describe --all goes with --markdown alone\n";
+      return kUsageError;
+    }
+    const auto names = formats::builtin_formats().class_names();
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      if (i > 0) out << '\n';
+      print_markdown(out, *classes.describe(names[i]));
+    }
+    return kSucceeded;
+  }
+  if (class_name_.empty()) {
+    err << "zorvat: describe needs CLASS, or --all --markdown\n";
+    return kUsageError;
+  }
   const std::optional<ClassDescription> description = classes.describe(class_name_);
   if (!description) {
     err << "zorvat: unknown export class \"" << class_name_ << "\" (see zorvat classes)\n";
@@ -166,6 +220,8 @@ int DescribeCommands::run(std::ostream& out, std::ostream& err) const {
   if (defaults_) return print_defaults(out, err, json_, classes, *description);
   if (json_)
     out << to_json(*description).dump() << '\n';
+  else if (markdown_)
+    print_markdown(out, *description);
   else
     print_table(out, *description);
   return kSucceeded;

@@ -1,9 +1,13 @@
-// `zorvat describe CLASS [--json] [--defaults]`: what an export class writes and what
+// `zorvat describe CLASS [--json | --markdown] [--defaults]`, `zorvat describe --all
+// --markdown`: what an export class writes and what
 // its settings string holds, field by field (name, values, the setup form's design
 // value, the error the check raises), so that a settings string can be written
 // without the form. With --defaults: the settings string a new user starts from (the
 // form's design values), then whether the class's check accepts it or which fields
-// must be filled first. `zorvat classes` lists every class with what it writes.
+// must be filled first. With --markdown: the same table as a README section (the
+// README's settings reference is generated from it). `zorvat classes` lists every class
+// with what it writes. `--all --markdown` prints every class's section, the README's
+// settings reference as `./project docs` writes it.
 //
 // Exit status: 0, 2 usage error (an unknown class).
 #pragma once
@@ -32,6 +36,8 @@ class DescribeCommands {
   std::string class_name_;
   bool json_ = false;
   bool defaults_ = false;
+  bool markdown_ = false;
+  bool all_ = false;
 };
 
 }  // namespace zorvat::cli
