@@ -45,6 +45,8 @@ struct Report {
   std::optional<std::string> file;
   std::vector<std::string> messages;
   std::optional<Error> error;
+  // The card being read when the error was raised, when it was raised in one.
+  std::optional<CardReadPlace> card;
   std::string usage_error;
 };
 
@@ -58,6 +60,12 @@ void print_json(std::ostream& out, const Report& report) {
     json["error"] = {{"number", report.error->number()},
                      {"source", report.error->source()},
                      {"description", report.error->description()}};
+    if (report.card)
+      json["error"]["card"] = {{"index", report.card->index},
+                               {"id", report.card->id},
+                               {"property", report.card->property.empty()
+                                                ? nlohmann::ordered_json()
+                                                : nlohmann::ordered_json(report.card->property)}};
   } else if (!report.usage_error.empty()) {
     // Not raised by a class: number 0 marks a usage error of the command itself.
     json["error"] = {{"number", 0}, {"source", "zorvat"}, {"description", report.usage_error}};
@@ -79,6 +87,15 @@ int usage_error(const Request& request, std::ostream& out, std::ostream& err,
     err << "zorvat: " << message << '\n';
   }
   return kUsageError;
+}
+
+// The line after an error raised while a card was read: which card, which property.
+std::string card_line(const CardReadPlace& card, const std::string& cards_path) {
+  std::string line =
+      "zorvat: while reading card " + std::to_string(card.index) + " of " + cards_path;
+  if (!card.id.empty()) line += " (" + card.id_name + " " + card.id + ")";
+  if (!card.property.empty()) line += ", property " + card.property;
+  return line;
 }
 
 std::string known_classes() {
@@ -153,6 +170,7 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
     report.result = request.command == "export" ? instance->Execute(cards) : true;
   } catch (const Error& error) {
     report.error = error;
+    if (request.command == "export") report.card = card_being_read(cards, error.number());
   }
   report.setup_data = instance->SetupData();
   report.file = files.written();
@@ -166,6 +184,7 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   } else if (status == kErrorRaised) {
     err << "zorvat: error " << report.error->number() << " in " << report.error->source() << ": "
         << report.error->description() << '\n';
+    if (report.card) err << card_line(*report.card, request.cards_path) << '\n';
   }
   return status;
 }

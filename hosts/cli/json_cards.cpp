@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <unordered_map>
@@ -73,11 +74,39 @@ struct TransparentHash {
   }
 };
 
+// Where the classes are reading, kept as they read so that an error raised while a
+// card is read can name the card and the property. A few stores per read; the
+// names are made into text only when asked for.
+struct ReadTrail {
+  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+  // One property read from the current card or one of its days.
+  struct Read {
+    Span object;             // the object's fields
+    std::uint32_t property;  // its folded key; kNone for a name no object has
+    std::uint32_t day;       // index in the card's "Days"; kNone for the card itself
+  };
+  std::uint32_t card = kNone;         // index in "cards" of the card handed out last
+  std::uint32_t day = kNone;          // index in the card's "Days" of the day handed out last
+  std::uint32_t card_object = kNone;  // first field of the current card
+  std::vector<Read> reads;            // from the current card, in order
+  std::string unknown;                // the last name asked for that no object has
+
+  void start_card(std::uint32_t index, std::uint32_t object) {
+    card = index;
+    card_object = object;
+    day = kNone;
+    reads.clear();
+  }
+};
+
 class Store {
  public:
   std::vector<Cell> cells;
   std::string text;
-  Cell top;  // the top-level object
+  Cell top;    // the top-level object
+  Cell cards;  // its "cards" array
+  // Objects run on one thread, the host's; the trail is written as they are read.
+  mutable ReadTrail trail;
 
   std::uint32_t key_id(std::string_view name) {
     // Every card repeats the same few names: a small table by a cheap hash answers
@@ -146,6 +175,11 @@ class Store {
     return known;
   }
   std::uint32_t folded_of(std::uint32_t key) const { return folded_of_[key]; }
+  // A key of the file spelt as `fold_id` folds (the first one met).
+  std::uint32_t key_of_folded(std::uint32_t fold_id) const {
+    const auto found = std::find(folded_of_.begin(), folded_of_.end(), fold_id);
+    return static_cast<std::uint32_t>(found - folded_of_.begin());
+  }
   const std::string& name_of(std::uint32_t key) const { return names_[key]; }
 
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
@@ -175,19 +209,39 @@ using StoreRef = std::shared_ptr<const Store>;
 
 Variant to_variant(const StoreRef& store, const Cell& cell);
 
+// What an enumeration hands out, for the read trail: the cards, a card's days, or
+// anything else.
+enum class Elements : std::uint8_t { Cards, Days, Other };
+
 class CellEnumerator final : public Enumerator {
  public:
-  CellEnumerator(StoreRef store, std::uint32_t first, std::uint32_t count)
-      : store_(std::move(store)), next_(first), end_(first + count) {}
+  CellEnumerator(StoreRef store, std::uint32_t first, std::uint32_t count, Elements elements)
+      : store_(std::move(store)),
+        first_(first),
+        next_(first),
+        end_(first + count),
+        elements_(elements) {}
   bool next(Variant& element) override {
-    if (next_ == end_) return false;
+    ReadTrail& trail = store_->trail;
+    if (next_ == end_) {
+      // Past the last card no card is being read; past the last day, no day.
+      if (elements_ == Elements::Cards) trail.start_card(ReadTrail::kNone, ReadTrail::kNone);
+      if (elements_ == Elements::Days) trail.day = ReadTrail::kNone;
+      return false;
+    }
+    if (elements_ == Elements::Cards) {
+      trail.start_card(next_ - first_, store_->cells[next_].span.first);
+    } else if (elements_ == Elements::Days) {
+      trail.day = next_ - first_;
+    }
     element = to_variant(store_, store_->cells[next_++]);
     return true;
   }
 
  private:
   StoreRef store_;
-  std::uint32_t next_, end_;
+  std::uint32_t first_, next_, end_;
+  Elements elements_;
 };
 
 // An object or an array of the file, as the classes see it.
@@ -205,14 +259,25 @@ class CellObject final : public AutomationObject {
 
   std::unique_ptr<Enumerator> enumerate() const override {
     if (cell_.kind != Kind::Array) raise_not_supported();
-    return std::make_unique<CellEnumerator>(store_, cell_.span.first, cell_.span.count);
+    const Elements elements = cell_.span.first == store_->cards.span.first ? Elements::Cards
+                              : store_->is_days_key(cell_.key)             ? Elements::Days
+                                                                           : Elements::Other;
+    return std::make_unique<CellEnumerator>(store_, cell_.span.first, cell_.span.count, elements);
   }
 
   // The top level answers for its "cards" array too: Count and enumeration.
   const Cell* find(std::string_view property) const {
     if (cell_.kind != Kind::Object) return nullptr;
+    ReadTrail& trail = store_->trail;
     std::uint32_t exact = 0, fold_id = 0;
-    if (!store_->lookup(property, exact, fold_id)) return nullptr;
+    const bool known = store_->lookup(property, exact, fold_id);
+    if (trail.card != ReadTrail::kNone)
+      trail.reads.push_back({cell_.span, known ? fold_id : ReadTrail::kNone,
+                             cell_.span.first == trail.card_object ? ReadTrail::kNone : trail.day});
+    if (!known) {
+      trail.unknown = property;
+      return nullptr;
+    }
     const Cell* begin = store_->cells.data() + cell_.span.first;
     const Cell* end = begin + cell_.span.count;
     if (exact != Store::kNone)
@@ -232,7 +297,8 @@ class CellObject final : public AutomationObject {
 class CardCollection final : public AutomationObject {
  public:
   CardCollection(StoreRef store, Cell top, Cell cards)
-      : top_(store, top), cards_(std::move(store), cards) {}
+      : store_(store), top_(store, top), cards_(std::move(store), cards) {}
+  const Store& store() const { return *store_; }
   Variant get(std::string_view property) const override {
     if (property.size() == 5 && folded(property) == "count") return cards_.get(property);
     return top_.get(property);
@@ -240,6 +306,7 @@ class CardCollection final : public AutomationObject {
   std::unique_ptr<Enumerator> enumerate() const override { return cards_.enumerate(); }
 
  private:
+  StoreRef store_;
   CellObject top_;
   CellObject cards_;
 };
@@ -349,6 +416,7 @@ class Loader {
     if (pos_ != json_.size()) syntax_error();
     if (!have_cards) fail(name_, "top level", "no \"cards\" array");
     store_->top = append_run(top_fields, Kind::Object);
+    store_->cards = cards;
     return Variant(ObjectRef(std::make_shared<CardCollection>(store_, store_->top, cards)));
   }
 
@@ -748,6 +816,113 @@ class Loader {
 };
 
 }  // namespace
+
+namespace {
+
+// The field `read` asked for, in its object; nullptr when the object has none.
+const Cell* field_read(const Store& store, const ReadTrail::Read& read) {
+  if (read.property == ReadTrail::kNone) return nullptr;
+  for (std::uint32_t i = 0; i < read.object.count; ++i) {
+    const Cell& field = store.cells[read.object.first + i];
+    if (store.folded_of(field.key) == read.property) return &field;
+  }
+  return nullptr;
+}
+
+// The amounts of time of a card and of a day, in minutes: the values every class
+// converts to numbers (the other properties are text, dates, or formatted as they are).
+bool is_minutes(std::string_view folded_name) {
+  static constexpr std::string_view kMinutes[] = {
+      "reg", "ot1", "ot2", "vac", "hol", "sic", "oth", "hours", "editreg", "editot1", "editot2"};
+  return std::find(std::begin(kMinutes), std::end(kMinutes), folded_name) != std::end(kMinutes);
+}
+
+// Whether converting `field` to a number would raise `number`: 13 for text that is
+// not a number, 6 for a number too large for the 32-bit integers the
+// classes take minutes and hundredths of hours in.
+bool raises(const Store& store, const Cell& field, long number) {
+  if (!is_minutes(folded(store.name_of(field.key)))) return false;
+  double value = 0;
+  switch (field.kind) {
+    case Kind::Long:
+      value = field.long_value;
+      break;
+    case Kind::Double:
+      value = field.number;
+      break;
+    case Kind::Text: {
+      const NumericParse parsed =
+          parse_numeric(std::string_view(store.text).substr(field.span.first, field.span.count));
+      if (parsed.status == NumericParse::Status::NotNumeric) return number == 13;
+      if (parsed.status == NumericParse::Status::Overflow) return number == 6;
+      value = parsed.value;
+      break;
+    }
+    default:
+      return false;  // dates and Booleans convert; Null raises 94; Days is no number
+  }
+  // Minutes whose hundredths of an hour pass the 32-bit range overflow as well.
+  constexpr double kLargestMinutes = 2147483647.0 * 60.0 / 100.0;
+  return number == 6 && std::fabs(value) > kLargestMinutes;
+}
+
+std::string id_of(const Store& store, const Cell& card, std::string& id_name) {
+  for (const char* name : {"exportid", "number"}) {
+    for (std::uint32_t i = 0; i < card.span.count; ++i) {
+      const Cell& field = store.cells[card.span.first + i];
+      if (folded(store.name_of(field.key)) != name) continue;
+      std::string id;
+      if (field.kind == Kind::Text)
+        id = std::string_view(store.text).substr(field.span.first, field.span.count);
+      else if (field.kind == Kind::Long)
+        id = std::to_string(field.long_value);
+      else if (field.kind == Kind::Double)
+        id = general_number_text(field.number);
+      if (!id.empty()) {
+        id_name = store.name_of(field.key);
+        return id;
+      }
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+std::optional<CardReadPlace> card_being_read(const Variant& cards, long error_number) {
+  const auto* collection = dynamic_cast<const CardCollection*>(&object_of(cards));
+  if (collection == nullptr) return std::nullopt;
+  const Store& store = collection->store();
+  const ReadTrail& trail = store.trail;
+  if (trail.card == ReadTrail::kNone) return std::nullopt;
+
+  CardReadPlace place;
+  place.index = trail.card;
+  place.id = id_of(store, store.cells[store.cards.span.first + trail.card], place.id_name);
+  if (trail.reads.empty()) return place;
+  // A class may read several values before it converts them: a conversion error
+  // belongs to the first value read that cannot be converted (none: the error did not
+  // come from the card's values, and no property is named); anything else (a property
+  // the card lacks) to the last property read.
+  const ReadTrail::Read* culprit = &trail.reads.back();
+  if (error_number == 13 || error_number == 6) {
+    culprit = nullptr;
+    for (const ReadTrail::Read& read : trail.reads) {
+      const Cell* field = field_read(store, read);
+      if (field != nullptr && raises(store, *field, error_number)) {
+        culprit = &read;
+        break;
+      }
+    }
+    if (culprit == nullptr) return place;
+  }
+  place.property = culprit->property != ReadTrail::kNone
+                       ? store.name_of(store.key_of_folded(culprit->property))
+                       : trail.unknown;
+  if (culprit->day != ReadTrail::kNone)
+    place.property = "Days[" + std::to_string(culprit->day) + "]." + place.property;
+  return place;
+}
 
 Variant load_cards_json(std::string json, const std::string& name) {
   return Loader(json, name).load();

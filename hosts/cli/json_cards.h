@@ -14,7 +14,9 @@
 // copied per card, so a million cards load in a fraction of a second.
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -33,5 +35,19 @@ class CardsFileError : public std::runtime_error {
 Variant load_cards_file(const std::string& path);
 // The same from JSON text in memory; `name` stands for the file in messages.
 Variant load_cards_json(std::string json, const std::string& name = "<memory>");
+
+// Where the classes were reading the cards of `cards` (a collection loaded above) when
+// error `error_number` was raised: the card handed out last by its for-each, and the
+// property the error belongs to (for 13 and 6, the first value read from the card that
+// cannot be converted; otherwise the property read last), so that the error can point
+// at them. Nothing before the first card and after the last.
+struct CardReadPlace {
+  std::size_t index = 0;  // in the file's "cards" array, from 0
+  std::string id;         // the card's ExportID, else its Number; empty with neither
+  std::string id_name;    // "ExportID" or "Number", as the file spells it
+  std::string property;   // "REG", or "Days[2].REG" for a day's property; empty when
+                          // no value of the card explains the error
+};
+std::optional<CardReadPlace> card_being_read(const Variant& cards, long error_number);
 
 }  // namespace zorvat::cli
