@@ -100,7 +100,11 @@ TEST_P(Corpus, CommandLineHostMatches) {
   const json report = json::parse(result.out);
   EXPECT_EQ(report.at("setupData"), expect.at("setupData"));
   EXPECT_EQ(report.at("messages"), expect.value("messages", json::array()));
-  EXPECT_EQ(report.at("error"), expect.value("error", json()));
+  // The command adds which card was being read (its own context, which the COM host
+  // does not give); the error itself is the contract's.
+  json error = report.at("error");
+  if (error.is_object()) error.erase("card");
+  EXPECT_EQ(error, expect.value("error", json()));
   EXPECT_EQ(report.at("result").get<bool>(), expect.at("exit").get<int>() == 0);
 
   const json& file = expect.at("file");
