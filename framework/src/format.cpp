@@ -2,6 +2,7 @@
 // sections of tokens; rendering walks the tokens of the section that applies.
 #include "zorvat/format.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -57,6 +58,10 @@ struct Section {
   int fraction_forced = 0;
   bool thousands = false;
   bool percent = false;
+  // Only digit placeholders, at least one before the point, and at most a point among
+  // them ("000000000", "###0.00", "0.0"): rendered by the plain path.
+  bool plain = false;
+  bool has_point = false;
   // Text sections.
   bool left_to_right = false;
   int case_mode = 0;  // '<' lower, '>' upper
@@ -172,6 +177,12 @@ Section parse_number_section(std::string_view pattern) {
     }
   }
   if (first_forced_whole >= 0) section.whole_forced = section.whole_places - first_forced_whole;
+  section.has_point = after_point;
+  section.plain =
+      section.whole_places > 0 && !section.thousands && !section.percent &&
+      std::all_of(section.tokens.begin(), section.tokens.end(), [](const Token& t) {
+        return t.kind == Tok::DigitZero || t.kind == Tok::DigitHash || t.kind == Tok::DecimalPoint;
+      });
   return section;
 }
 
@@ -298,7 +309,8 @@ Decimal to_decimal(double magnitude) {
 // the wanted decimal places is well clear of a tie, taking it to 15 significant
 // digits first cannot move it across the tie, so rounding the scaled double gives
 // the same digits. Returns false when the slow, exact path must decide.
-bool to_rounded_decimal_fast(double magnitude, int places, Decimal& decimal) {
+// `magnitude` x 10^places rounded to a whole number, where that is safe.
+bool scaled_and_rounded(double magnitude, int places, std::uint64_t& number) {
   static constexpr double kScale[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
   if (places < 0 || places > 4 || !(magnitude < 1e12)) return false;
   const double scaled = magnitude * kScale[places];
@@ -307,7 +319,13 @@ bool to_rounded_decimal_fast(double magnitude, int places, Decimal& decimal) {
   // Room for the 15-digit rounding and the error of the multiplication.
   const double margin = scaled * 1e-13 + 1e-9;
   if (std::fabs(fraction - 0.5) <= margin) return false;
-  auto number = static_cast<std::uint64_t>(whole) + (fraction > 0.5 ? 1 : 0);
+  number = static_cast<std::uint64_t>(whole) + (fraction > 0.5 ? 1 : 0);
+  return true;
+}
+
+bool to_rounded_decimal_fast(double magnitude, int places, Decimal& decimal) {
+  std::uint64_t number = 0;
+  if (!scaled_and_rounded(magnitude, places, number)) return false;
   char buffer[24];
   const auto result = std::to_chars(buffer, buffer + sizeof buffer, number);
   const int length = static_cast<int>(result.ptr - buffer);
@@ -360,7 +378,48 @@ char digit_at(const Decimal& decimal, int index) {
                                              : '0';
 }
 
+// The plain sections ("000000000", "###0.00") without the general machinery: the value
+// scaled to its decimal places and rounded as to_rounded_decimal_fast does, then
+// written as the general path would write it: the sign, the whole digits padded with
+// zeros to the forced places, the point, and the forced fraction digits with the
+// optional ones up to the last that is not zero. Returns false, having written
+// nothing, where the general path must decide (a value near a tie, or too large).
+bool render_plain_number(std::string& out, const Section& section, double value, bool write_sign) {
+  static constexpr std::uint64_t kScale[] = {1, 10, 100, 1000, 10000};
+  const int places = section.fraction_places;
+  std::uint64_t scaled = 0;
+  if (!section.plain || !scaled_and_rounded(std::fabs(value), places, scaled)) return false;
+  const std::uint64_t whole = scaled / kScale[places];
+  std::uint64_t fraction = scaled % kScale[places];
+
+  // Laid out in a buffer, the whole digits leftwards from the point and the fraction
+  // to the right of it, then appended at once. (Forced places beyond the buffer are
+  // the general path's.)
+  if (section.whole_forced > 24) return false;
+  char buffer[48];
+  char* const point = buffer + 32;
+  char* first = point;
+  for (std::uint64_t rest = whole; rest != 0; rest /= 10)
+    *--first = static_cast<char>('0' + rest % 10);
+  while (point - first < section.whole_forced) *--first = '0';
+  if (value < 0.0 && write_sign) *--first = '-';
+  char* last = point;
+  if (section.has_point) {
+    *last++ = '.';
+    for (int i = places - 1; i >= 0; --i) {
+      last[i] = static_cast<char>('0' + fraction % 10);
+      fraction /= 10;
+    }
+    int written = places;
+    while (written > section.fraction_forced && last[written - 1] == '0') --written;
+    last += written;
+  }
+  out.append(first, last);
+  return true;
+}
+
 void render_number(std::string& out, const Section& section, double value, bool write_sign) {
+  if (render_plain_number(out, section, value, write_sign)) return;
   const bool negative = value < 0.0;
   Decimal decimal;
   if (section.percent ||

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
 #include "zorvat/error.h"
 
 namespace zorvat {
@@ -186,6 +191,60 @@ TEST(Format, LargeHourValuesKeepEveryDigit) {
   EXPECT_EQ(format(Variant(123456789012.345), "###0.00"), "123456789012.35");
   EXPECT_EQ(format(Variant(1e13 / 60.0), "###0.00"), "166666666666.67");
   EXPECT_EQ(format(Variant(2147483647.0 / 60.0 * 100.0), "00000000000"), "03579139412");
+}
+
+// Patterns of digit placeholders alone ("000000000", "###0.00") take a shorter path
+// than patterns with anything else in them. A literal after the digits sends the same
+// number through the general path, so the two must agree byte for byte: over ties at
+// every decimal place, signs, zero and negative zero, values too large for the short
+// path, and forced places wider than any number.
+TEST(Format, DigitOnlyPatternsAgreeWithTheGeneralPath) {
+  const char* patterns[] = {"0",
+                            "00",
+                            "000000000",
+                            "#",
+                            "##0",
+                            "###0.00",
+                            "0.0",
+                            "0.00",
+                            "#.##",
+                            "0.",
+                            "#0.0#",
+                            "00.0000",
+                            "#.####",
+                            "00000.000",
+                            "0.00000",
+                            "#,##0",
+                            "0.00%",
+                            "##.#",
+                            "00000000000000000000000000000000.00"};
+  std::vector<double> values = {0.0,   -0.0,   0.5,          -0.5,          1.5,
+                                2.5,   0.005,  0.015,        1.005,         -1.005,
+                                0.125, 0.0625, 99.995,       -99.995,       1e11,
+                                1e12,  1.5e12, 1e15,         -1e15,         999999999999.5,
+                                4.35,  0.045,  1e-9,         -1e-9,         123456789.123456,
+                                60.0,  -7.25,  2147483647.0, -2147483648.0, 0.995};
+  std::mt19937_64 random(1234);
+  for (int i = 0; i < 20000; ++i) {
+    const double scale = std::pow(10.0, static_cast<double>(random() % 16) - 4.0);
+    double value = static_cast<double>(random() % 100000) / 1000.0 * scale;
+    if (random() % 2) value = -value;
+    values.push_back(value);
+  }
+  // Ties at every decimal place the short path takes.
+  for (int places = 0; places <= 4; ++places)
+    for (int whole = 0; whole < 300; ++whole)
+      values.push_back((whole * 10 + 5) / std::pow(10.0, places + 1));
+  for (const char* pattern : patterns) {
+    const FormatPattern plain(pattern);
+    const FormatPattern general(std::string(pattern) + "x");
+    for (double value : values) {
+      std::string short_path, general_path;
+      plain.append_to(short_path, value);
+      general.append_to(general_path, value);
+      ASSERT_EQ(short_path + "x", general_path) << pattern << " " << value;
+    }
+  }
 }
 
 }  // namespace
