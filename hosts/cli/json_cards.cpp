@@ -141,6 +141,7 @@ class Store {
         folded_ids_.emplace(fold_name, static_cast<std::uint32_t>(folded_of_.size()));
     static_cast<void>(added);
     folded_of_.push_back(fold_entry->second);
+    position_hints_.push_back(0);
     flags_.push_back(static_cast<std::uint8_t>(
         (fold_name == "periodend" || fold_name == "periodstart" || fold_name == "daydate" ? kDateKey
                                                                                           : 0) |
@@ -157,7 +158,7 @@ class Store {
     // (Objects run on one thread, the host's, so the cache needs no lock.)
     const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(name.data()));
     auto& slot = cache_[(address * 0x9E3779B97F4A7C15ULL) >> 58];
-    if (slot.data == name.data() && slot.text == name) {
+    if (slot.data == name.data() && same_short_text(slot.text, name)) {
       exact = slot.exact;
       fold_id = slot.fold_id;
       return slot.known;
@@ -174,6 +175,13 @@ class Store {
     slot = {name.data(), std::string(name), exact, fold_id, known};
     return known;
   }
+  // Property names are a few characters long: compared in line, without a call.
+  static bool same_short_text(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+      if (a[i] != b[i]) return false;
+    return true;
+  }
   std::uint32_t folded_of(std::uint32_t key) const { return folded_of_[key]; }
   // A key of the file spelt as `fold_id` folds (the first one met).
   std::uint32_t key_of_folded(std::uint32_t fold_id) const {
@@ -181,6 +189,11 @@ class Store {
     return static_cast<std::uint32_t>(found - folded_of_.begin());
   }
   const std::string& name_of(std::uint32_t key) const { return names_[key]; }
+
+  // Where in its object a field of key `key` stood when it was found last: the cards
+  // of a file list their fields in the same order, so the guess is almost always right
+  // and a read costs one comparison instead of a walk over the card.
+  std::uint32_t& position_hint(std::uint32_t key) const { return position_hints_[key]; }
 
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
@@ -194,6 +207,7 @@ class Store {
   std::vector<std::uint8_t> flags_;
   std::vector<std::string> names_;
   std::vector<std::uint32_t> folded_of_;
+  mutable std::vector<std::uint32_t> position_hints_;
   std::unordered_map<std::string, std::uint32_t, TransparentHash, std::equal_to<>> ids_;
   std::unordered_map<std::string, std::uint32_t, TransparentHash, std::equal_to<>> folded_ids_;
   struct CacheSlot {
@@ -212,6 +226,8 @@ Variant to_variant(const StoreRef& store, const Cell& cell);
 // What an enumeration hands out, for the read trail: the cards, a card's days, or
 // anything else.
 enum class Elements : std::uint8_t { Cards, Days, Other };
+
+class CellObject;
 
 class CellEnumerator final : public Enumerator {
  public:
@@ -234,14 +250,20 @@ class CellEnumerator final : public Enumerator {
     } else if (elements_ == Elements::Days) {
       trail.day = next_ - first_;
     }
-    element = to_variant(store_, store_->cells[next_++]);
+    element = Variant();  // lets go of the element handed out before
+    element = next_object(store_->cells[next_++]);
     return true;
   }
 
  private:
+  Variant next_object(const Cell& cell);
+
   StoreRef store_;
   std::uint32_t first_, next_, end_;
   Elements elements_;
+  // The object handed out last; once the class has let go of it, the next element
+  // that is an object takes it over instead of a new allocation per card.
+  std::shared_ptr<CellObject> handed_out_;
 };
 
 // An object or an array of the file, as the classes see it.
@@ -266,6 +288,10 @@ class CellObject final : public AutomationObject {
   }
 
   // The top level answers for its "cards" array too: Count and enumeration.
+  // Points the object at another cell of the same file (only while nobody else holds
+  // it: see CellEnumerator).
+  void reset(const Cell& cell) { cell_ = cell; }
+
   const Cell* find(std::string_view property) const {
     if (cell_.kind != Kind::Object) return nullptr;
     ReadTrail& trail = store_->trail;
@@ -280,9 +306,16 @@ class CellObject final : public AutomationObject {
     }
     const Cell* begin = store_->cells.data() + cell_.span.first;
     const Cell* end = begin + cell_.span.count;
-    if (exact != Store::kNone)
-      for (const Cell* c = begin; c != end; ++c)
-        if (c->key == exact) return c;
+    if (exact != Store::kNone) {
+      std::uint32_t& hint = store_->position_hint(exact);
+      if (hint < cell_.span.count && begin[hint].key == exact) return begin + hint;
+      for (const Cell* c = begin; c != end; ++c) {
+        if (c->key == exact) {
+          hint = static_cast<std::uint32_t>(c - begin);
+          return c;
+        }
+      }
+    }
     for (const Cell* c = begin; c != end; ++c)
       if (store_->folded_of(c->key) == fold_id) return c;
     return nullptr;
@@ -292,6 +325,15 @@ class CellObject final : public AutomationObject {
   StoreRef store_;
   Cell cell_;
 };
+
+Variant CellEnumerator::next_object(const Cell& cell) {
+  if (cell.kind != Kind::Object) return to_variant(store_, cell);
+  if (handed_out_ && handed_out_.use_count() == 1)
+    handed_out_->reset(cell);
+  else
+    handed_out_ = std::make_shared<CellObject>(store_, cell);
+  return Variant(ObjectRef(handed_out_));
+}
 
 // The time-card collection: the top-level object, enumerating its cards.
 class CardCollection final : public AutomationObject {
@@ -370,7 +412,10 @@ struct Where {
 
 class Loader {
  public:
-  Loader(std::string_view json, std::string name) : json_(json), name_(std::move(name)) {
+  // `mapped`: `json` is a private read-only mapping of the file, whose pages the
+  // loader gives back as soon as it has turned them into cells.
+  Loader(std::string_view json, std::string name, bool mapped = false)
+      : json_(json), name_(std::move(name)), mapped_(mapped) {
     store_ = std::make_shared<Store>();
     // Reserved, not touched: pages are taken only as cells are written, and the
     // arrays never move while they grow.
@@ -438,6 +483,7 @@ class Loader {
         return;
       }
       convert_cards(json_.substr(piece_start, comma - piece_start), count, card_cells);
+      release_before(comma);
       piece_start = comma + 1;
       count = 1;
     });
@@ -644,14 +690,31 @@ class Loader {
         const simdjson::dom::object object = value.get_object().value_unsafe();
         const std::uint32_t first = reserve_run(object.size());
         std::uint32_t at = first;
+        // Objects at the same depth (the cards, their days) repeat the same names in
+        // the same order: the key the previous one had at this place is tried first.
+        // (Looked up afresh for every field: a nested object may add a depth.)
+        const std::size_t depth = depth_++;
+        if (depth >= keys_by_depth_.size()) keys_by_depth_.resize(depth + 1);
         for (auto field : object) {
-          const std::uint32_t field_key = store_->key_id(field.key);
+          std::vector<std::uint32_t>& expected = keys_by_depth_[depth];
+          const std::size_t place = at - first;
+          std::uint32_t field_key = Store::kNone;
+          if (place < expected.size() && store_->name_of(expected[place]) == field.key) {
+            field_key = expected[place];
+          } else {
+            field_key = store_->key_id(field.key);
+            if (place < expected.size())
+              expected[place] = field_key;
+            else
+              expected.push_back(field_key);
+          }
           if (store_->is_days_key(field_key) && !field.value.is_array())
             fail(name_, where.text(*store_) + ".Days", "expected an array of days");
           Cell member = convert(field.value, field_key, where);
           member.key = field_key;
           store_->cells[at++] = member;
         }
+        --depth_;
         cell.kind = Kind::Object;
         cell.span = {first, at - first};
         break;
@@ -689,6 +752,25 @@ class Loader {
     cell.span.count = static_cast<std::uint32_t>(run.size());
     std::copy(run.begin(), run.end(), store_->cells.begin() + cell.span.first);
     return cell;
+  }
+
+  // The file's pages before `offset` are read and converted: a mapped file gives them
+  // back, so that the input's pages and the cards made from them are never all in
+  // memory at once. (Read again, as for an error message, they come back from the
+  // file unchanged.)
+  void release_before(std::size_t offset) {
+#if ZORVAT_HAVE_MMAP
+    if (!mapped_) return;
+    static const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t whole_pages = offset / page * page;
+    if (whole_pages > released_) {
+      ::madvise(const_cast<char*>(json_.data()) + released_, whole_pages - released_,
+                MADV_DONTNEED);
+      released_ = whole_pages;
+    }
+#else
+    static_cast<void>(offset);
+#endif
   }
 
   std::uint32_t arena_offset(std::size_t length) {
@@ -809,10 +891,14 @@ class Loader {
 
   std::string_view json_;
   std::string name_;
+  bool mapped_ = false;
+  std::size_t released_ = 0;  // bytes of a mapped file given back so far
   std::size_t pos_ = 0;
   std::shared_ptr<Store> store_;
   simdjson::dom::parser parser_;
   std::string buffer_;
+  std::size_t depth_ = 0;
+  std::vector<std::vector<std::uint32_t>> keys_by_depth_;
 };
 
 }  // namespace
@@ -956,7 +1042,7 @@ Variant load_cards_file(const std::string& path) {
     std::size_t size;
     ~Unmap() { ::munmap(address, size); }
   } unmap{mapped, size};
-  return Loader(std::string_view(static_cast<const char*>(mapped), size), path).load();
+  return Loader(std::string_view(static_cast<const char*>(mapped), size), path, true).load();
 #else
   std::FILE* file = std::fopen(path.c_str(), "rb");
   if (file == nullptr) throw cannot_read(std::strerror(errno));

@@ -5,8 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <string>
+#include <vector>
+
+#include "test_folder.h"
 
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
@@ -130,6 +135,80 @@ TEST(JsonCards, EscapesAtEveryOffsetOfABlock) {
     const Variant cards = load_cards_json(document.dump(), "escapes");
     expect_same(cards, document["cards"], "pad " + std::to_string(pad));
   }
+}
+
+TEST(JsonCards, LargeFilesReadFromDiskLoseNoCardAndStillPlaceErrors) {
+  // From disk the file is mapped and its pages given back as they are converted: every
+  // card must still come back, and an error at the very end must still be placed by
+  // line, which means reading the given-back pages again.
+  const auto folder = testing_support::fresh_test_folder("zorvat-json-cards");
+  std::mt19937 random(11);
+  const json document = random_cards(random, 40000);
+  const std::string text = document.dump(1);
+  ASSERT_GT(text.size(), 9u << 20);
+  testing_support::write_file(folder / "large.json", text);
+  const Variant cards = load_cards_file((folder / "large.json").string());
+  EXPECT_EQ(to_long(get_property(cards, "Count")), 40000);
+  expect_same(cards, document["cards"], "cards");
+
+  std::string broken = text;
+  const std::size_t last_bracket = broken.rfind(']');
+  broken.insert(last_bracket, ",}");
+  testing_support::write_file(folder / "broken.json", broken);
+  const auto line =
+      std::count(broken.begin(), broken.begin() + static_cast<long>(last_bracket), '\n') + 1;
+  try {
+    load_cards_file((folder / "broken.json").string());
+    FAIL() << "a broken file was loaded";
+  } catch (const CardsFileError& error) {
+    EXPECT_NE(std::string(error.what()).find("line " + std::to_string(line) + ","),
+              std::string::npos)
+        << error.what();
+  }
+}
+
+TEST(JsonCards, FieldsAreFoundByNameWhateverTheirOrderFromCardToCard) {
+  // The reader guesses that a card lists its fields where the card before did; cards
+  // that change the order, lack a field, or spell it in another case must still be
+  // read by name.
+  const Variant cards = load_cards_json(
+      R"({"cards": [{"A": 1, "B": 2, "C": 3}, {"C": 30, "A": 10}, {"B": 200, "A": 100, "C": 300},
+                    {"a": 1000, "b": 2000, "c": 3000}, {"C": 4, "B": 5, "A": 6, "Days": [
+                    {"A": 7, "B": 8}, {"B": 9, "A": 10}]}]})",
+      "orders");
+  std::vector<std::string> read;
+  for_each(cards, [&](const Variant& card) {
+    std::string line;
+    for (const char* name : {"A", "B", "C"}) {
+      try {
+        line += std::to_string(to_long(get_property(card, name))) + " ";
+      } catch (const Error& error) {
+        line += "#" + std::to_string(error.number()) + " ";
+      }
+    }
+    read.push_back(line);
+  });
+  EXPECT_EQ(read, (std::vector<std::string>{"1 2 3 ", "10 #438 30 ", "100 200 300 ",
+                                            "1000 2000 3000 ", "6 5 4 "}));
+}
+
+TEST(JsonCards, ACardKeptByTheClassKeepsItsValuesWhileTheOthersAreRead) {
+  const Variant cards = load_cards_json(
+      R"({"cards": [{"ExportID": "first", "REG": 1}, {"ExportID": "second", "REG": 2},
+                    {"ExportID": "third", "REG": 3}]})",
+      "kept");
+  std::vector<Variant> kept;
+  std::vector<std::string> seen;
+  for_each(cards, [&](const Variant& card) {
+    seen.push_back(to_text(get_property(card, "ExportID")));
+    if (seen.size() != 2) kept.push_back(card);  // the second is let go
+  });
+  EXPECT_EQ(seen, (std::vector<std::string>{"first", "second", "third"}));
+  ASSERT_EQ(kept.size(), 2u);
+  EXPECT_EQ(to_text(get_property(kept[0], "ExportID")), "first");
+  EXPECT_EQ(to_long(get_property(kept[0], "REG")), 1);
+  EXPECT_EQ(to_text(get_property(kept[1], "ExportID")), "third");
+  EXPECT_EQ(to_long(get_property(kept[1], "REG")), 3);
 }
 
 TEST(JsonCards, MalformedArraysAreRejected) {
