@@ -7,7 +7,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 
 #include "zorvat/error.h"
 #include "zorvat/text.h"
@@ -500,10 +499,15 @@ void render_number(std::string& out, const Section& section, double value, bool 
   }
 }
 
+// A date or time part: its digits, zero-padded to `width`.
 void append_number(std::string& out, int width, int value) {
-  char buffer[16];
-  std::snprintf(buffer, sizeof buffer, "%0*d", width, value);
-  out += buffer;
+  char digits[16];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+  const bool negative = value < 0;
+  if (negative) out.push_back('-');
+  char* first = digits + (negative ? 1 : 0);
+  for (auto length = end - first; length < width - (negative ? 1 : 0); ++length) out.push_back('0');
+  out.append(first, end);
 }
 
 constexpr std::array<const char*, 12> kMonthNames = {

@@ -149,6 +149,13 @@ NumericParse parse_numeric(std::string_view text) {
 
 std::string general_number_text(double value) {
   if (value == 0.0) return "0";
+  // Whole numbers of up to 15 digits (counters, minutes, codes) are their digits.
+  if (std::fabs(value) < 1e15 && value == std::trunc(value)) {
+    char digits[24];
+    const auto end =
+        std::to_chars(digits, digits + sizeof digits, static_cast<std::int64_t>(value));
+    return std::string(digits, end.ptr);
+  }
   char buffer[40];
   std::snprintf(buffer, sizeof buffer, "%.15G", value);
   return buffer;

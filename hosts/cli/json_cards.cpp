@@ -156,13 +156,21 @@ class Store {
     // The classes ask for the same few names over and over, by the same constants:
     // the answers are remembered by the name's address and confirmed by its text.
     // (Objects run on one thread, the host's, so the cache needs no lock.)
+    // Each address has four neighbouring slots to be remembered in, so that two names
+    // whose addresses meet in one slot do not push each other out at every card.
     const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(name.data()));
-    auto& slot = cache_[(address * 0x9E3779B97F4A7C15ULL) >> 58];
-    if (slot.data == name.data() && same_short_text(slot.text, name)) {
-      exact = slot.exact;
-      fold_id = slot.fold_id;
-      return slot.known;
+    const std::size_t home = (address * 0x9E3779B97F4A7C15ULL) >> 56;
+    CacheSlot* free_slot = nullptr;
+    for (std::size_t way = 0; way < 4; ++way) {
+      CacheSlot& candidate = cache_[(home + way) % cache_.size()];
+      if (candidate.data == name.data() && same_short_text(candidate.text, name)) {
+        exact = candidate.exact;
+        fold_id = candidate.fold_id;
+        return candidate.known;
+      }
+      if (free_slot == nullptr && candidate.data == nullptr) free_slot = &candidate;
     }
+    CacheSlot& slot = free_slot != nullptr ? *free_slot : cache_[home];
     exact = kNone;
     fold_id = kNone;
     if (auto found = ids_.find(name); found != ids_.end()) {
@@ -217,7 +225,7 @@ class Store {
     std::uint32_t fold_id = kNone;
     bool known = false;
   };
-  mutable std::array<CacheSlot, 64> cache_{};
+  mutable std::array<CacheSlot, 256> cache_{};
 };
 using StoreRef = std::shared_ptr<const Store>;
 

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <limits>
+#include <vector>
 
 #include "zorvat/error.h"
 
@@ -128,6 +130,38 @@ TEST(Variant, IsNumericFollowsTheClassicTest) {
   EXPECT_FALSE(is_numeric(Variant(".")));
   EXPECT_FALSE(is_numeric(Variant::null()));
   EXPECT_FALSE(is_numeric(Variant(Date{1.0})));
+}
+
+// Whole numbers are written from their digits without the C library's general
+// conversion; the text must be the one that conversion gives ("%.15G"), up to the
+// last whole number it writes without an exponent, and from there on in exponent form.
+TEST(GeneralNumberText, WholeNumbersAreTheirDigitsUpToFifteen) {
+  std::vector<double> values = {1,
+                                -1,
+                                7,
+                                10,
+                                -10,
+                                100,
+                                2147483647,
+                                -2147483648.0,
+                                4294967296.0,
+                                1e14,
+                                -1e14,
+                                999999999999999.0,
+                                -999999999999999.0,
+                                1e15,
+                                -1e15,
+                                1234567890123456.0,
+                                1e20};
+  for (double v = 1; v < 1e15; v = v * 3 + 1) values.push_back(v);
+  for (double value : values) {
+    char expected[40];
+    std::snprintf(expected, sizeof expected, "%.15G", value);
+    EXPECT_EQ(general_number_text(value), expected) << value;
+  }
+  EXPECT_EQ(general_number_text(1e15), "1E+15");
+  EXPECT_EQ(general_number_text(-123.0), "-123");
+  EXPECT_EQ(general_number_text(0.0), "0");
 }
 
 }  // namespace
