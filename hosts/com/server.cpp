@@ -278,17 +278,33 @@ HRESULT register_classes(ITypeLib* library, const std::wstring& path) {
   return S_OK;
 }
 
+// Whether the other registry view (the 32-bit one seen from a 64-bit process, and the
+// other way round) still registers a server for `clsid`: the 32- and 64-bit DLLs
+// register the same classes, each in its own view.
+bool other_view_serves(const std::wstring& clsid) {
+  const REGSAM other_view = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+  unique_hkey handle;
+  const std::wstring key = L"CLSID\\" + clsid + L"\\InprocServer32";
+  return RegOpenKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, KEY_READ | other_view, handle.put()) ==
+         ERROR_SUCCESS;
+}
+
+// Removes what register_classes wrote. The CLSID keys belong to this DLL's view; a
+// ProgID key may be shared by both views (as Windows shares HKCR\<ProgID>), so it stays
+// while the other view's DLL still serves the class. On 32-bit Windows the view flag
+// is ignored, the check finds the CLSID just removed gone, and the ProgID goes too.
 HRESULT unregister_classes(ITypeLib* library) {
   std::vector<CoClass> classes;
   const HRESULT hr = library_classes(library, classes);
   if (FAILED(hr)) return hr;
   LSTATUS result = ERROR_SUCCESS;
   for (const CoClass& coclass : classes) {
-    for (const std::wstring& key :
-         {L"zorvat." + coclass.name, L"CLSID\\" + guid_text(coclass.clsid)}) {
-      const LSTATUS status = delete_tree(key);
-      if (status != ERROR_SUCCESS) result = status;
-    }
+    const std::wstring clsid = guid_text(coclass.clsid);
+    LSTATUS status = delete_tree(L"CLSID\\" + clsid);
+    if (status != ERROR_SUCCESS) result = status;
+    if (other_view_serves(clsid)) continue;
+    status = delete_tree(L"zorvat." + coclass.name);
+    if (status != ERROR_SUCCESS) result = status;
   }
   return HRESULT_FROM_WIN32(static_cast<DWORD>(result));
 }

@@ -201,7 +201,7 @@ run_architecture() {
   done <<<"$script_output"
   grep -q '^done' <<<"$script_output" || fail "$arch: the VBScript test did not finish: $script_output"
 
-  if [[ $arch == x86_64 ]] && ((bench)); then
+  if ((bench)); then
     local figures
     figures=$(timeout 300 "$wine" "$host" "--dll=$dll_windows" "--work=$work" --bench 2>&1)
     echo "$figures" | grep '^bench:' | sed "s/^/  [$arch] /"
@@ -209,7 +209,7 @@ run_architecture() {
     rate=$(grep -oE '^bench: [0-9]+ cards/s' <<<"$figures" | grep -oE '[0-9]+' | head -n 1)
     if [[ -n $rate ]]; then
       pass "$arch: benchmark ran (100000-card Generic export through COM: $rate cards/s)"
-      ((rate >= 200000)) || echo "  [$arch] note: below the target of 200000 cards/s on this run"
+      ((rate >= 500000)) || echo "  [$arch] note: below the target of 500000 cards/s on this run"
     else
       fail "$arch: benchmark did not complete"
     fi
@@ -224,8 +224,56 @@ run_architecture x86_64 "$wine64" "$dll64" "$host64"
 if [[ -n $wine32 ]]; then
   run_architecture i686 "$wine32" "$dll32" "$host32"
 else
-  skip "i686: wine32 is not installed on this machine, so the 32-bit zorvat.dll (built and" \
-    "import-checked above) could not be run under Wine"
+  # The shipping DLL is the 32-bit one: not running it is a failure, never a pass.
+  fail "i686: 32-bit Wine (/usr/lib/wine/wine, package wine32:i386) is missing after" \
+    "scripts/install-deps.sh windows, so the shipping 32-bit zorvat.dll could not be run"
+fi
+
+# --- Registry views -------------------------------------------------------------------
+# The two DLLs register the same CLSIDs, each in its own view of the registry: a 32-bit
+# client finds the 32-bit DLL and never the 64-bit one, and the other way round. Both
+# can be registered side by side, and unregistering one leaves the other working.
+# Arguments: the step, then "32 yes|no" and "64 yes|no" for whether each client must
+# create zorvat.Generic (the 32-bit and the 64-bit cscript).
+creates() {
+  local label=$1 expect32=$2 expect64=$3 output client wine system expect
+  for client in 32 64; do
+    if [[ $client == 32 ]]; then
+      wine=$wine32 system='C:\windows\syswow64' expect=$expect32
+    else
+      wine=$wine64 system='C:\windows\system32' expect=$expect64
+    fi
+    output=$(timeout 120 "$wine" "$system\\cscript.exe" //nologo \
+      "$(windows_path "$source_dir/hosts/com/tests/create_class.vbs")" zorvat.Generic 2>&1 | tr -d '\r')
+    if [[ $expect == yes && $output == "created zorvat.Generic" ]]; then
+      pass "registry views, $label: the $client-bit client creates zorvat.Generic"
+    elif [[ $expect == no && $output == "not created zorvat.Generic: Err 429: "* ]]; then
+      pass "registry views, $label: the $client-bit client cannot create zorvat.Generic (429)"
+    else
+      local wanted="created"
+      [[ $expect == no ]] && wanted="Err 429"
+      fail "registry views, $label: the $client-bit client: expected $wanted, got: $output"
+    fi
+  done
+}
+if [[ -n $wine32 && -f $dll32 && -f $dll64 ]]; then
+  regsvr() { timeout 120 "$1" "$2\\regsvr32.exe" /s "${@:3}" >/dev/null 2>&1; }
+  regsvr "$wine64" 'C:\windows\system32' "$(windows_path "$dll64")"
+  creates "64-bit DLL registered alone" no yes
+  regsvr "$wine64" 'C:\windows\system32' /u "$(windows_path "$dll64")"
+  regsvr "$wine32" 'C:\windows\syswow64' "$(windows_path "$dll32")"
+  creates "32-bit DLL registered alone" yes no
+  regsvr "$wine64" 'C:\windows\system32' "$(windows_path "$dll64")"
+  creates "both registered side by side" yes yes
+  regsvr "$wine64" 'C:\windows\system32' /u "$(windows_path "$dll64")"
+  creates "64-bit DLL unregistered, 32-bit kept" yes no
+  regsvr "$wine64" 'C:\windows\system32' "$(windows_path "$dll64")"
+  regsvr "$wine32" 'C:\windows\syswow64' /u "$(windows_path "$dll32")"
+  creates "32-bit DLL unregistered, 64-bit kept" no yes
+  regsvr "$wine64" 'C:\windows\system32' /u "$(windows_path "$dll64")"
+  creates "both unregistered" no no
+else
+  fail "registry views: needs both DLLs and 32-bit Wine"
 fi
 
 # --- The forms on a screen ------------------------------------------------------------
@@ -288,6 +336,8 @@ run_form_tests() {
 run_form_tests x86_64 "$wine64" "$build_root/mingw-x64/hosts/com/tests/zorvat_form_tests.exe"
 if [[ -n $wine32 ]]; then
   run_form_tests i686 "$wine32" "$build_root/mingw-x86/hosts/com/tests/zorvat_form_tests.exe"
+else
+  fail "i686: the forms could not be shown: 32-bit Wine is missing"
 fi
 
 timeout 60 wineserver -w
