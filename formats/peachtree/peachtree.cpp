@@ -1,6 +1,7 @@
 #include "peachtree/peachtree.h"
 
 #include <limits>
+#include <optional>
 
 #include "peachtree/peachtree_form.h"
 #include "zorvat/automation.h"
@@ -117,16 +118,22 @@ void Peachtree::OutputHeader(std::string& output) {
 
 void Peachtree::EmployeeRecord(SettingsFields& fields, const Variant& card, std::string& output) {
   guarded(kEmployeeRecordSource, [&] {
+    // The card's ID and a day's date are read at the day's first ticket, as a card or
+    // day without tickets never reads them, and kept for the tickets after it.
+    std::optional<std::string> recorded_by_of_card;
     for_each(get_property(card, "Days"), [&](const Variant& day) {
       // A day without worked time yields no ticket, whatever its categories hold.
       if (to_double(get_property(day, "Hours")) == 0) return;
+      std::optional<Date> date_of_day;
       for (std::size_t type = 0; type < kHourTypes; ++type) {
         const Variant minutes = get_property(day, kHourProperties[type]);
         // Negative minutes are time too: only zero writes nothing.
         if (to_double(minutes) == 0) continue;
-        const std::string recorded_by = to_text(get_property(card, "ExportID"));
+        if (!recorded_by_of_card) recorded_by_of_card = to_text(get_property(card, "ExportID"));
+        const std::string& recorded_by = *recorded_by_of_card;
         const std::int32_t ticket_number = to_long(Variant(fields.at(kBatchSequence)));
-        const Date ticket_date = to_date(get_property(day, "DayDate"));
+        if (!date_of_day) date_of_day = to_date(get_property(day, "DayDate"));
+        const Date ticket_date = *date_of_day;
         const std::string& activity_item = fields.at(kPayItemCodeReg + type);
         const std::int32_t pay_level = to_long(Variant(fields.at(kPayLevelReg + type)));
         DataRecord(output, recorded_by, ticket_number, ticket_date, activity_item, pay_level,

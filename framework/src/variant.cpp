@@ -1,5 +1,6 @@
 #include "zorvat/variant.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -87,6 +88,14 @@ std::string_view type_name(Variant::Type type) {
 }
 
 NumericParse parse_numeric(std::string_view text) {
+  // Plain digits (a counter, a pay level, a minute count in text) are the common case
+  // and are their value; up to 15 of them are exact in a double.
+  if (!text.empty() && text.size() <= 15 &&
+      std::all_of(text.begin(), text.end(), [](char c) { return is_digit(c); })) {
+    std::int64_t value = 0;
+    for (char c : text) value = value * 10 + (c - '0');
+    return {NumericParse::Status::Ok, static_cast<double>(value)};
+  }
   text = trim_blanks(text);
   if (text.size() > 2 && text[0] == '&') {
     if (text[1] == 'H' || text[1] == 'h') return parse_radix(text.substr(2), 16);

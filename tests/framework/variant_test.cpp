@@ -164,5 +164,18 @@ TEST(GeneralNumberText, WholeNumbersAreTheirDigitsUpToFifteen) {
   EXPECT_EQ(general_number_text(0.0), "0");
 }
 
+// Text of plain digits is read without the general parser; a blank in front sends the
+// same digits through it, and both must give the same number.
+TEST(ParseNumeric, PlainDigitsReadAsTheGeneralParserReadsThem) {
+  for (const char* digits : {"0", "7", "007", "17", "46655", "2147483648", "123456789012345",
+                             "999999999999999", "1234567890123456", "99999999999999999999"}) {
+    const NumericParse plain = parse_numeric(digits);
+    const NumericParse general = parse_numeric(std::string(" ") + digits);
+    EXPECT_EQ(plain.status, NumericParse::Status::Ok) << digits;
+    EXPECT_EQ(plain.status, general.status) << digits;
+    EXPECT_EQ(plain.value, general.value) << digits;
+  }
+}
+
 }  // namespace
 }  // namespace zorvat
