@@ -25,6 +25,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -124,6 +125,18 @@ const fs::path& cards_file(int n, bool days) {
   return path;
 }
 
+// What the summary at the end of the run shows, per layout: the largest run of each.
+struct Figures {
+  int core_cards = 0;
+  double core_us_per_card = 0;
+  int end_to_end_cards = 0;
+  double end_to_end_ms = 0, floor_ms = 0, peak_mib = 0, in_out_mib = 0;
+};
+std::map<std::string, Figures>& summary() {
+  static std::map<std::string, Figures> figures;
+  return figures;
+}
+
 // --- The class alone --------------------------------------------------------------
 
 struct SaveTo final : UiServices {
@@ -142,12 +155,20 @@ struct Today final : Clock {
   Date today() const override { return Date::from_civil(2004, 3, 8); }
 };
 
+// CPU seconds of this thread so far.
+double thread_cpu_seconds() {
+  timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
 void BM_Core(benchmark::State& state, const Layout& layout) {
   const int n = static_cast<int>(state.range(0));
   const Variant cards = cli::load_cards_file(cards_file(n, layout.days).string());
   SaveTo ui;
   KeepInMemory files;
   Today today;
+  const double cpu_start = thread_cpu_seconds();
   for (auto _ : state) {
     auto export_class = formats::builtin_formats().create(layout.class_name, {ui, files, today});
     export_class->Title = layout.title;
@@ -160,6 +181,13 @@ void BM_Core(benchmark::State& state, const Layout& layout) {
       benchmark::Counter(static_cast<double>(state.iterations()) * n * 1e-6,
                          benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
   state.SetComplexityN(n);
+  Figures& figures = summary()[layout.label];
+  if (n >= figures.core_cards && state.iterations() > 0) {
+    figures.core_cards = n;
+    figures.core_us_per_card = (thread_cpu_seconds() - cpu_start) /
+                               static_cast<double>(state.iterations()) / static_cast<double>(n) *
+                               1e6;
+  }
 }
 
 // --- The command, end to end --------------------------------------------------------
@@ -260,6 +288,14 @@ void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
   state.SetItemsProcessed(state.iterations() * n);
   state.SetComplexityN(n);
   fs::remove(output);
+  Figures& figures = summary()[layout.label];
+  if (n >= figures.end_to_end_cards) {
+    figures.end_to_end_cards = n;
+    figures.end_to_end_ms = export_seconds / runs * 1e3;
+    figures.floor_ms = floor_seconds / runs * 1e3;
+    figures.peak_mib = peak;
+    figures.in_out_mib = in_out_mib;
+  }
 }
 
 // Every end-to-end run is registered, and so runs, before any class-alone run: a child
@@ -284,6 +320,28 @@ const bool registered = [] {
   return true;
 }();
 
+// One line per layout after the run: the largest end-to-end run against the I/O floor
+// of the same run, the class alone per card, and peak memory against input + output.
+void print_summary() {
+  if (summary().empty()) return;
+  std::printf("\n%-13s %9s %10s %9s %7s %9s %9s %8s %8s %9s\n", "layout", "cards", "export ms",
+              "floor ms", "x floor", "peak MiB", "in+out", "x in+out", "cards", "core us");
+  for (const auto& [label, f] : summary()) {
+    std::printf("%-13s %9d %10.0f %9.0f %7.2f %9.0f %9.0f %8.2f %8d %9.3f\n", label.c_str(),
+                f.end_to_end_cards, f.end_to_end_ms, f.floor_ms,
+                f.floor_ms > 0 ? f.end_to_end_ms / f.floor_ms : 0.0, f.peak_mib, f.in_out_mib,
+                f.in_out_mib > 0 ? f.peak_mib / f.in_out_mib : 0.0, f.core_cards,
+                f.core_us_per_card);
+  }
+}
+
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  print_summary();
+  return 0;
+}
