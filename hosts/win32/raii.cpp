@@ -1,6 +1,6 @@
 #include "raii.h"
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 
 std::string to_utf8(const wchar_t* text, std::size_t length) {
   if (text == nullptr || length == 0) return {};
@@ -29,4 +29,4 @@ BSTR make_bstr(std::string_view text) {
   return result;
 }
 
-}  // namespace zorvat::com
+}  // namespace zorvat::win32

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <utility>
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 
 using Microsoft::WRL::ComPtr;
 
@@ -138,4 +138,4 @@ std::wstring to_wide(std::string_view text);
 // A new BSTR holding `text`; null (and E_OUTOFMEMORY to a caller) only when memory runs out.
 BSTR make_bstr(std::string_view text);
 
-}  // namespace zorvat::com
+}  // namespace zorvat::win32

@@ -9,11 +9,10 @@
 #include <algorithm>
 #include <string>
 
-#include "qbfc_session.h"
 #include "raii.h"
 #include "zorvat/error.h"
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 namespace {
 
 // The common dialog keeps the chosen path in this buffer; paths may be long.
@@ -110,7 +109,8 @@ int show_message(const MessageBoxRequest& request, UINT buttons) {
   return MessageBoxW(owner_window(), text.c_str(), title.c_str(), style);
 }
 
-// The module this code is linked into: zorvat.dll in the server.
+// The module this code is linked into: zorvat.dll in the server, zorvat.exe on the
+// command line.
 HMODULE this_module() {
   HMODULE module = nullptr;
   GetModuleHandleExW(
@@ -370,15 +370,4 @@ Date Win32Clock::today() const {
   return Date::from_civil(now.wYear, now.wMonth, now.wDay);
 }
 
-namespace {
-Win32Ui server_ui;
-Win32FileSystem server_file_system;
-SafeOutputFiles server_files(server_file_system);
-const Win32Clock server_clock;
-}  // namespace
-
-ExportContext server_context() {
-  return {server_ui, server_files, server_clock, &server_session_factory()};
-}
-
-}  // namespace zorvat::com
+}  // namespace zorvat::win32

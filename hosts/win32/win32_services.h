@@ -1,6 +1,7 @@
 // The services the export classes ask of the machine, on Windows: the common Save
-// dialog, modal message boxes and WinHelp for the user; the safe file step over the
-// Win32 file system; the local date as today.
+// dialog, modal message boxes, WinHelp and the setup forms for the user; the safe file
+// step over the Win32 file system; the local date as today. Every Windows host (the COM
+// server, the command line) shows the same dialogs and writes through the same step.
 #pragma once
 
 #include <map>
@@ -9,7 +10,7 @@
 #include "zorvat/file_step.h"
 #include "zorvat/ui_services.h"
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 
 // The caption of a message box whose class gives none: the component's own name.
 inline constexpr wchar_t kDefaultCaption[] = L"zorvat";
@@ -61,7 +62,4 @@ class Win32Clock final : public Clock {
   Date today() const override;
 };
 
-// The services every object of this server is created with.
-ExportContext server_context();
-
-}  // namespace zorvat::com
+}  // namespace zorvat::win32
