@@ -3,7 +3,8 @@
 # in a fresh Wine prefix: its imports (only Windows system DLLs, the C++ runtime linked
 # in), the whole conformance corpus (exit status, report and the written bytes), a cards
 # file with a UTF-8 byte-order mark, drive-letter, backslash and relative paths, the
-# safe file step over existing and read-only files, and on a console the Windows Save
+# safe file step over existing and read-only files, reconcile and export --check, QB2000
+# against the simulated company, and on a console the Windows Save
 # dialog and the setup forms worked as a user does (zorvat_cli_tests.exe starts
 # zorvat.exe on its console and drives its windows). With Xvfb installed, the console
 # tests run on an X display with Wine's X11 driver; otherwise under the null driver.
