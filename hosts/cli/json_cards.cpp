@@ -418,12 +418,22 @@ struct Where {
   }
 };
 
+// Windows editors (Notepad among them) start a UTF-8 file with a byte-order mark; the
+// JSON is what follows it.
+std::string_view without_byte_order_mark(std::string_view json) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  return json.substr(0, kMark.size()) == kMark ? json.substr(kMark.size()) : json;
+}
+
 class Loader {
  public:
   // `mapped`: `json` is a private read-only mapping of the file, whose pages the
   // loader gives back as soon as it has turned them into cells.
   Loader(std::string_view json, std::string name, bool mapped = false)
-      : json_(json), name_(std::move(name)), mapped_(mapped) {
+      : json_(without_byte_order_mark(json)),
+        name_(std::move(name)),
+        mapped_(mapped),
+        mapping_(json.data()) {
     store_ = std::make_shared<Store>();
     // Reserved, not touched: pages are taken only as cells are written, and the
     // arrays never move while they grow.
@@ -769,11 +779,13 @@ class Loader {
   void release_before(std::size_t offset) {
 #if ZORVAT_HAVE_MMAP
     if (!mapped_) return;
+    // Offsets count from the JSON text, which a byte-order mark puts past the start of
+    // the mapping; pages count from the mapping.
     static const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
-    const std::size_t whole_pages = offset / page * page;
+    const auto from_mapping = static_cast<std::size_t>(json_.data() - mapping_) + offset;
+    const std::size_t whole_pages = from_mapping / page * page;
     if (whole_pages > released_) {
-      ::madvise(const_cast<char*>(json_.data()) + released_, whole_pages - released_,
-                MADV_DONTNEED);
+      ::madvise(const_cast<char*>(mapping_) + released_, whole_pages - released_, MADV_DONTNEED);
       released_ = whole_pages;
     }
 #else
@@ -900,7 +912,8 @@ class Loader {
   std::string_view json_;
   std::string name_;
   bool mapped_ = false;
-  std::size_t released_ = 0;  // bytes of a mapped file given back so far
+  const char* mapping_ = nullptr;  // the start of a mapped file
+  std::size_t released_ = 0;       // bytes of a mapped file given back so far
   std::size_t pos_ = 0;
   std::shared_ptr<Store> store_;
   simdjson::dom::parser parser_;

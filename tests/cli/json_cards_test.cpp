@@ -146,10 +146,13 @@ TEST(JsonCards, LargeFilesReadFromDiskLoseNoCardAndStillPlaceErrors) {
   const json document = random_cards(random, 40000);
   const std::string text = document.dump(1);
   ASSERT_GT(text.size(), 9u << 20);
-  testing_support::write_file(folder / "large.json", text);
-  const Variant cards = load_cards_file((folder / "large.json").string());
-  EXPECT_EQ(to_long(get_property(cards, "Count")), 40000);
-  expect_same(cards, document["cards"], "cards");
+  // With a byte-order mark the text starts three bytes into the first page.
+  for (const std::string mark : {"", "\xEF\xBB\xBF"}) {
+    testing_support::write_file(folder / "large.json", mark + text);
+    const Variant cards = load_cards_file((folder / "large.json").string());
+    EXPECT_EQ(to_long(get_property(cards, "Count")), 40000);
+    expect_same(cards, document["cards"], "cards");
+  }
 
   std::string broken = text;
   const std::size_t last_bracket = broken.rfind(']');
@@ -219,6 +222,17 @@ TEST(JsonCards, MalformedArraysAreRejected) {
   }
   EXPECT_EQ(to_long(get_property(load_cards_json("{\"cards\": [ ]}", "empty"), "Count")), 0);
   EXPECT_EQ(to_long(get_property(load_cards_json("{\"cards\":[]}", "empty"), "Count")), 0);
+}
+
+TEST(JsonCards, AByteOrderMarkBeforeTheDocumentIsSkipped) {
+  // As Notepad saves UTF-8: EF BB BF, then the JSON.
+  const Variant cards = load_cards_json(
+      "\xEF\xBB\xBF{\"PeriodEnd\": \"2004-03-06\", \"cards\": [{\"ExportID\": \"E1\"}]}",
+      "bom.json");
+  EXPECT_EQ(to_long(get_property(cards, "Count")), 1);
+  EXPECT_EQ(to_date(get_property(cards, "PeriodEnd")), Date::from_civil(2004, 3, 6));
+  // Only at the start: the same bytes anywhere else are not blank space.
+  EXPECT_THROW(load_cards_json("{\"cards\": \xEF\xBB\xBF[]}", "inside.json"), CardsFileError);
 }
 
 TEST(JsonCards, NumbersOutOfRangeAreRefusedWithAMessage) {
