@@ -38,8 +38,13 @@ class FormatPattern {
 
   std::string_view pattern() const { return pattern_; }
 
+  // The same text as append_to(out, value), always taken through the general decimal
+  // path: what the tests hold the fixed-point fast path to.
+  std::string without_fast_path(double value) const;
+
  private:
   struct Tokens;
+  void append_double(std::string& out, double value, bool fast) const;
   std::string pattern_;
   std::unique_ptr<Tokens> tokens_;
 };
