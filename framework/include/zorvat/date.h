@@ -37,7 +37,7 @@ std::optional<Date> parse_iso_date(std::string_view text);
 
 // A date as the classic conversion to text writes it (US English): "M/D/YYYY
 // h:mm:ss AM", the date alone when there is no time of day, the time alone on day 0
-// (30 December 1899).
+// (30 December 1899). A serial outside the years 100 to 9999 raises 6 (Overflow).
 std::string general_date_text(Date date);
 
 // Dates the way a user types them: ISO "YYYY-MM-DD" or "M/D/YY", "M/D/YYYY".
