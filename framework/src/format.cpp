@@ -71,8 +71,8 @@ struct Section {
   int percent = 0;        // each "%" multiplies by 100
   bool scientific = false;
   int exponent_forced = 0;
-  // The fixed-point fast path applies: plain digits and a point, no grouping,
-  // scaling, percent or exponent.
+  // The fixed-point fast path applies: digits, a point and grouping; no scaling,
+  // percent or exponent.
   bool plain = false;
   // Date sections: hours on the 12-hour clock (an AM/PM marker is present).
   bool twelve_hour = false;
@@ -270,8 +270,7 @@ Section parse_number_section(std::string_view pattern) {
     }
   }
   if (first_forced_whole >= 0) section.whole_forced = section.whole_places - first_forced_whole;
-  section.plain =
-      !section.grouping && section.scale == 0 && section.percent == 0 && !section.scientific;
+  section.plain = section.scale == 0 && section.percent == 0 && !section.scientific;
   return section;
 }
 
@@ -341,17 +340,12 @@ Section parse_date_section(std::string_view pattern) {
           break;
         default:  // 't': only "ttttt", the long time
           if (run != 5) refuse();
-          token.kind = Tok::Hour;  // replaced below
           break;
       }
       i += run - 1;
-      if (l == 't') {
-        // h:mm:ss AM/PM
+      if (l == 't') {  // ttttt: the long time, h:mm:ss AM/PM
         section.twelve_hour = true;
-        Token hour;
-        hour.kind = Tok::Hour;
-        hour.width = 1;
-        section.tokens.push_back(hour);
+        section.tokens.push_back(Token{Tok::Hour, 1, Place::Whole, {}});
         section.tokens.push_back(Token{Tok::TimeSeparator, 0, Place::Whole, {}});
         section.tokens.push_back(Token{Tok::Minute, 2, Place::Whole, {}});
         section.tokens.push_back(Token{Tok::TimeSeparator, 0, Place::Whole, {}});

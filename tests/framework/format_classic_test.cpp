@@ -314,8 +314,9 @@ TEST(ClassicFormatFastPath, AgreesWithTheGeneralPath) {
   const std::vector<FormatPattern> patterns = [] {
     std::vector<FormatPattern> list;
     for (const char* pattern :
-         {"0", "00", "000", "0000", "000000", "0000000", "000000000", "00000000000", "##0",
-          "##0.00", "###0.00", "####.00", "#####.00", "0.0", "0.000", "0.0000", "#.####", "##"})
+         {"0",           "00",     "000",    "0000",    "000000",   "0000000",  "000000000",
+          "00000000000", "##0",    "##0.00", "###0.00", "####.00",  "#####.00", "0.0",
+          "0.000",       "0.0000", "#.####", "##",      "#,##0.00", "#,##0"})
       list.emplace_back(pattern);
     return list;
   }();
