@@ -2,6 +2,9 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdio>
+
+#include "zorvat/error.h"
 
 namespace zorvat {
 namespace {
@@ -64,6 +67,27 @@ CivilDate Date::civil() const {
 int Date::seconds_of_day() const {
   const double fraction = std::fabs(serial - std::trunc(serial));
   return static_cast<int>(std::lround(fraction * 86400.0)) % 86400;
+}
+
+std::string general_date_text(Date date) {
+  // Only the automation date range (years 100 to 9999) has a text.
+  if (!(date.serial >= -657434.0 && date.serial < 2958466.0)) raise_runtime(rt::kOverflow);
+  std::string text;
+  if (std::trunc(date.serial) != 0.0) {
+    const CivilDate civil = date.civil();
+    text = std::to_string(civil.month) + "/" + std::to_string(civil.day) + "/" +
+           std::to_string(civil.year);
+  }
+  const int seconds = date.seconds_of_day();
+  if (seconds != 0 || text.empty()) {
+    const int hour = seconds / 3600;
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%s%d:%02d:%02d %s", text.empty() ? "" : " ",
+                  hour % 12 == 0 ? 12 : hour % 12, seconds / 60 % 60, seconds % 60,
+                  hour < 12 ? "AM" : "PM");
+    text += buffer;
+  }
+  return text;
 }
 
 std::optional<Date> parse_iso_date(std::string_view text) {

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 
 #include "zorvat/error.h"
 #include "zorvat/text.h"
@@ -14,7 +15,9 @@
 namespace zorvat {
 namespace {
 
-enum class Kind { Number, Date, Text };
+// What a pattern formats. General is the empty pattern and "General Number", Choice
+// the Yes/No, True/False and On/Off names, GeneralDate "General Date".
+enum class Kind { Number, Date, Text, General, Choice, GeneralDate };
 
 enum class Tok {
   Literal,
@@ -23,16 +26,21 @@ enum class Tok {
   DigitHash,
   DecimalPoint,
   Percent,
+  Exponent,  // E+ E- e+ e-: `literal` holds the letter and the sign
   // date (the count of letters is in `width`)
   Day,
   Month,
   Year,
+  DayOfYear,
   Hour,
   Minute,
   Second,
   Weekday,
+  WeekOfYear,
   Quarter,
-  AmPm,
+  AmPm,        // `literal` holds the written marker ("AM/PM", "a/p")
+  LocaleAmPm,  // AMPM: the locale's markers
+  GeneralDate,
   DateSeparator,
   TimeSeparator,
   // text
@@ -40,32 +48,47 @@ enum class Tok {
   CharOrBlank,    // @
 };
 
+enum class Place : std::uint8_t { Whole, Fraction, Exponent };
+
 struct Token {
   Tok kind = Tok::Literal;
-  int width = 0;          // date letters, e.g. 2 for "mm"
-  std::string literal;    // Literal text; AmPm: the written marker ("AM/PM")
-  bool fraction = false;  // digit placeholder after the decimal point
+  int width = 0;  // date letters, e.g. 2 for "mm"
+  Place place = Place::Whole;
+  std::string literal;  // Literal text; AmPm: the marker; Exponent: "E+" etc.
 };
 
 struct Section {
   std::vector<Token> tokens;
+  bool empty = true;  // nothing was written for this section
   // Number sections: placeholders before and after the point, how many of them are
   // forced (the span from the first "0" before the point, up to the last "0" after).
   int whole_places = 0;
   int whole_forced = 0;
   int fraction_places = 0;
   int fraction_forced = 0;
-  bool thousands = false;
-  bool percent = false;
-  // Only digit placeholders, at least one before the point, and at most a point among
-  // them ("000000000", "###0.00", "0.0"): rendered by the plain path.
+  bool grouping = false;  // a "," between digit placeholders
+  int scale = 0;          // thousands the value is divided by ("0," "0,.00")
+  int percent = 0;        // each "%" multiplies by 100
+  bool scientific = false;
+  int exponent_forced = 0;
+  // The fixed-point fast path applies: digits, a point and grouping; no scaling,
+  // percent or exponent.
   bool plain = false;
+  // Nothing but digit placeholders, at least one before the point, and at most a point
+  // among them ("000000000", "###0.00"): written straight from the scaled number.
+  bool digits_only = false;
   bool has_point = false;
+  // Date sections: hours on the 12-hour clock (an AM/PM marker is present).
+  bool twelve_hour = false;
   // Text sections.
   bool left_to_right = false;
-  int case_mode = 0;  // '<' lower, '>' upper
+  char case_mode = 0;  // '<' lower, '>' upper: the first one written counts
   int text_places = 0;
 };
+
+[[noreturn]] void refuse() {
+  raise_runtime(rt::kInvalidProcedureCall);
+}
 
 // Splits at ";" outside quotes and escapes.
 std::vector<std::string_view> split_sections(std::string_view pattern) {
@@ -87,8 +110,28 @@ std::vector<std::string_view> split_sections(std::string_view pattern) {
   return sections;
 }
 
+bool is_date_letter(char c) {
+  const char l = to_lower_ascii(c);
+  return l == 'd' || l == 'm' || l == 'y' || l == 'h' || l == 'n' || l == 's' || l == 'w' ||
+         l == 'q' || l == 'c' || l == 't';
+}
+
+bool starts_with_nocase(std::string_view text, std::size_t at, std::string_view prefix) {
+  return text.size() - at >= prefix.size() && iequals(text.substr(at, prefix.size()), prefix);
+}
+
+// The length of an AM/PM marker at `i` ("AM/PM", "A/P" in either case, "AMPM"), or 0.
+std::size_t am_pm_length(std::string_view pattern, std::size_t i) {
+  if (starts_with_nocase(pattern, i, "am/pm")) return 5;
+  if (starts_with_nocase(pattern, i, "ampm")) return 4;
+  if (starts_with_nocase(pattern, i, "a/p")) return 3;
+  return 0;
+}
+
+// The first character with a meaning decides what the pattern formats: a digit
+// placeholder, point or percent makes it a number pattern, a date letter, date or time
+// separator or AM/PM marker a date pattern, "@ & < > !" a text pattern.
 Kind classify(std::string_view pattern) {
-  bool text = false, date = false;
   bool quoted = false;
   for (std::size_t i = 0; i < pattern.size(); ++i) {
     const char c = pattern[i];
@@ -101,20 +144,17 @@ Kind classify(std::string_view pattern) {
       ++i;
       continue;
     }
-    if (c == '0' || c == '#') return Kind::Number;
-    if (c == '@' || c == '&') text = true;
-    const char l = to_lower_ascii(c);
-    if (l == 'd' || l == 'm' || l == 'y' || l == 'h' || l == 'n' || l == 's' || l == 'w' ||
-        l == 'q')
-      date = true;
+    if (c == '0' || c == '#' || c == '.' || c == '%') return Kind::Number;
+    if (c == '@' || c == '&' || c == '<' || c == '>' || c == '!') return Kind::Text;
+    if (is_date_letter(c) || c == '/' || c == ':' || am_pm_length(pattern, i) > 0)
+      return Kind::Date;
   }
-  if (text) return Kind::Text;
-  if (date) return Kind::Date;
   return Kind::Number;
 }
 
-void add_literal(std::vector<Token>& tokens, std::string_view text) {
+void add_literal(Section& section, std::string_view text) {
   if (text.empty()) return;
+  auto& tokens = section.tokens;
   if (!tokens.empty() && tokens.back().kind == Tok::Literal) {
     tokens.back().literal += text;
     return;
@@ -126,59 +166,119 @@ void add_literal(std::vector<Token>& tokens, std::string_view text) {
 
 // Quoted text and backslash escapes, common to every kind. Returns true when the
 // character at `i` was consumed as a literal.
-bool take_quoted(std::string_view pattern, std::size_t& i, std::vector<Token>& tokens) {
+bool take_quoted(std::string_view pattern, std::size_t& i, Section& section) {
   if (pattern[i] == '"') {
     const std::size_t close = pattern.find('"', i + 1);
     const std::size_t end = close == std::string_view::npos ? pattern.size() : close;
-    add_literal(tokens, pattern.substr(i + 1, end - i - 1));
+    add_literal(section, pattern.substr(i + 1, end - i - 1));
     i = end;
     return true;
   }
   if (pattern[i] == '\\') {
-    if (i + 1 < pattern.size()) add_literal(tokens, pattern.substr(i + 1, 1));
+    if (i + 1 < pattern.size()) add_literal(section, pattern.substr(i + 1, 1));
     ++i;
     return true;
   }
   return false;
 }
 
+bool is_digit_placeholder(char c) {
+  return c == '0' || c == '#';
+}
+
+// Whether a digit placeholder of the whole part follows position `i`, before the
+// point, the exponent or the end of the section.
+bool placeholder_follows(std::string_view pattern, std::size_t i) {
+  for (std::size_t j = i + 1; j < pattern.size(); ++j) {
+    const char c = pattern[j];
+    if (is_digit_placeholder(c)) return true;
+    if (c == '.' || ((c == 'E' || c == 'e') && j + 1 < pattern.size() &&
+                     (pattern[j + 1] == '+' || pattern[j + 1] == '-')))
+      return false;
+    if (c == '\\') ++j;
+    if (c == '"') {
+      const std::size_t close = pattern.find('"', j + 1);
+      if (close == std::string_view::npos) return false;
+      j = close;
+    }
+  }
+  return false;
+}
+
+bool has_digit_placeholder(std::string_view pattern) {
+  bool quoted = false;
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    if (pattern[i] == '"') quoted = !quoted;
+    if (quoted) continue;
+    if (pattern[i] == '\\') {
+      ++i;
+      continue;
+    }
+    if (is_digit_placeholder(pattern[i])) return true;
+  }
+  return false;
+}
+
 Section parse_number_section(std::string_view pattern) {
   Section section;
-  bool after_point = false;
+  section.empty = pattern.empty();
+  Place place = Place::Whole;
   int first_forced_whole = -1;
+  bool seen_whole_placeholder = false;
+  // Without any digit placeholder a comma is just a comma.
+  const bool digits = has_digit_placeholder(pattern);
   for (std::size_t i = 0; i < pattern.size(); ++i) {
-    if (take_quoted(pattern, i, section.tokens)) continue;
+    if (take_quoted(pattern, i, section)) continue;
     const char c = pattern[i];
     Token token;
-    if (c == '0' || c == '#') {
+    if (is_digit_placeholder(c)) {
       token.kind = c == '0' ? Tok::DigitZero : Tok::DigitHash;
-      token.fraction = after_point;
-      if (after_point) {
+      token.place = place;
+      if (place == Place::Fraction) {
         ++section.fraction_places;
         if (c == '0') section.fraction_forced = section.fraction_places;
+      } else if (place == Place::Exponent) {
+        if (c == '0') ++section.exponent_forced;
       } else {
         if (c == '0' && first_forced_whole < 0) first_forced_whole = section.whole_places;
         ++section.whole_places;
+        seen_whole_placeholder = true;
       }
       section.tokens.push_back(std::move(token));
-    } else if (c == '.' && !after_point) {
-      after_point = true;
+    } else if (c == '.' && place == Place::Whole) {
+      place = Place::Fraction;
       token.kind = Tok::DecimalPoint;
       section.tokens.push_back(std::move(token));
-    } else if (c == ',' && !after_point) {
-      section.thousands = true;  // grouping is a property of the whole number
+    } else if (c == ',' && digits) {
+      // Among the digit placeholders: group the thousands. Right of the last whole
+      // placeholder (before the point or the end): divide by a thousand each.
+      if (place == Place::Whole && seen_whole_placeholder && !placeholder_follows(pattern, i))
+        ++section.scale;
+      else if (place != Place::Exponent)
+        section.grouping = true;
     } else if (c == '%') {
-      section.percent = true;
+      ++section.percent;
       token.kind = Tok::Percent;
       section.tokens.push_back(std::move(token));
+    } else if ((c == 'E' || c == 'e') && i + 1 < pattern.size() &&
+               (pattern[i + 1] == '+' || pattern[i + 1] == '-')) {
+      if (section.scientific) refuse();
+      section.scientific = true;
+      place = Place::Exponent;
+      token.kind = Tok::Exponent;
+      token.literal = std::string(pattern.substr(i, 2));
+      section.tokens.push_back(std::move(token));
+      ++i;
     } else {
-      add_literal(section.tokens, pattern.substr(i, 1));
+      add_literal(section, pattern.substr(i, 1));
     }
   }
   if (first_forced_whole >= 0) section.whole_forced = section.whole_places - first_forced_whole;
-  section.has_point = after_point;
-  section.plain =
-      section.whole_places > 0 && !section.thousands && !section.percent &&
+  section.plain = section.scale == 0 && section.percent == 0 && !section.scientific;
+  section.has_point = std::any_of(section.tokens.begin(), section.tokens.end(),
+                                  [](const Token& t) { return t.kind == Tok::DecimalPoint; });
+  section.digits_only =
+      section.plain && !section.grouping && section.whole_places > 0 &&
       std::all_of(section.tokens.begin(), section.tokens.end(), [](const Token& t) {
         return t.kind == Tok::DigitZero || t.kind == Tok::DigitHash || t.kind == Tok::DecimalPoint;
       });
@@ -187,66 +287,111 @@ Section parse_number_section(std::string_view pattern) {
 
 Section parse_date_section(std::string_view pattern) {
   Section section;
-  bool after_hour = false;  // "m" right after an hour means minutes
+  section.empty = pattern.empty();
+  bool after_hour = false;  // "m" or "mm" after an hour means minutes
   for (std::size_t i = 0; i < pattern.size(); ++i) {
-    if (take_quoted(pattern, i, section.tokens)) continue;
+    if (take_quoted(pattern, i, section)) continue;
     const char c = pattern[i];
     const char l = to_lower_ascii(c);
-    if (pattern.substr(i, 5) == "AM/PM" || pattern.substr(i, 5) == "am/pm" ||
-        pattern.substr(i, 3) == "A/P" || pattern.substr(i, 3) == "a/p") {
+    if (const std::size_t marker = am_pm_length(pattern, i)) {
       Token token;
-      token.kind = Tok::AmPm;
-      token.literal = std::string(pattern.substr(i, pattern[i + 1] == '/' ? 3 : 5));
-      i += token.literal.size() - 1;
+      token.kind = marker == 4 ? Tok::LocaleAmPm : Tok::AmPm;
+      token.literal = std::string(pattern.substr(i, marker));
+      section.twelve_hour = true;
       section.tokens.push_back(std::move(token));
+      i += marker - 1;
       continue;
     }
-    if (l == 'd' || l == 'm' || l == 'y' || l == 'h' || l == 'n' || l == 's' || l == 'w' ||
-        l == 'q') {
+    if (is_date_letter(c)) {
       std::size_t run = 1;
       while (i + run < pattern.size() && to_lower_ascii(pattern[i + run]) == l) ++run;
       Token token;
       token.width = static_cast<int>(run);
       switch (l) {
         case 'd':
+          if (run > 6) refuse();
           token.kind = Tok::Day;
           break;
         case 'm':
+          if (run > 4) refuse();
           token.kind = after_hour && run <= 2 ? Tok::Minute : Tok::Month;
           break;
         case 'y':
-          token.kind = Tok::Year;
+          // "yyy" is "yy" followed by "y".
+          if (run == 3) {
+            run = 2;
+            token.width = 2;
+          }
+          if (run > 4) refuse();
+          token.kind = run == 1 ? Tok::DayOfYear : Tok::Year;
           break;
         case 'h':
+          if (run > 2) refuse();
           token.kind = Tok::Hour;
           break;
         case 'n':
+          if (run > 2) refuse();
           token.kind = Tok::Minute;
           break;
         case 's':
+          if (run > 2) refuse();
           token.kind = Tok::Second;
           break;
         case 'w':
-          token.kind = Tok::Weekday;
+          if (run > 2) refuse();
+          token.kind = run == 1 ? Tok::Weekday : Tok::WeekOfYear;
           break;
-        default:
+        case 'q':
+          if (run > 1) refuse();
           token.kind = Tok::Quarter;
           break;
+        case 'c':
+          if (run > 1) refuse();
+          token.kind = Tok::GeneralDate;
+          break;
+        default:  // 't': only "ttttt", the long time
+          if (run != 5) refuse();
+          break;
+      }
+      i += run - 1;
+      if (l == 't') {  // ttttt: the long time, h:mm:ss AM/PM
+        section.twelve_hour = true;
+        section.tokens.push_back(Token{Tok::Hour, 1, Place::Whole, {}});
+        section.tokens.push_back(Token{Tok::TimeSeparator, 0, Place::Whole, {}});
+        section.tokens.push_back(Token{Tok::Minute, 2, Place::Whole, {}});
+        section.tokens.push_back(Token{Tok::TimeSeparator, 0, Place::Whole, {}});
+        section.tokens.push_back(Token{Tok::Second, 2, Place::Whole, {}});
+        add_literal(section, " ");
+        section.tokens.push_back(Token{Tok::LocaleAmPm, 0, Place::Whole, "AMPM"});
+        after_hour = false;
+        continue;
+      }
+      if (token.kind == Tok::Day && run == 5) {  // ddddd: the short date, m/d/yyyy
+        section.tokens.push_back(Token{Tok::Month, 1, Place::Whole, {}});
+        section.tokens.push_back(Token{Tok::DateSeparator, 0, Place::Whole, {}});
+        section.tokens.push_back(Token{Tok::Day, 1, Place::Whole, {}});
+        section.tokens.push_back(Token{Tok::DateSeparator, 0, Place::Whole, {}});
+        section.tokens.push_back(Token{Tok::Year, 4, Place::Whole, {}});
+      } else if (token.kind == Tok::Day && run == 6) {  // dddddd: the long date
+        section.tokens.push_back(Token{Tok::Day, 4, Place::Whole, {}});
+        add_literal(section, ", ");
+        section.tokens.push_back(Token{Tok::Month, 4, Place::Whole, {}});
+        add_literal(section, " ");
+        section.tokens.push_back(Token{Tok::Day, 1, Place::Whole, {}});
+        add_literal(section, ", ");
+        section.tokens.push_back(Token{Tok::Year, 4, Place::Whole, {}});
+      } else {
+        section.tokens.push_back(token);
       }
       after_hour = token.kind == Tok::Hour;
-      section.tokens.push_back(std::move(token));
-      i += run - 1;
       continue;
     }
-    Token token;
     if (c == '/') {
-      token.kind = Tok::DateSeparator;
-      section.tokens.push_back(std::move(token));
+      section.tokens.push_back(Token{Tok::DateSeparator, 0, Place::Whole, {}});
     } else if (c == ':') {
-      token.kind = Tok::TimeSeparator;
-      section.tokens.push_back(std::move(token));
+      section.tokens.push_back(Token{Tok::TimeSeparator, 0, Place::Whole, {}});
     } else {
-      add_literal(section.tokens, pattern.substr(i, 1));
+      add_literal(section, pattern.substr(i, 1));
     }
   }
   return section;
@@ -254,8 +399,9 @@ Section parse_date_section(std::string_view pattern) {
 
 Section parse_text_section(std::string_view pattern) {
   Section section;
+  section.empty = pattern.empty();
   for (std::size_t i = 0; i < pattern.size(); ++i) {
-    if (take_quoted(pattern, i, section.tokens)) continue;
+    if (take_quoted(pattern, i, section)) continue;
     const char c = pattern[i];
     if (c == '&' || c == '@') {
       Token token;
@@ -265,13 +411,24 @@ Section parse_text_section(std::string_view pattern) {
     } else if (c == '!') {
       section.left_to_right = true;
     } else if (c == '<' || c == '>') {
-      section.case_mode = c;
+      if (section.case_mode == 0) section.case_mode = c;
     } else {
-      add_literal(section.tokens, pattern.substr(i, 1));
+      add_literal(section, pattern.substr(i, 1));
     }
   }
   return section;
 }
+
+// Writes `value` zero-padded to at least `width` digits.
+void append_number(std::string& out, int width, int value) {
+  char buffer[16];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
+  for (int length = static_cast<int>(result.ptr - buffer); length < width; ++length)
+    out.push_back('0');
+  out.append(buffer, result.ptr);
+}
+
+// --- Numbers -----------------------------------------------------------------------
 
 // A non-negative number as decimal digits: value = 0.d1d2d3... x 10^point, with at
 // most 15 significant digits (the precision the classic conversions keep).
@@ -280,6 +437,11 @@ struct Decimal {
   int count = 0;
   int point = 0;
 };
+
+void trim_zeros(Decimal& decimal) {
+  while (decimal.count > 0 && decimal.digits[static_cast<std::size_t>(decimal.count - 1)] == '0')
+    --decimal.count;
+}
 
 Decimal to_decimal(double magnitude) {
   Decimal decimal;
@@ -299,46 +461,8 @@ Decimal to_decimal(double magnitude) {
     if (negative) exponent = -exponent;
   }
   decimal.point = exponent + 1;
-  while (decimal.count > 0 && decimal.digits[static_cast<std::size_t>(decimal.count - 1)] == '0')
-    --decimal.count;
+  trim_zeros(decimal);
   return decimal;
-}
-
-// The common case without the general decimal conversion: when the value scaled to
-// the wanted decimal places is well clear of a tie, taking it to 15 significant
-// digits first cannot move it across the tie, so rounding the scaled double gives
-// the same digits. Returns false when the slow, exact path must decide.
-// `magnitude` x 10^places rounded to a whole number, where that is safe.
-bool scaled_and_rounded(double magnitude, int places, std::uint64_t& number) {
-  static constexpr double kScale[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
-  if (places < 0 || places > 4 || !(magnitude < 1e12)) return false;
-  const double scaled = magnitude * kScale[places];
-  const double whole = std::floor(scaled);
-  const double fraction = scaled - whole;
-  // Room for the 15-digit rounding and the error of the multiplication.
-  const double margin = scaled * 1e-13 + 1e-9;
-  if (std::fabs(fraction - 0.5) <= margin) return false;
-  number = static_cast<std::uint64_t>(whole) + (fraction > 0.5 ? 1 : 0);
-  return true;
-}
-
-bool to_rounded_decimal_fast(double magnitude, int places, Decimal& decimal) {
-  std::uint64_t number = 0;
-  if (!scaled_and_rounded(magnitude, places, number)) return false;
-  char buffer[24];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, number);
-  const int length = static_cast<int>(result.ptr - buffer);
-  if (number == 0) {
-    decimal.count = 0;
-    decimal.point = 0;
-    return true;
-  }
-  decimal.count = length;
-  for (int i = 0; i < length; ++i) decimal.digits[static_cast<std::size_t>(i)] = buffer[i];
-  decimal.point = length - places;
-  while (decimal.count > 0 && decimal.digits[static_cast<std::size_t>(decimal.count - 1)] == '0')
-    --decimal.count;
-  return true;
 }
 
 // Rounds to `places` digits after the point, half away from zero on the digits.
@@ -368,8 +492,52 @@ void round_decimal(Decimal& decimal, int places) {
       ++decimal.point;
     }
   }
-  while (decimal.count > 0 && decimal.digits[static_cast<std::size_t>(decimal.count - 1)] == '0')
-    --decimal.count;
+  trim_zeros(decimal);
+}
+
+// The general path: the value to 15 significant digits, then rounded on its decimal
+// digits to `places` after the point.
+Decimal rounded_decimal(double magnitude, int places, int shift) {
+  Decimal decimal = to_decimal(magnitude);
+  if (decimal.count > 0) decimal.point += shift;
+  round_decimal(decimal, places);
+  return decimal;
+}
+
+// The fixed-point fast path for plain patterns: when the value scaled to the wanted
+// decimal places is well clear of a tie, taking it to 15 significant digits first
+// cannot move it across the tie, so rounding the scaled double gives the same digits
+// as the general path. Returns false when the general path must decide.
+// `magnitude` x 10^places rounded to a whole number, where that is safe.
+bool scaled_and_rounded(double magnitude, int places, std::uint64_t& number) {
+  static constexpr double kScale[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
+  if (places < 0 || places > 4 || !(magnitude < 1e12)) return false;
+  const double scaled = magnitude * kScale[places];
+  const double whole = std::floor(scaled);
+  const double fraction = scaled - whole;
+  // Room for the 15-digit rounding and the error of the multiplication.
+  const double margin = scaled * 1e-13 + 1e-9;
+  if (std::fabs(fraction - 0.5) <= margin) return false;
+  number = static_cast<std::uint64_t>(whole) + (fraction > 0.5 ? 1 : 0);
+  return true;
+}
+
+bool rounded_decimal_fast(double magnitude, int places, Decimal& decimal) {
+  std::uint64_t number = 0;
+  if (!scaled_and_rounded(magnitude, places, number)) return false;
+  if (number == 0) {
+    decimal.count = 0;
+    decimal.point = 0;
+    return true;
+  }
+  char buffer[24];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, number);
+  const int length = static_cast<int>(result.ptr - buffer);
+  decimal.count = length;
+  for (int i = 0; i < length; ++i) decimal.digits[static_cast<std::size_t>(i)] = buffer[i];
+  decimal.point = length - places;
+  trim_zeros(decimal);
+  return true;
 }
 
 char digit_at(const Decimal& decimal, int index) {
@@ -377,28 +545,34 @@ char digit_at(const Decimal& decimal, int index) {
                                              : '0';
 }
 
-// The plain sections ("000000000", "###0.00") without the general machinery: the value
-// scaled to its decimal places and rounded as to_rounded_decimal_fast does, then
-// written as the general path would write it: the sign, the whole digits padded with
-// zeros to the forced places, the point, and the forced fraction digits with the
-// optional ones up to the last that is not zero. Returns false, having written
-// nothing, where the general path must decide (a value near a tie, or too large).
-bool render_plain_number(std::string& out, const Section& section, double value, bool write_sign) {
+void append_exponent(std::string& out, const Token& token, int exponent, int forced) {
+  out.push_back(token.literal[0]);
+  if (exponent < 0)
+    out.push_back('-');
+  else if (token.literal[1] == '+')
+    out.push_back('+');
+  append_number(out, forced, exponent < 0 ? -exponent : exponent);
+}
+
+// The digits-only sections without the general machinery: the value scaled and rounded
+// as the fast path rounds it, then written as the general path writes it: the sign, the
+// whole digits padded with zeros to the forced places, the point, and the forced
+// fraction digits with the optional ones up to the last that is not zero. Returns
+// false, having written nothing, where the general path must decide (a value near a
+// tie, or too large).
+bool render_digits_only(std::string& out, const Section& section, double value, bool write_sign) {
   static constexpr std::uint64_t kScale[] = {1, 10, 100, 1000, 10000};
   const int places = section.fraction_places;
   std::uint64_t scaled = 0;
-  if (!section.plain || !scaled_and_rounded(std::fabs(value), places, scaled)) return false;
-  const std::uint64_t whole = scaled / kScale[places];
+  if (section.whole_forced > 24 || !scaled_and_rounded(std::fabs(value), places, scaled))
+    return false;
   std::uint64_t fraction = scaled % kScale[places];
-
   // Laid out in a buffer, the whole digits leftwards from the point and the fraction
-  // to the right of it, then appended at once. (Forced places beyond the buffer are
-  // the general path's.)
-  if (section.whole_forced > 24) return false;
+  // to the right of it, then appended at once.
   char buffer[48];
   char* const point = buffer + 32;
   char* first = point;
-  for (std::uint64_t rest = whole; rest != 0; rest /= 10)
+  for (std::uint64_t rest = scaled / kScale[places]; rest != 0; rest /= 10)
     *--first = static_cast<char>('0' + rest % 10);
   while (point - first < section.whole_forced) *--first = '0';
   if (value < 0.0 && write_sign) *--first = '-';
@@ -417,26 +591,35 @@ bool render_plain_number(std::string& out, const Section& section, double value,
   return true;
 }
 
-void render_number(std::string& out, const Section& section, double value, bool write_sign) {
-  if (render_plain_number(out, section, value, write_sign)) return;
-  const bool negative = value < 0.0;
+void render_number(std::string& out, const Section& section, double value, bool write_sign,
+                   bool fast) {
+  if (fast && section.digits_only && render_digits_only(out, section, value, write_sign)) return;
+  const double magnitude = std::fabs(value);
   Decimal decimal;
-  if (section.percent ||
-      !to_rounded_decimal_fast(std::fabs(value), section.fraction_places, decimal)) {
-    decimal = to_decimal(std::fabs(value));
-    if (section.percent && decimal.count > 0) decimal.point += 2;
-    round_decimal(decimal, section.fraction_places);
+  int exponent = 0;
+  if (section.scientific) {
+    decimal = to_decimal(magnitude);
+    if (decimal.count > 0) {
+      decimal.point += 2 * section.percent;
+      // The mantissa keeps as many whole digits as the pattern has placeholders.
+      exponent = decimal.point - section.whole_places;
+      decimal.point = section.whole_places;
+      round_decimal(decimal, section.fraction_places);
+      if (decimal.point > section.whole_places) {  // 9.99 -> 10.0: one more power
+        ++exponent;
+        decimal.point = section.whole_places;
+      }
+    }
+  } else if (!(fast && section.plain &&
+               rounded_decimal_fast(magnitude, section.fraction_places, decimal))) {
+    decimal = rounded_decimal(magnitude, section.fraction_places,
+                              2 * section.percent - 3 * section.scale);
   }
 
   // Whole digits, without leading zeros, then zero-padded to the forced places.
-  std::string whole;
-  for (int i = 0; i < decimal.point; ++i) whole.push_back(digit_at(decimal, i));
-  if (static_cast<int>(whole.size()) < section.whole_forced)
-    whole.insert(0, static_cast<std::size_t>(section.whole_forced) - whole.size(), '0');
-  if (section.thousands) {
-    for (int i = static_cast<int>(whole.size()) - 3; i > 0; i -= 3)
-      whole.insert(static_cast<std::size_t>(i), 1, ',');
-  }
+  const int significant_whole = decimal.count > 0 && decimal.point > 0 ? decimal.point : 0;
+  const int whole_length = std::max(significant_whole, section.whole_forced);
+  const int padding = whole_length - significant_whole;
   // Fraction digits: every forced place, and the optional ones up to the last
   // significant digit.
   int fraction_written = section.fraction_forced;
@@ -447,14 +630,18 @@ void render_number(std::string& out, const Section& section, double value, bool 
     }
   }
 
-  bool sign_pending = negative && write_sign;
+  const int whole_places = section.whole_places;
+  // The sign leads the section's text; a section without digits shows none.
+  if (write_sign && value < 0.0 && whole_places + section.fraction_places > 0) out.push_back('-');
   int whole_place = 0;
   int fraction_place = 0;
-  const int whole_places = section.whole_places;
   // With more digits than places the first place takes the overflow; with fewer, the
   // first places stay empty.
-  const int spare = static_cast<int>(whole.size()) - whole_places;
-  std::size_t next_whole = 0;
+  const int spare = whole_length - whole_places;
+  int next_whole = 0;
+  auto whole_digit = [&](int index) {
+    return index < padding ? '0' : digit_at(decimal, index - padding);
+  };
   for (const Token& token : section.tokens) {
     switch (token.kind) {
       case Tok::Literal:
@@ -464,23 +651,29 @@ void render_number(std::string& out, const Section& section, double value, bool 
         out.push_back('%');
         break;
       case Tok::DecimalPoint:
-        if (sign_pending) {
-          out.push_back('-');
-          sign_pending = false;
+        // Without whole placeholders the whole digits stand before the point: a
+        // number is never cut.
+        if (whole_places == 0) {
+          while (next_whole < whole_length) {
+            const char digit = whole_digit(next_whole++);
+            out.push_back(digit);
+            const int left = whole_length - next_whole;
+            if (section.grouping && left > 0 && left % 3 == 0) out.push_back(',');
+          }
         }
         out.push_back('.');
         break;
+      case Tok::Exponent:
+        append_exponent(out, token, exponent, section.exponent_forced);
+        break;
       case Tok::DigitZero:
       case Tok::DigitHash:
-        if (token.fraction) {
+        if (token.place == Place::Exponent) break;
+        if (token.place == Place::Fraction) {
           if (fraction_place < fraction_written)
             out.push_back(digit_at(decimal, decimal.point + fraction_place));
           ++fraction_place;
           break;
-        }
-        if (sign_pending) {
-          out.push_back('-');
-          sign_pending = false;
         }
         {
           const int place = whole_place++;
@@ -489,8 +682,11 @@ void render_number(std::string& out, const Section& section, double value, bool 
             take = place == 0 ? spare + 1 : 1;
           else if (place >= -spare)
             take = 1;
-          out.append(whole, next_whole, static_cast<std::size_t>(take));
-          next_whole += static_cast<std::size_t>(take);
+          for (int k = 0; k < take; ++k) {
+            out.push_back(whole_digit(next_whole++));
+            const int left = whole_length - next_whole;
+            if (section.grouping && left > 0 && left % 3 == 0) out.push_back(',');
+          }
         }
         break;
       default:
@@ -499,16 +695,7 @@ void render_number(std::string& out, const Section& section, double value, bool 
   }
 }
 
-// A date or time part: its digits, zero-padded to `width`.
-void append_number(std::string& out, int width, int value) {
-  char digits[16];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-  const bool negative = value < 0;
-  if (negative) out.push_back('-');
-  char* first = digits + (negative ? 1 : 0);
-  for (auto length = end - first; length < width - (negative ? 1 : 0); ++length) out.push_back('0');
-  out.append(first, end);
-}
+// --- Dates -------------------------------------------------------------------------
 
 constexpr std::array<const char*, 12> kMonthNames = {
     "January", "February", "March",     "April",   "May",      "June",
@@ -520,13 +707,13 @@ void render_date(std::string& out, const Section& section, Date date) {
   const CivilDate civil = date.civil();
   const int seconds = date.seconds_of_day();
   const int hour = seconds / 3600, minute = seconds / 60 % 60, second = seconds % 60;
-  bool twelve_hour = false;
-  for (const Token& token : section.tokens) twelve_hour |= token.kind == Tok::AmPm;
+  // The day number counts towards zero, as the calendar day does.
+  const long day_number = static_cast<long>(std::trunc(date.serial));
   // Day of week, 0 = Sunday; serial 0 (1899-12-30) was a Saturday.
-  const long serial_day = static_cast<long>(std::floor(date.serial));
-  const int weekday = static_cast<int>(((serial_day + 6) % 7 + 7) % 7);
-  const int day_of_year =
-      static_cast<int>(date.serial - Date::from_civil(civil.year, 1, 1).serial) + 1;
+  const int weekday = static_cast<int>(((day_number + 6) % 7 + 7) % 7);
+  const long january_first = static_cast<long>(Date::from_civil(civil.year, 1, 1).serial);
+  const int day_of_year = static_cast<int>(day_number - january_first) + 1;
+  const int january_weekday = static_cast<int>(((january_first + 6) % 7 + 7) % 7);
   for (const Token& token : section.tokens) {
     switch (token.kind) {
       case Tok::Literal:
@@ -554,28 +741,33 @@ void render_date(std::string& out, const Section& section, Date date) {
         else
           out += kMonthNames[static_cast<std::size_t>(civil.month - 1)];
         break;
+      case Tok::DayOfYear:
+        append_number(out, 1, day_of_year);
+        break;
       case Tok::Year:
-        if (token.width == 1)
-          append_number(out, 1, day_of_year);
-        else if (token.width <= 3)
+        if (token.width == 2)
           append_number(out, 2, civil.year % 100);
         else
           append_number(out, 4, civil.year);
         break;
       case Tok::Hour: {
         int shown = hour;
-        if (twelve_hour) shown = hour % 12 == 0 ? 12 : hour % 12;
-        append_number(out, token.width >= 2 ? 2 : 1, shown);
+        if (section.twelve_hour) shown = hour % 12 == 0 ? 12 : hour % 12;
+        append_number(out, token.width, shown);
         break;
       }
       case Tok::Minute:
-        append_number(out, token.width >= 2 ? 2 : 1, minute);
+        append_number(out, token.width, minute);
         break;
       case Tok::Second:
-        append_number(out, token.width >= 2 ? 2 : 1, second);
+        append_number(out, token.width, second);
         break;
       case Tok::Weekday:
         append_number(out, 1, weekday + 1);
+        break;
+      case Tok::WeekOfYear:
+        // Weeks start on Sunday; the week of 1 January is the first.
+        append_number(out, 1, (day_of_year - 1 + january_weekday) / 7 + 1);
         break;
       case Tok::Quarter:
         append_number(out, 1, (civil.month - 1) / 3 + 1);
@@ -589,17 +781,26 @@ void render_date(std::string& out, const Section& section, Date date) {
           out += am ? marker.substr(0, 2) : marker.substr(3, 2);
         break;
       }
+      case Tok::LocaleAmPm:
+        out += hour < 12 ? "AM" : "PM";
+        break;
+      case Tok::GeneralDate:
+        out += general_date_text(date);
+        break;
       default:
         break;
     }
   }
 }
 
-void render_text(std::string& out, const Section& section, std::string text) {
-  const int places = section.text_places;
-  const int length = static_cast<int>(text.size());
+// --- Text --------------------------------------------------------------------------
+
+void render_text(std::string& out, const Section& section, std::string_view original) {
+  std::string text(original);
   if (section.case_mode == '<') text = to_lower_ascii(text);
   if (section.case_mode == '>') text = to_upper_ascii(text);
+  const int places = section.text_places;
+  const int length = static_cast<int>(text.size());
   int place = 0;
   std::size_t next = 0;
   for (const Token& token : section.tokens) {
@@ -607,16 +808,16 @@ void render_text(std::string& out, const Section& section, std::string text) {
       out += token.literal;
       continue;
     }
-    // Which characters this place shows: filled from the right unless "!" asked for
-    // left to right; surplus characters go with the first place.
+    // Which characters this place shows: with at least as many characters as places,
+    // one each from the left (the rest follows the whole mask); with fewer, the places
+    // are filled from the right, or from the left when "!" asked for it.
     int take = 0;
-    if (length >= places) {
-      take = place == 0 ? length - places + 1 : 1;
-    } else if (section.left_to_right) {
+    if (length >= places)
+      take = 1;
+    else if (section.left_to_right)
       take = place < length ? 1 : 0;
-    } else {
+    else
       take = place >= places - length ? 1 : 0;
-    }
     if (take > 0) {
       out.append(text, next, static_cast<std::size_t>(take));
       next += static_cast<std::size_t>(take);
@@ -625,28 +826,79 @@ void render_text(std::string& out, const Section& section, std::string text) {
     }
     ++place;
   }
+  if (next < text.size()) out.append(text, next);
 }
+
+// --- Named formats -----------------------------------------------------------------
+
+struct NamedFormat {
+  std::string_view name;
+  Kind kind;
+  std::string_view pattern;  // the pattern it stands for, or the choice words
+};
+
+constexpr std::array<NamedFormat, 17> kNamedFormats = {{
+    {"General Number", Kind::General, ""},
+    {"Currency", Kind::Number, "$#,##0.00;($#,##0.00)"},
+    {"Fixed", Kind::Number, "0.00"},
+    {"Standard", Kind::Number, "#,##0.00"},
+    {"Percent", Kind::Number, "0.00%"},
+    {"Scientific", Kind::Number, "0.00E+00"},
+    {"Yes/No", Kind::Choice, "Yes/No"},
+    {"True/False", Kind::Choice, "True/False"},
+    {"On/Off", Kind::Choice, "On/Off"},
+    {"General Date", Kind::GeneralDate, ""},
+    {"Long Date", Kind::Date, "dddd, mmmm d, yyyy"},
+    {"Medium Date", Kind::Date, "dd-mmm-yy"},
+    {"Short Date", Kind::Date, "m/d/yyyy"},
+    {"Long Time", Kind::Date, "h:mm:ss AM/PM"},
+    {"Medium Time", Kind::Date, "hh:mm AM/PM"},
+    {"Short Time", Kind::Date, "hh:mm"},
+    {"", Kind::General, ""},
+}};
 
 }  // namespace
 
 struct FormatPattern::Tokens {
   Kind kind = Kind::Number;
   std::vector<Section> sections;
+  std::string choice_true, choice_false;  // Kind::Choice
 };
 
 FormatPattern::FormatPattern(std::string_view pattern)
     : pattern_(pattern), tokens_(std::make_unique<Tokens>()) {
-  tokens_->kind = classify(pattern);
-  for (std::string_view text : split_sections(pattern)) {
+  std::string_view effective = pattern;
+  std::optional<Kind> named;
+  for (const NamedFormat& format : kNamedFormats) {
+    if (!iequals(pattern, format.name)) continue;
+    named = format.kind;
+    effective = format.pattern;
+    break;
+  }
+  if (named == Kind::General || named == Kind::GeneralDate) {
+    tokens_->kind = *named;
+    return;
+  }
+  if (named == Kind::Choice) {
+    tokens_->kind = Kind::Choice;
+    const std::size_t slash = effective.find('/');
+    tokens_->choice_true = std::string(effective.substr(0, slash));
+    tokens_->choice_false = std::string(effective.substr(slash + 1));
+    return;
+  }
+  tokens_->kind = named ? *named : classify(effective);
+  const std::vector<std::string_view> sections = split_sections(effective);
+  if (sections.size() > 4) refuse();
+  for (std::string_view text : sections) {
     switch (tokens_->kind) {
-      case Kind::Number:
-        tokens_->sections.push_back(parse_number_section(text));
-        break;
       case Kind::Date:
         tokens_->sections.push_back(parse_date_section(text));
         break;
       case Kind::Text:
         tokens_->sections.push_back(parse_text_section(text));
+        break;
+      default:
+        tokens_->sections.push_back(parse_number_section(text));
         break;
     }
   }
@@ -662,46 +914,81 @@ std::string FormatPattern::operator()(const Variant& value) const {
   return out;
 }
 
-void FormatPattern::append_to(std::string& out, double value) const {
+void FormatPattern::append_double(std::string& out, double value, bool fast) const {
   const auto& sections = tokens_->sections;
-  if (tokens_->kind == Kind::Text) {
-    render_text(out, sections[0], general_number_text(value));
-    return;
-  }
-  if (tokens_->kind == Kind::Date) {
-    if (!(value >= -657434.0 && value < 2958466.0)) raise_runtime(rt::kOverflow);
-    render_date(out, sections[0], Date{value});
-    return;
+  switch (tokens_->kind) {
+    case Kind::General:
+      out += general_number_text(value);
+      return;
+    case Kind::Choice:
+      out += value != 0.0 ? tokens_->choice_true : tokens_->choice_false;
+      return;
+    case Kind::Text:
+      render_text(out, sections[0], general_number_text(value));
+      return;
+    case Kind::Date:
+    case Kind::GeneralDate:
+      if (!(value >= -657434.0 && value < 2958466.0)) raise_runtime(rt::kOverflow);
+      if (tokens_->kind == Kind::GeneralDate)
+        out += general_date_text(Date{value});
+      else
+        render_date(out, sections[0], Date{value});
+      return;
+    case Kind::Number:
+      break;
   }
   if (!std::isfinite(value)) raise_runtime(rt::kOverflow);
   // The negative section shows the magnitude without a sign; the zero section is
-  // chosen by the value before rounding.
-  if (value < 0.0 && sections.size() >= 2 && !sections[1].tokens.empty()) {
-    render_number(out, sections[1], -value, false);
-  } else if (value == 0.0 && sections.size() >= 3 && !sections[2].tokens.empty()) {
-    render_number(out, sections[2], 0.0, false);
+  // chosen by the value before rounding. An empty section leaves the value to the
+  // first one.
+  if (value < 0.0 && sections.size() >= 2 && !sections[1].empty) {
+    render_number(out, sections[1], -value, false, fast);
+  } else if (value == 0.0 && sections.size() >= 3 && !sections[2].empty) {
+    render_number(out, sections[2], 0.0, false, fast);
   } else {
-    render_number(out, sections[0], value, true);
+    render_number(out, sections[0], value, true, fast);
   }
 }
 
+void FormatPattern::append_to(std::string& out, double value) const {
+  append_double(out, value, true);
+}
+
 void FormatPattern::append_to(std::string& out, const Variant& value) const {
+  const Kind kind = tokens_->kind;
   switch (value.type()) {
     case Variant::Type::Null:
+      // A number pattern's fourth section is written for Null.
+      if (kind == Kind::Number && tokens_->sections.size() >= 4 && !tokens_->sections[3].empty)
+        render_number(out, tokens_->sections[3], 0.0, false, true);
       return;
     case Variant::Type::Object:
       raise_runtime(rt::kTypeMismatch);
     default:
       break;
   }
-  switch (tokens_->kind) {
-    case Kind::Text:
-      render_text(out, tokens_->sections[0], to_text(value));
+  switch (kind) {
+    case Kind::General:
+      out += to_text(value);
       return;
-    case Kind::Date: {
+    case Kind::Text: {
+      const auto& sections = tokens_->sections;
+      const std::string text = to_text(value);
+      // A second section is written for the empty text.
+      if (text.empty() && sections.size() >= 2 && !sections[1].empty)
+        render_text(out, sections[1], text);
+      else
+        render_text(out, sections[0], text);
+      return;
+    }
+    case Kind::Date:
+    case Kind::GeneralDate: {
       if (value.is_string()) {
         if (auto date = parse_date_text(value.as_string())) {
-          render_date(out, tokens_->sections[0], *date);
+          if (kind == Kind::GeneralDate)
+            out += general_date_text(*date);
+          else
+            render_date(out, tokens_->sections[0], *date);
           return;
         }
         const NumericParse number = parse_numeric(value.as_string());
@@ -715,7 +1002,8 @@ void FormatPattern::append_to(std::string& out, const Variant& value) const {
       append_to(out, to_date(value).serial);
       return;
     }
-    case Kind::Number: {
+    case Kind::Number:
+    case Kind::Choice: {
       if (value.is_string()) {
         const NumericParse number = parse_numeric(value.as_string());
         if (number.status != NumericParse::Status::Ok) {
@@ -733,6 +1021,12 @@ void FormatPattern::append_to(std::string& out, const Variant& value) const {
       return;
     }
   }
+}
+
+std::string FormatPattern::without_fast_path(double value) const {
+  std::string out;
+  append_double(out, value, false);
+  return out;
 }
 
 std::string format(const Variant& value, std::string_view pattern) {

@@ -26,6 +26,8 @@ std::string_view trim_blanks(std::string_view text) {
   return text;
 }
 
+// &H / &O whole numbers: up to 32 bits, read as a signed 32-bit value the way the
+// language reads such literals (&HFFFFFFFF is -1, &H8000 is 32768).
 NumericParse parse_radix(std::string_view digits, int radix) {
   if (digits.empty()) return {};
   double value = 0.0;
@@ -39,24 +41,10 @@ NumericParse parse_radix(std::string_view digits, int radix) {
       digit = c - 'A' + 10;
     if (digit < 0 || digit >= radix) return {};
     value = value * radix + digit;
+    if (value > 4294967295.0) return {NumericParse::Status::Overflow, 0.0};
   }
-  if (value > 4294967295.0) return {NumericParse::Status::Overflow, 0.0};
+  if (value > 2147483647.0) value -= 4294967296.0;
   return {NumericParse::Status::Ok, value};
-}
-
-std::string date_text(Date date) {
-  const CivilDate civil = date.civil();
-  std::string text = std::to_string(civil.month) + "/" + std::to_string(civil.day) + "/" +
-                     std::to_string(civil.year);
-  const int seconds = date.seconds_of_day();
-  if (seconds != 0) {
-    const int hour = seconds / 3600;
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, " %d:%02d:%02d %s", hour % 12 == 0 ? 12 : hour % 12,
-                  seconds / 60 % 60, seconds % 60, hour < 12 ? "AM" : "PM");
-    text += buffer;
-  }
-  return text;
 }
 
 [[noreturn]] void raise_null() {
@@ -88,13 +76,12 @@ std::string_view type_name(Variant::Type type) {
 }
 
 NumericParse parse_numeric(std::string_view text) {
-  // Plain digits (a counter, a pay level, a minute count in text) are the common case
-  // and are their value; up to 15 of them are exact in a double.
-  if (!text.empty() && text.size() <= 15 &&
-      std::all_of(text.begin(), text.end(), [](char c) { return is_digit(c); })) {
-    std::int64_t value = 0;
-    for (char c : text) value = value * 10 + (c - '0');
-    return {NumericParse::Status::Ok, static_cast<double>(value)};
+  // The common case first: plain digits, few enough to be exact in a double.
+  if (!text.empty() && text.size() <= 15) {
+    double whole = 0.0;
+    std::size_t i = 0;
+    for (; i < text.size() && is_digit(text[i]); ++i) whole = whole * 10.0 + (text[i] - '0');
+    if (i == text.size()) return {NumericParse::Status::Ok, whole};
   }
   text = trim_blanks(text);
   if (text.size() > 2 && text[0] == '&') {
@@ -102,36 +89,77 @@ NumericParse parse_numeric(std::string_view text) {
     if (text[1] == 'O' || text[1] == 'o') return parse_radix(text.substr(2), 8);
     return {};
   }
-  // Rebuild the number without group separators for the library parser.
-  std::string plain;
-  plain.reserve(text.size());
-  std::size_t i = 0;
-  if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
-    if (text[i] == '-') plain.push_back('-');
-    ++i;
+  // The decorations around the number (US English): one sign before or after it,
+  // parentheses around it for a negative, one "$" on either side, blanks between
+  // them. They are taken off first; the digits left are rebuilt without group
+  // separators for the library parser.
+  bool negative = false, signed_ = false, currency = false, parenthesised = false;
+  auto take_decorations = [&](bool leading) {
+    for (;;) {
+      if (text.empty()) return;
+      const char c = leading ? text.front() : text.back();
+      if (is_blank(c)) {
+      } else if ((c == '+' || c == '-') && !signed_) {
+        signed_ = true;
+        negative = c == '-';
+      } else if (c == '$' && !currency) {
+        currency = true;
+      } else if (leading && c == '(' && !parenthesised) {
+        parenthesised = true;
+      } else {
+        return;
+      }
+      if (leading)
+        text.remove_prefix(1);
+      else
+        text.remove_suffix(1);
+    }
+  };
+  take_decorations(true);
+  const bool opened = parenthesised;
+  if (opened) {
+    // The closing parenthesis, with what may stand between it and the number.
+    std::size_t close = text.size();
+    while (close > 0 && (is_blank(text[close - 1]) || text[close - 1] == '$')) --close;
+    if (close == 0 || text[close - 1] != ')') return {};
+    if (text.substr(close).find('$') != std::string_view::npos) {
+      if (currency) return {};
+      currency = true;
+    }
+    text = text.substr(0, close - 1);
+    // Inside the parentheses: blanks, a sign and the currency sign again.
+    parenthesised = false;
+    take_decorations(true);
+    parenthesised = true;
   }
+  take_decorations(false);
+  if (opened && parenthesised) negative = true;
+
+  std::string plain;
+  plain.reserve(text.size() + 1);
+  std::size_t i = 0;
   int mantissa_digits = 0;
   for (; i < text.size(); ++i) {
     const char c = text[i];
     if (is_digit(c)) {
       plain.push_back(c);
       ++mantissa_digits;
-    } else if (c == ',' && mantissa_digits > 0) {
-      continue;
-    } else {
+    } else if (c != ',' || mantissa_digits == 0) {
       break;
     }
   }
   if (i < text.size() && text[i] == '.') {
     plain.push_back('.');
-    for (++i; i < text.size() && is_digit(text[i]); ++i) {
+    for (++i; i < text.size() && (is_digit(text[i]) || text[i] == ','); ++i) {
+      if (text[i] == ',') continue;
       plain.push_back(text[i]);
       ++mantissa_digits;
     }
   }
   if (mantissa_digits == 0) return {};
   bool negative_exponent = false;
-  if (i < text.size() && (text[i] == 'e' || text[i] == 'E' || text[i] == 'd' || text[i] == 'D')) {
+  // An amount of money has no exponent.
+  if (i < text.size() && (text[i] == 'e' || text[i] == 'E') && !currency) {
     plain.push_back('e');
     ++i;
     if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
@@ -145,15 +173,13 @@ NumericParse parse_numeric(std::string_view text) {
   }
   if (i != text.size()) return {};
   double value = 0.0;
-  const char* begin = plain.data();
-  if (*begin == '-') ++begin;  // from_chars takes no sign of its own
-  const auto [end, ec] = std::from_chars(begin, plain.data() + plain.size(), value);
+  const auto [end, ec] = std::from_chars(plain.data(), plain.data() + plain.size(), value);
   if (ec == std::errc::result_out_of_range) {
     if (negative_exponent) return {NumericParse::Status::Ok, 0.0};
     return {NumericParse::Status::Overflow, 0.0};
   }
   if (ec != std::errc() || end != plain.data() + plain.size()) return {};
-  return {NumericParse::Status::Ok, plain[0] == '-' ? -value : value};
+  return {NumericParse::Status::Ok, negative ? -value : value};
 }
 
 std::string general_number_text(double value) {
@@ -236,7 +262,7 @@ std::string to_text(const Variant& value) {
     case Variant::Type::String:
       return value.as_string();
     case Variant::Type::Date:
-      return date_text(value.as_date());
+      return general_date_text(value.as_date());
     case Variant::Type::Object:
       break;
   }

@@ -294,6 +294,28 @@ TEST_F(IntuitPACTest, EmployeeNumberKeepsItsLastFourCharacters) {
                 rest);
 }
 
+TEST_F(IntuitPACTest, CurrencyAndParenthesisTailsAreReadAsNumbers) {
+  // "$345" is 345 and "(45)" is -45 to the classic conversion: zero-filled to four
+  // digits, the negative one a column wider, which leaves one blank less.
+  ASSERT_TRUE(run(kJrTitle, "ABC1234,1,2,3,4,5,6,7",
+                  cards({object(employee(Variant("$345"))), object(employee(Variant("(45)")))})));
+  const std::string amounts =
+      "8"
+      "0000000000"
+      "0300000000"
+      "0400000000"
+      "0500000000"
+      "0600000000"
+      "0700000000";
+  EXPECT_EQ(written(),
+            "12344"
+            "0345" +
+                amounts + std::string(10, ' ') + "\r\n" +
+                "12344"
+                "-0045" +
+                amounts + std::string(9, ' ') + "\r\n");
+}
+
 TEST_F(IntuitPACTest, CompanyPartIsTheLastFourCharacters) {
   ASSERT_TRUE(run(kJrTitle, "ABCQ12345,1,2,3,4,5,6,7", cards({object(employee())})));
   EXPECT_EQ(written().substr(0, 4), "2345");

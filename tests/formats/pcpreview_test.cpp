@@ -193,6 +193,17 @@ TEST_F(PCPreviewTest, SevenDigitEmployeeNumberMovesEverythingAfterIt) {
   EXPECT_EQ(written().size(), 128u);
 }
 
+TEST_F(PCPreviewTest, CurrencyAndParenthesisNumbersAreReadAsNumbers) {
+  // "$42" is 42 and "(42)" is -42 to the classic conversion; the sign widens the record.
+  auto dollars = card("E1", "$42");
+  dollars->set("REG", std::int32_t{60});
+  auto negative = card("E2", "(42)");
+  negative->set("REG", std::int32_t{60});
+  ASSERT_TRUE(run(kSetup, cards({object(dollars), object(negative)})));
+  EXPECT_EQ(written(), record("000042", kAnnLee, "A", "    1.00") +
+                           record("-000042", kAnnLee, "A", "    1.00"));
+}
+
 TEST_F(PCPreviewTest, SequenceZeroOrEmptyWritesOneBlank) {
   ASSERT_TRUE(run("12,A,B,C,0,D,E,F,G,0,0,0,0", cards({ann(60)})));
   EXPECT_EQ(written(), record("000315", kAnnLee, "A", "    1.00", " "));

@@ -206,6 +206,17 @@ TEST_F(PrimePayTest, WideValuesMakeTheLineLonger) {
             std::string(kHeader) + "D1234567 1000000" + std::string(48, ' ') + "004\r\n");
 }
 
+TEST_F(PrimePayTest, CurrencyAndParenthesisNumbersAreReadAsNumbers) {
+  // "$315" is 315 and "(315)" is -315 to the classic conversion; the sign widens the line.
+  auto dollars = card("E1", "$315");
+  dollars->set("REG", std::int32_t{60});
+  auto negative = card("E2", "(315)");
+  negative->set("REG", std::int32_t{60});
+  ASSERT_TRUE(run(kSetup, cards({object(dollars), object(negative)})));
+  EXPECT_EQ(written(), std::string(kHeader) + regular_line("000315", "000100", "004") +
+                           regular_line("-000315", "000100", "004"));
+}
+
 TEST_F(PrimePayTest, SettingsAreNotRewrittenByTheExport) {
   ASSERT_TRUE(run(kSetup, cards({employee(60)})));
   EXPECT_EQ(primepay.SetupData(), kSetup);

@@ -66,7 +66,7 @@ TEST(Variant, ToDoubleFollowsTheClassicRules) {
   EXPECT_EQ(to_double(Variant(true)), -1.0);
   EXPECT_EQ(to_double(Variant("1.5")), 1.5);
   EXPECT_EQ(to_double(Variant("-1.5e3")), -1500.0);
-  EXPECT_EQ(to_double(Variant("1D2")), 100.0);
+  EXPECT_EQ(error_number_of([] { to_double(Variant("1D2")); }), rt::kTypeMismatch);
   EXPECT_EQ(to_double(Variant("&H1F")), 31.0);
   EXPECT_EQ(to_double(Variant("&O17")), 15.0);
   EXPECT_EQ(to_double(Variant(Date::from_civil(2004, 3, 6))), 38052.0);
@@ -175,6 +175,125 @@ TEST(ParseNumeric, PlainDigitsReadAsTheGeneralParserReadsThem) {
     EXPECT_EQ(plain.status, general.status) << digits;
     EXPECT_EQ(plain.value, general.value) << digits;
   }
+}
+
+// Numeric text as the classic conversion reads it under US English: blanks around,
+// one sign before or after, parentheses for a negative, one "$", "," groups, one ".",
+// an exponent (not with "$"), &H and &O whole numbers of 32 bits.
+struct NumericTextCase {
+  const char* text;
+  NumericParse::Status status;
+  double value;
+};
+
+TEST(Variant, ParseNumericReadsTheClassicNumericText) {
+  using S = NumericParse::Status;
+  const NumericTextCase cases[] = {{"5", S::Ok, 5},
+                                   {" 42 ", S::Ok, 42},
+                                   {"\t7\t", S::Ok, 7},
+                                   {"+5", S::Ok, 5},
+                                   {"-5", S::Ok, -5},
+                                   {"5+", S::Ok, 5},
+                                   {"5-", S::Ok, -5},
+                                   {"5 -", S::Ok, -5},
+                                   {"- 5", S::Ok, -5},
+                                   {"(5)", S::Ok, -5},
+                                   {"( 5 )", S::Ok, -5},
+                                   {"(-5)", S::Ok, -5},
+                                   {"$5", S::Ok, 5},
+                                   {"5$", S::Ok, 5},
+                                   {"$ 5", S::Ok, 5},
+                                   {"-$5", S::Ok, -5},
+                                   {"$-5", S::Ok, -5},
+                                   {"($5)", S::Ok, -5},
+                                   {"$(5)", S::Ok, -5},
+                                   {"(5)$", S::Ok, -5},
+                                   {"($1,234.50)", S::Ok, -1234.5},
+                                   {"1,234", S::Ok, 1234},
+                                   {"1,,2", S::Ok, 12},
+                                   {"5,", S::Ok, 5},
+                                   {"1,234,567.891", S::Ok, 1234567.891},
+                                   {".5", S::Ok, 0.5},
+                                   {"5.", S::Ok, 5},
+                                   {"1e3", S::Ok, 1000},
+                                   {"1E-3", S::Ok, 0.001},
+                                   {"2.5E+2", S::Ok, 250},
+                                   {"1e-400", S::Ok, 0},
+                                   {"&H1F", S::Ok, 31},
+                                   {"&h1f", S::Ok, 31},
+                                   {"&O17", S::Ok, 15},
+                                   {"&o7", S::Ok, 7},
+                                   {" &H1F ", S::Ok, 31},
+                                   {"&H8000", S::Ok, 32768},
+                                   {"&H7FFFFFFF", S::Ok, 2147483647},
+                                   {"&H80000000", S::Ok, -2147483648.0},
+                                   {"&HFFFFFFFF", S::Ok, -1},
+                                   {"&O37777777777", S::Ok, -1},
+                                   {"1e400", S::Overflow, 0},
+                                   {"-1e400", S::Overflow, 0},
+                                   {"($1e400)", S::NotNumeric, 0},
+                                   {"&H100000000", S::Overflow, 0},
+                                   {"", S::NotNumeric, 0},
+                                   {" ", S::NotNumeric, 0},
+                                   {".", S::NotNumeric, 0},
+                                   {"$", S::NotNumeric, 0},
+                                   {"()", S::NotNumeric, 0},
+                                   {"-", S::NotNumeric, 0},
+                                   {"$$5", S::NotNumeric, 0},
+                                   {"(5", S::NotNumeric, 0},
+                                   {"5)", S::NotNumeric, 0},
+                                   {"-5-", S::NotNumeric, 0},
+                                   {"+-5", S::NotNumeric, 0},
+                                   {"1 2", S::NotNumeric, 0},
+                                   {",5", S::NotNumeric, 0},
+                                   {"1.2.3", S::NotNumeric, 0},
+                                   {"5%", S::NotNumeric, 0},
+                                   {"1e", S::NotNumeric, 0},
+                                   {"1e+", S::NotNumeric, 0},
+                                   {"1D2", S::NotNumeric, 0},
+                                   {"0x10", S::NotNumeric, 0},
+                                   {"&H", S::NotNumeric, 0},
+                                   {"&O8", S::NotNumeric, 0},
+                                   {"$5e2", S::NotNumeric, 0},
+                                   {"abc", S::NotNumeric, 0},
+                                   {"12abc", S::NotNumeric, 0}};
+  for (const NumericTextCase& c : cases) {
+    const NumericParse parsed = parse_numeric(c.text);
+    EXPECT_EQ(parsed.status, c.status) << "[" << c.text << "]";
+    if (c.status == S::Ok) {
+      EXPECT_EQ(parsed.value, c.value) << "[" << c.text << "]";
+    }
+  }
+}
+
+TEST(Variant, EveryCoercionReadsCurrencyAndParentheses) {
+  EXPECT_EQ(to_double(Variant("$5")), 5.0);
+  EXPECT_EQ(to_long(Variant("(5)")), -5);
+  EXPECT_EQ(to_integer(Variant("$1,234")), 1234);
+  EXPECT_TRUE(to_boolean(Variant("($1)")));
+  EXPECT_TRUE(is_numeric(Variant("$5")));
+  EXPECT_EQ(error_number_of([] { to_double(Variant("$$5")); }), rt::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { to_long(Variant("($1e4)")); }), rt::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { to_long(Variant("(1e400)")); }), rt::kOverflow);
+}
+
+TEST(Variant, GeneralNumberTextKeepsFifteenDigits) {
+  EXPECT_EQ(general_number_text(2.0 / 3.0), "0.666666666666667");
+  EXPECT_EQ(general_number_text(-2.0 / 3.0), "-0.666666666666667");
+  EXPECT_EQ(general_number_text(999999999999999.0), "999999999999999");
+  EXPECT_EQ(general_number_text(1234567890123456.0), "1.23456789012346E+15");
+  EXPECT_EQ(general_number_text(1e300), "1E+300");
+  EXPECT_EQ(general_number_text(-1.5e-7), "-1.5E-07");
+  EXPECT_EQ(general_number_text(0.0001234), "0.0001234");
+  EXPECT_EQ(general_number_text(-0.0), "0");
+  EXPECT_EQ(general_number_text(2.5), "2.5");
+}
+
+TEST(Variant, DateTextDropsTheEmptyHalf) {
+  EXPECT_EQ(to_text(Variant(Date{0.5})), "12:00:00 PM");
+  EXPECT_EQ(to_text(Variant(Date{38052.75})), "3/6/2004 6:00:00 PM");
+  EXPECT_EQ(to_text(Variant(Date{0.0})), "12:00:00 AM");
+  EXPECT_EQ(to_text(Variant(Date{-1.25})), "12/29/1899 6:00:00 AM");
 }
 
 }  // namespace

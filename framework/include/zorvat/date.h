@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace zorvat {
@@ -33,6 +34,11 @@ bool is_valid_civil(int year, int month, int day);
 
 // "YYYY-MM-DD" exactly; nothing else is accepted.
 std::optional<Date> parse_iso_date(std::string_view text);
+
+// A date as the classic conversion to text writes it (US English): "M/D/YYYY
+// h:mm:ss AM", the date alone when there is no time of day, the time alone on day 0
+// (30 December 1899). A serial outside the years 100 to 9999 raises 6 (Overflow).
+std::string general_date_text(Date date);
 
 // Dates the way a user types them: ISO "YYYY-MM-DD" or "M/D/YY", "M/D/YYYY".
 // Two-digit years 00-29 are 2000-2029, 30-99 are 1930-1999.

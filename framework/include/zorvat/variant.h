@@ -93,9 +93,13 @@ double round_half_even(double value);
 std::int32_t double_to_long(double value);
 std::int16_t double_to_integer(double value);
 
-// Text to double under the classic numeric-text rules: blanks around the number, a
-// leading sign, digits with "," group separators, one decimal point, an exponent with
-// E or D, or &H hex / &O octal whole numbers.
+// Text to double as the classic string-to-number conversion reads it, the locale
+// fixed to US English: blanks around the number, one sign before or after it,
+// parentheses around it for a negative, one "$" on either side, digits with ","
+// group separators, one "." decimal point, an exponent with E (not with "$"), or
+// &H hex / &O octal whole numbers of 32 bits (&HFFFFFFFF is -1). Every coercion
+// below reads text through it: Overflow when the number does not fit a double,
+// NotNumeric for anything else.
 struct NumericParse {
   enum class Status { Ok, NotNumeric, Overflow };
   Status status = Status::NotNumeric;
