@@ -54,9 +54,11 @@ qb::TimeTrackingAdd time_entry(const json& calls) {
         entry.entity_full_name = value.get<std::string>();
         break;
       case qb::TimeTrackingField::Duration:
+        if (value.size() != 3)
+          throw std::invalid_argument("Duration is set with hours, minutes, seconds: " +
+                                      value.dump());
         entry.duration = {value[0].get<std::int32_t>(), value[1].get<std::int32_t>(),
                           value[2].get<std::int32_t>()};
-        if (value[3].get<bool>()) throw std::invalid_argument("negative durations are not sent");
         break;
       case qb::TimeTrackingField::TxnDate:
         entry.txn_date = iso_date(value);
