@@ -57,13 +57,14 @@ std::vector<CardFieldProblem> field_limit_problems(const Variant& cards, std::st
                                     item(QB2000::kRegularItem + type), "HLS - Edit Totals"));
 
     for (const quickbooks::Request& request : requests) {
-      const std::optional<quickbooks::FieldLimitProblem> problem =
-          quickbooks::field_limit_problem(request);
-      if (!problem) continue;
-      const bool seen = std::any_of(found.begin(), found.end(), [&](const CardFieldProblem& known) {
-        return known.card == card_number && known.problem.field == problem->field;
-      });
-      if (!seen) found.push_back({card_number, *problem});
+      for (const quickbooks::FieldLimitProblem& problem :
+           quickbooks::field_limit_problems(request)) {
+        const bool seen =
+            std::any_of(found.begin(), found.end(), [&](const CardFieldProblem& known) {
+              return known.card == card_number && known.problem.field == problem.field;
+            });
+        if (!seen) found.push_back({card_number, problem});
+      }
     }
   });
   return found;

@@ -70,16 +70,20 @@ class Argument {
   unique_variant value_;
 };
 
-// The object a call returned; null for Nothing (and for Empty, as some callees
-// return it for Nothing). A value that is no object is a type mismatch.
+// The object a call returned, held by value or by reference; null for Nothing (and
+// for Empty, as some callees return it for Nothing). A value that is no object is a
+// type mismatch.
 ComPtr<IDispatch> dispatch_of(const unique_variant& value) {
+  const VARTYPE type = V_VT(&value);
+  IUnknown* held = nullptr;
+  if (type == VT_DISPATCH || type == VT_UNKNOWN)
+    held = V_UNKNOWN(&value);
+  else if (type == (VT_DISPATCH | VT_BYREF) || type == (VT_UNKNOWN | VT_BYREF))
+    held = V_UNKNOWNREF(&value) != nullptr ? *V_UNKNOWNREF(&value) : nullptr;
+  else if (type != VT_EMPTY && type != VT_NULL)
+    raise_runtime(rt::kTypeMismatch);
   ComPtr<IDispatch> object;
-  if (V_VT(&value) == VT_DISPATCH && V_DISPATCH(&value) != nullptr)
-    object = V_DISPATCH(&value);
-  else if (V_VT(&value) == VT_UNKNOWN && V_UNKNOWN(&value) != nullptr)
-    V_UNKNOWN(&value)->QueryInterface(IID_PPV_ARGS(&object));
-  else if (V_VT(&value) != VT_EMPTY && V_VT(&value) != VT_NULL && V_VT(&value) != VT_DISPATCH &&
-           V_VT(&value) != VT_UNKNOWN)
+  if (held != nullptr && FAILED(held->QueryInterface(IID_PPV_ARGS(&object))))
     raise_runtime(rt::kTypeMismatch);
   return object;
 }
@@ -99,7 +103,8 @@ class LateBound {
  public:
   explicit LateBound(ComPtr<IDispatch> object) : object_(std::move(object)) {}
 
-  // Calls a method; arguments in the method's order.
+  // Reads a property or calls a method, as VB's late binding does for both:
+  // DISPATCH_METHOD|DISPATCH_PROPERTYGET, arguments in the member's order.
   unique_variant call(const wchar_t* name,
                       std::initializer_list<const Argument*> arguments = {}) const {
     return invoke(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments);
@@ -109,6 +114,7 @@ class LateBound {
   LateBound object(const wchar_t* name) const { return LateBound(as_object(call(name))); }
   // Reads a member that may hold Nothing (a response's Detail).
   LateBound maybe_object(const wchar_t* name) const { return LateBound(dispatch_of(call(name))); }
+  // Assigns a property: DISPATCH_PROPERTYPUT with the value as the named argument.
   void put(const wchar_t* name, const Argument& value) const {
     VARIANTARG argument = value.value();  // borrowed: the callee does not free it
     DISPID named = DISPID_PROPERTYPUT;

@@ -13,15 +13,16 @@ struct LimitedField {
   std::size_t limit;
 };
 
-std::optional<FieldLimitProblem> first_over(std::initializer_list<LimitedField> fields,
-                                            std::string_view request, const std::string& employee) {
+std::vector<FieldLimitProblem> over(std::initializer_list<LimitedField> fields,
+                                    std::string_view request, const std::string& employee) {
+  std::vector<FieldLimitProblem> found;
   for (const LimitedField& field : fields) {
     const std::size_t length = character_count(*field.text);
     if (length > field.limit)
-      return FieldLimitProblem{std::string(request) + "/" + std::string(field.name), employee,
-                               length, field.limit};
+      found.push_back(
+          {std::string(request) + "/" + std::string(field.name), employee, length, field.limit});
   }
-  return std::nullopt;
+  return found;
 }
 
 // The parts that are not empty, joined by single spaces.
@@ -35,24 +36,24 @@ std::string employee_name(const EmployeeAdd& add) {
   return name;
 }
 
-std::optional<FieldLimitProblem> problem(const PayrollItemWageQuery&) {
-  return std::nullopt;
+std::vector<FieldLimitProblem> problems(const PayrollItemWageQuery&) {
+  return {};
 }
-std::optional<FieldLimitProblem> problem(const EmployeeQuery&) {
-  return std::nullopt;
+std::vector<FieldLimitProblem> problems(const EmployeeQuery&) {
+  return {};
 }
-std::optional<FieldLimitProblem> problem(const EmployeeAdd& add) {
-  return first_over({{"FirstName", &add.first_name, kFirstNameLength},
-                     {"MiddleName", &add.middle_name, kMiddleNameLength},
-                     {"LastName", &add.last_name, kLastNameLength}},
-                    "EmployeeAdd", employee_name(add));
+std::vector<FieldLimitProblem> problems(const EmployeeAdd& add) {
+  return over({{"FirstName", &add.first_name, kFirstNameLength},
+               {"MiddleName", &add.middle_name, kMiddleNameLength},
+               {"LastName", &add.last_name, kLastNameLength}},
+              "EmployeeAdd", employee_name(add));
 }
-std::optional<FieldLimitProblem> problem(const TimeTrackingAdd& add) {
-  return first_over({{"EntityRef/FullName", &add.entity_full_name, kEntityFullNameLength},
-                     {"PayrollItemWageRef/FullName", &add.payroll_item_wage_full_name,
-                      kPayrollItemFullNameLength},
-                     {"Notes", &add.notes, kTimeTrackingNotesLength}},
-                    "TimeTrackingAdd", add.entity_full_name);
+std::vector<FieldLimitProblem> problems(const TimeTrackingAdd& add) {
+  return over({{"EntityRef/FullName", &add.entity_full_name, kEntityFullNameLength},
+               {"PayrollItemWageRef/FullName", &add.payroll_item_wage_full_name,
+                kPayrollItemFullNameLength},
+               {"Notes", &add.notes, kTimeTrackingNotesLength}},
+              "TimeTrackingAdd", add.entity_full_name);
 }
 
 }  // namespace
@@ -81,8 +82,14 @@ std::string FieldLimitProblem::description() const {
          " characters; QuickBooks takes at most " + std::to_string(limit) + ".";
 }
 
+std::vector<FieldLimitProblem> field_limit_problems(const Request& request) {
+  return std::visit([](const auto& typed) { return problems(typed); }, request);
+}
+
 std::optional<FieldLimitProblem> field_limit_problem(const Request& request) {
-  return std::visit([](const auto& typed) { return problem(typed); }, request);
+  std::vector<FieldLimitProblem> found = field_limit_problems(request);
+  if (found.empty()) return std::nullopt;
+  return std::move(found.front());
 }
 
 void check_field_limits(const RequestSet& request_set) {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "zorvat/quickbooks/session.h"
 
@@ -50,7 +51,9 @@ struct FieldLimitProblem {
   std::string description() const;
 };
 
-// The first field of `request` over its limit, in the schema's order.
+// Every field of `request` over its limit, in the schema's order.
+std::vector<FieldLimitProblem> field_limit_problems(const Request& request);
+// The first of them.
 std::optional<FieldLimitProblem> field_limit_problem(const Request& request);
 
 // Raises kFieldTooLong naming the first field over its limit in the request set,
