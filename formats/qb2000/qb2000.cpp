@@ -66,12 +66,23 @@ std::string item_length_message() {
 }
 
 // The session's first qbXML version, "major.minor", as the pair of numbers every
-// request set is created with.
+// request set is created with. A first version that is not two numbers (a Canadian
+// "CA3.0") is a type mismatch, raised with what QuickBooks offered.
 QbxmlVersion first_version(const std::vector<std::string>& versions) {
   if (versions.empty()) raise_runtime(rt::kSubscriptOutOfRange);
   const std::vector<std::string> parts = qb2000::split_text(versions.front(), '.');
   if (parts.size() < 2) raise_runtime(rt::kSubscriptOutOfRange);
-  return {to_integer(Variant(parts[0])), to_integer(Variant(parts[1]))};
+  const auto number = [&](const std::string& part) {
+    const bool digits = !part.empty() && part.size() <= 4 &&
+                        part.find_first_not_of("0123456789") == std::string::npos;
+    if (!digits)
+      raise(rt::kTypeMismatch, kComponentSource,
+            "Type mismatch: QuickBooks offers qbXML version \"" + versions.front() +
+                "\" first, which is not a version number major.minor; this export speaks the "
+                "qbXML versions of the US editions");
+    return to_integer(Variant(part));
+  };
+  return {number(parts[0]), number(parts[1])};
 }
 
 MessageBoxRequest foreground_box(std::string_view text, std::string_view title, MessageIcon icon) {

@@ -14,6 +14,7 @@
 #include "describe_command.h"
 #include "json_cards.h"
 #include "platform.h"
+#include "qb2000_check_command.h"
 #include "reconcile_command.h"
 #include "setup_command.h"
 #include "simulated_quickbooks.h"
@@ -250,6 +251,10 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   }
 
   if (setup_command.parsed()) return setup_command.run(out, err, interactive);
+  // QB2000 writes no file: its check lists the cards QuickBooks' fields cannot take.
+  if (export_command->parsed() && export_command->get_option("--check")->as<bool>() &&
+      names_qb2000(request.class_name))
+    return run_qb2000_check(request.cards_path, request.setup, request.json, out, err);
   const ExportOptions export_options{request.class_name, request.cards_path, request.setup,
                                      request.title, request.json};
   if (auto status = reconcile_commands.run(export_options, out, err)) return *status;

@@ -2,11 +2,13 @@
 
 #include <initializer_list>
 #include <optional>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
 #include "dispatch_view.h"
 #include "zorvat/error.h"
+#include "zorvat/quickbooks/schema.h"
 
 namespace zorvat::com {
 namespace {
@@ -15,6 +17,10 @@ using namespace quickbooks;
 
 constexpr long kObjectNotSet = 91;
 constexpr long kCantCreateObject = 429;
+
+// ENBillableStatus.
+constexpr std::int32_t kBillable = 0;
+constexpr std::int32_t kNotBillable = 1;
 
 // An argument of a late-bound call.
 class Argument {
@@ -64,16 +70,20 @@ class Argument {
   unique_variant value_;
 };
 
-// The object a call returned; null for Nothing (and for Empty, as some callees
-// return it for Nothing). A value that is no object is a type mismatch.
+// The object a call returned, held by value or by reference; null for Nothing (and
+// for Empty, as some callees return it for Nothing). A value that is no object is a
+// type mismatch.
 ComPtr<IDispatch> dispatch_of(const unique_variant& value) {
+  const VARTYPE type = V_VT(&value);
+  IUnknown* held = nullptr;
+  if (type == VT_DISPATCH || type == VT_UNKNOWN)
+    held = V_UNKNOWN(&value);
+  else if (type == (VT_DISPATCH | VT_BYREF) || type == (VT_UNKNOWN | VT_BYREF))
+    held = V_UNKNOWNREF(&value) != nullptr ? *V_UNKNOWNREF(&value) : nullptr;
+  else if (type != VT_EMPTY && type != VT_NULL)
+    raise_runtime(rt::kTypeMismatch);
   ComPtr<IDispatch> object;
-  if (V_VT(&value) == VT_DISPATCH && V_DISPATCH(&value) != nullptr)
-    object = V_DISPATCH(&value);
-  else if (V_VT(&value) == VT_UNKNOWN && V_UNKNOWN(&value) != nullptr)
-    V_UNKNOWN(&value)->QueryInterface(IID_PPV_ARGS(&object));
-  else if (V_VT(&value) != VT_EMPTY && V_VT(&value) != VT_NULL && V_VT(&value) != VT_DISPATCH &&
-           V_VT(&value) != VT_UNKNOWN)
+  if (held != nullptr && FAILED(held->QueryInterface(IID_PPV_ARGS(&object))))
     raise_runtime(rt::kTypeMismatch);
   return object;
 }
@@ -93,19 +103,18 @@ class LateBound {
  public:
   explicit LateBound(ComPtr<IDispatch> object) : object_(std::move(object)) {}
 
-  // Calls a method; arguments in the method's order.
+  // Reads a property or calls a method, as VB's late binding does for both:
+  // DISPATCH_METHOD|DISPATCH_PROPERTYGET, arguments in the member's order.
   unique_variant call(const wchar_t* name,
                       std::initializer_list<const Argument*> arguments = {}) const {
     return invoke(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments);
   }
-  // Reads a property that holds an object; Nothing raises 91.
-  LateBound object(const wchar_t* name) const {
-    return LateBound(as_object(invoke(name, DISPATCH_PROPERTYGET, {})));
-  }
-  // Reads a property that may hold Nothing (a response's Detail).
-  LateBound maybe_object(const wchar_t* name) const {
-    return LateBound(dispatch_of(invoke(name, DISPATCH_PROPERTYGET, {})));
-  }
+  // Reads a member that holds an object (a property, or a method without arguments
+  // such as Append...Rq); Nothing raises 91.
+  LateBound object(const wchar_t* name) const { return LateBound(as_object(call(name))); }
+  // Reads a member that may hold Nothing (a response's Detail).
+  LateBound maybe_object(const wchar_t* name) const { return LateBound(dispatch_of(call(name))); }
+  // Assigns a property: DISPATCH_PROPERTYPUT with the value as the named argument.
   void put(const wchar_t* name, const Argument& value) const {
     VARIANTARG argument = value.value();  // borrowed: the callee does not free it
     DISPID named = DISPID_PROPERTYPUT;
@@ -171,6 +180,40 @@ std::int32_t long_of(const unique_variant& value) {
   return V_I4(&converted);
 }
 
+// An array of strings as a property returns it: a SAFEARRAY of BSTR, or of VARIANTs
+// holding strings, held by value or by reference. Read with the SafeArray API from
+// its lower bound to its upper bound; anything else is a type mismatch (13).
+std::vector<std::string> texts_of(const unique_variant& value) {
+  const VARTYPE type = V_VT(&value);
+  if ((type & VT_ARRAY) == 0) raise_runtime(rt::kTypeMismatch);
+  SAFEARRAY* array = (type & VT_BYREF) != 0
+                         ? (V_ARRAYREF(&value) != nullptr ? *V_ARRAYREF(&value) : nullptr)
+                         : V_ARRAY(&value);
+  const VARTYPE element = type & VT_TYPEMASK;
+  if (array == nullptr || SafeArrayGetDim(array) != 1 ||
+      (element != VT_BSTR && element != VT_VARIANT))
+    raise_runtime(rt::kTypeMismatch);
+  LONG lower = 0;
+  LONG upper = -1;
+  if (FAILED(SafeArrayGetLBound(array, 1, &lower)) || FAILED(SafeArrayGetUBound(array, 1, &upper)))
+    raise_runtime(rt::kTypeMismatch);
+  std::vector<std::string> texts;
+  for (LONG index = lower; index <= upper; ++index) {
+    if (element == VT_BSTR) {
+      BSTR text = nullptr;
+      if (FAILED(SafeArrayGetElement(array, &index, &text))) raise_runtime(rt::kTypeMismatch);
+      const unique_bstr owned(text);
+      texts.push_back(bstr_to_utf8(owned.get()));
+    } else {
+      unique_variant held;
+      if (FAILED(SafeArrayGetElement(array, &index, held.addressof())))
+        raise_runtime(rt::kTypeMismatch);
+      texts.push_back(text_of(held));
+    }
+  }
+  return texts;
+}
+
 // The field objects of a request are set with SetValue, one call per field.
 void set_value(const LateBound& field, const Argument& value) {
   field.call(L"SetValue", {&value});
@@ -195,10 +238,11 @@ void append(const LateBound& set, const EmployeeAdd& add) {
   set_value(request.object(L"LastName"), Argument::text(add.last_name));
 }
 
-// A time entry's fields, set one call at a time in the entry's own order. The hours
-// go as they are (the edit-total split can make them zero or negative) and the
-// duration is never flagged negative.
-void append(const LateBound& set, const TimeTrackingAdd& add) {
+// A time entry's fields, set one call at a time in the entry's own order. The
+// duration is SetValue(hours, minutes, seconds), the hours as they are (the
+// edit-total split can make them zero or negative). Whether it is billable is
+// IsBillable below qbXML 6.0 and BillableStatus from 6.0 on.
+void append(const LateBound& set, const TimeTrackingAdd& add, bool billable_status) {
   const LateBound request = set.object(L"AppendTimeTrackingAddRq");
   for (const TimeTrackingField field : add.field_order) {
     switch (field) {
@@ -210,8 +254,7 @@ void append(const LateBound& set, const TimeTrackingAdd& add) {
         const Argument hours = Argument::integer(static_cast<std::int16_t>(add.duration.hours));
         const Argument minutes = Argument::integer(static_cast<std::int16_t>(add.duration.minutes));
         const Argument seconds = Argument::integer(static_cast<std::int16_t>(add.duration.seconds));
-        const Argument negative = Argument::boolean(false);
-        request.object(L"Duration").call(L"SetValue", {&hours, &minutes, &seconds, &negative});
+        request.object(L"Duration").call(L"SetValue", {&hours, &minutes, &seconds});
         break;
       }
       case TimeTrackingField::TxnDate:
@@ -222,7 +265,11 @@ void append(const LateBound& set, const TimeTrackingAdd& add) {
                   Argument::text(add.payroll_item_wage_full_name));
         break;
       case TimeTrackingField::IsBillable:
-        set_value(request.object(L"IsBillable"), Argument::boolean(add.is_billable));
+        if (billable_status)
+          set_value(request.object(L"BillableStatus"),
+                    Argument::long_integer(add.is_billable ? kBillable : kNotBillable));
+        else
+          set_value(request.object(L"IsBillable"), Argument::boolean(add.is_billable));
         break;
       case TimeTrackingField::Notes:
         set_value(request.object(L"Notes"), Argument::text(add.notes));
@@ -291,17 +338,13 @@ void QbfcSessionManager::CloseConnection() {
 }
 
 std::vector<std::string> QbfcSessionManager::QBXMLVersionsForSession() {
-  const LateBound list = LateBound(manager_).object(L"QBXMLVersionsForSession");
-  const std::int32_t count = long_of(list.call(L"Count"));
-  std::vector<std::string> versions;
-  for (std::int32_t index = 0; index < count; ++index) {
-    const Argument at = Argument::long_integer(index);
-    versions.push_back(text_of(list.call(L"GetAt", {&at})));
-  }
-  return versions;
+  return texts_of(LateBound(manager_).call(L"QBXMLVersionsForSession"));
 }
 
 ResponseSet QbfcSessionManager::DoRequests(const RequestSet& request_set) {
+  // The SDK's field objects refuse a text longer than the field on SetValue; checked
+  // before the message set is created, nothing of the set is built or sent.
+  check_field_limits(request_set);
   const LateBound manager(manager_);
   const Argument major = Argument::integer(static_cast<std::int16_t>(request_set.major_version));
   const Argument minor = Argument::integer(static_cast<std::int16_t>(request_set.minor_version));
@@ -310,8 +353,18 @@ ResponseSet QbfcSessionManager::DoRequests(const RequestSet& request_set) {
   const LateBound set(created);
   set.object(L"Attributes")
       .put(L"OnError", Argument::long_integer(static_cast<std::int32_t>(request_set.on_error)));
-  for (const Request& request : request_set.requests)
-    std::visit([&](const auto& typed) { append(set, typed); }, request);
+  const bool billable_status =
+      uses_billable_status(request_set.major_version, request_set.minor_version);
+  for (const Request& request : request_set.requests) {
+    std::visit(
+        [&](const auto& typed) {
+          if constexpr (std::is_same_v<std::decay_t<decltype(typed)>, TimeTrackingAdd>)
+            append(set, typed, billable_status);
+          else
+            append(set, typed);
+        },
+        request);
+  }
 
   const Argument sent = Argument::object(created.Get());
   const LateBound reply = LateBound(as_object(manager.call(L"DoRequests", {&sent})));
@@ -329,7 +382,30 @@ std::vector<std::wstring> QbfcSessionManagerFactory::default_prog_ids() {
   return {L"QBFC2.QBSessionManager", L"QBFC1.QBSessionManager"};
 }
 
+namespace {
+
+// Whether the class is registered as an in-process server for 32-bit processes only
+// (under the 32-bit view of the registry), as the SDK's session manager is in most of
+// its releases.
+[[maybe_unused]] bool registered_for_32_bit_only(const CLSID& clsid) {
+  wchar_t text[40] = {};
+  StringFromGUID2(clsid, text, 40);
+  const std::wstring key = std::wstring(L"Software\\Classes\\CLSID\\") + text + L"\\InprocServer32";
+  auto exists = [&](REGSAM view) {
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ | view, &opened) !=
+        ERROR_SUCCESS)
+      return false;
+    RegCloseKey(opened);
+    return true;
+  };
+  return exists(KEY_WOW64_32KEY) && !exists(KEY_WOW64_64KEY);
+}
+
+}  // namespace
+
 std::unique_ptr<SessionManager> QbfcSessionManagerFactory::create() {
+  [[maybe_unused]] std::optional<std::wstring> thirty_two_bit;
   for (const std::wstring& prog_id : prog_ids_) {
     CLSID clsid{};
     if (FAILED(CLSIDFromProgID(prog_id.c_str(), &clsid))) continue;
@@ -337,7 +413,19 @@ std::unique_ptr<SessionManager> QbfcSessionManagerFactory::create() {
     if (SUCCEEDED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
                                    IID_PPV_ARGS(&manager))))
       return std::make_unique<QbfcSessionManager>(std::move(manager));
+#ifdef _WIN64
+    if (!thirty_two_bit && registered_for_32_bit_only(clsid)) thirty_two_bit = prog_id;
+#endif
   }
+#ifdef _WIN64
+  // A 64-bit process cannot load a 32-bit in-process library: say so, and what to do.
+  if (thirty_two_bit)
+    raise(kCantCreateObject, kComponentSource,
+          "ActiveX component can't create object: QuickBooks' session manager " +
+              to_utf8(*thirty_two_bit) +
+              " is a 32-bit library, which the 64-bit zorvat.dll cannot load. Export to "
+              "QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
+#endif
   raise(kCantCreateObject, kComponentSource, "ActiveX component can't create object");
 }
 

@@ -2,6 +2,12 @@
 // late-bound: every call goes through IDispatch by name, so nothing of the SDK is
 // needed to build and a machine without it fails only when a session is wanted.
 //
+// One calling convention, VB's: every read and call goes with
+// DISPATCH_METHOD|DISPATCH_PROPERTYGET (a type-library dispatcher matches the flags
+// against the member's kind, and Append...Rq are methods), every assignment with
+// DISPATCH_PROPERTYPUT; arrays come back as SAFEARRAYs, by value or by reference, read
+// with the SafeArray API; objects may come back by reference too.
+//
 // The session manager is created by ProgID. The export speaks qbXML 1.x and creates
 // its message sets with CreateMsgSetRequest(major, minor), the argument list of the
 // SDK's session managers of that era; the later ones take a country first and are
@@ -42,7 +48,9 @@ class QbfcSessionManagerFactory final : public quickbooks::SessionManagerFactory
   static std::vector<std::wstring> default_prog_ids();
 
   // The first ProgID that creates an object wins; when none does, raises 429
-  // "ActiveX component can't create object".
+  // "ActiveX component can't create object". In the 64-bit DLL, a session manager
+  // registered for 32-bit processes only (as the SDK's is in most releases) raises 429
+  // with a description saying so: QuickBooks needs the 32-bit host.
   std::unique_ptr<quickbooks::SessionManager> create() override;
 
  private:

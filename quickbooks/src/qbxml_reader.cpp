@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <charconv>
 #include <pugixml.hpp>
+#include <sstream>
 
 #include "qbxml_names.h"
 #include "xml_text.h"
 #include "zorvat/error.h"
 #include "zorvat/quickbooks/qbxml.h"
+#include "zorvat/quickbooks/schema.h"
 #include "zorvat/quickbooks/values.h"
 #include "zorvat/text.h"
 
@@ -47,7 +49,24 @@ class Reader {
   // Parses `xml` into `document` and returns its QBXML element. The qbxml version
   // instruction, when there is one, is read into `version`.
   pugi::xml_node parse(pugi::xml_document& document, std::string_view xml,
-                       std::optional<std::pair<std::int32_t, std::int32_t>>& version) const {
+                       std::optional<std::pair<std::int32_t, std::int32_t>>& version) {
+    // A document in another encoding pugixml reads (UTF-16 or UTF-32, told by the
+    // byte-order mark or the layout of "<?", or Latin-1 named by the declaration) is
+    // read as pugixml reads it and checked as its UTF-8 text.
+    std::string converted;
+    {
+      pugi::xml_document probe;
+      const pugi::xml_parse_result probed =
+          probe.load_buffer(xml.data(), xml.size(), kParseOptions, pugi::encoding_auto);
+      if (probed.encoding != pugi::encoding_utf8) {
+        if (!probed) fail("", std::string("in its encoding: ") + probed.description());
+        std::ostringstream text;
+        probe.save(text, "", pugi::format_raw, pugi::encoding_utf8);
+        converted = text.str();
+        xml = converted;
+        encoding_ = probed.encoding;
+      }
+    }
     const std::string lexical = xml_lexical_problem(xml);
     if (!lexical.empty()) fail("", lexical);
     const pugi::xml_parse_result result =
@@ -170,7 +189,7 @@ class Reader {
       const std::string_view name = attribute.name();
       const std::string_view value = attribute.value();
       if (name == "version" && value == "1.0") continue;
-      if (name == "encoding" && iequals(value, "utf-8")) continue;
+      if (name == "encoding" && names_read_encoding(value)) continue;
       if (name == "standalone" && (value == "yes" || value == "no")) continue;
       fail("", "XML declaration with " + std::string(name) + "=\"" + std::string(value) + "\"");
     }
@@ -198,7 +217,24 @@ class Reader {
     return {*major_version, *minor_version};
   }
 
+  // Whether `name` names the encoding the document was read in.
+  bool names_read_encoding(std::string_view name) const {
+    switch (encoding_) {
+      case pugi::encoding_utf16_le:
+      case pugi::encoding_utf16_be:
+        return iequals(name, "utf-16") || iequals(name, "utf-16le") || iequals(name, "utf-16be");
+      case pugi::encoding_utf32_le:
+      case pugi::encoding_utf32_be:
+        return iequals(name, "utf-32") || iequals(name, "utf-32le") || iequals(name, "utf-32be");
+      case pugi::encoding_latin1:
+        return iequals(name, "iso-8859-1") || iequals(name, "latin1") || iequals(name, "latin-1");
+      default:
+        return iequals(name, "utf-8");
+    }
+  }
+
   std::string_view kind_;
+  pugi::xml_encoding encoding_ = pugi::encoding_utf8;
 };
 
 // The child elements of one element, taken in the schema's order.
@@ -247,7 +283,7 @@ class Sequence {
   std::size_t next_ = 0;
 };
 
-Request read_payroll_item_wage_query(Sequence& body, const Reader& reader) {
+Request read_payroll_item_wage_query(Sequence& body, const Reader& reader, bool) {
   PayrollItemWageQuery query;
   if (const pugi::xml_node max = body.optional("MaxReturned")) {
     const std::string place = body.place_of("MaxReturned");
@@ -256,11 +292,11 @@ Request read_payroll_item_wage_query(Sequence& body, const Reader& reader) {
   return query;
 }
 
-Request read_employee_query(Sequence&, const Reader&) {
+Request read_employee_query(Sequence&, const Reader&, bool) {
   return EmployeeQuery{};
 }
 
-Request read_employee_add(Sequence& body, const Reader& reader) {
+Request read_employee_add(Sequence& body, const Reader& reader, bool) {
   const pugi::xml_node node = body.required("EmployeeAdd");
   reader.attributes(node, body.place_of("EmployeeAdd"), {});
   Sequence fields(reader, node, body.place_of("EmployeeAdd"));
@@ -275,7 +311,9 @@ Request read_employee_add(Sequence& body, const Reader& reader) {
   return add;
 }
 
-Request read_time_tracking_add(Sequence& body, const Reader& reader) {
+// Whether the entry is billable: IsBillable below qbXML 6.0, BillableStatus from 6.0
+// on; each is optional, and the other version's element is refused.
+Request read_time_tracking_add(Sequence& body, const Reader& reader, bool billable_status) {
   const pugi::xml_node node = body.required("TimeTrackingAdd");
   reader.attributes(node, body.place_of("TimeTrackingAdd"), {});
   Sequence fields(reader, node, body.place_of("TimeTrackingAdd"));
@@ -293,17 +331,27 @@ Request read_time_tracking_add(Sequence& body, const Reader& reader) {
   add.duration = *parsed;
   add.payroll_item_wage_full_name = fields.required_reference("PayrollItemWageRef");
   add.notes = fields.required_text("Notes");
-  const std::string billable = fields.required_text("IsBillable");
-  if (billable == "true" || billable == "1") {
-    add.is_billable = true;
-  } else if (billable != "false" && billable != "0") {
-    reader.fail(fields.place_of("IsBillable"), "\"" + billable + "\" is not true or false");
+  const std::string_view element = billable_status ? "BillableStatus" : "IsBillable";
+  if (const pugi::xml_node found = fields.optional(element)) {
+    const std::string place = fields.place_of(element);
+    const std::string billable = reader.text(found, place);
+    if (billable_status) {
+      if (billable == "Billable" || billable == "HasBeenBilled") {
+        add.is_billable = true;
+      } else if (billable != "NotBillable") {
+        reader.fail(place, "\"" + billable + "\" is not Billable, NotBillable or HasBeenBilled");
+      }
+    } else if (billable == "true" || billable == "1") {
+      add.is_billable = true;
+    } else if (billable != "false" && billable != "0") {
+      reader.fail(place, "\"" + billable + "\" is not true or false");
+    }
   }
   fields.finish();
   return add;
 }
 
-using RequestBodyReader = Request (*)(Sequence&, const Reader&);
+using RequestBodyReader = Request (*)(Sequence&, const Reader&, bool);
 constexpr RequestBodyReader kRequestBodyReaders[] = {
     read_payroll_item_wage_query, read_employee_query, read_employee_add, read_time_tracking_add};
 
@@ -319,13 +367,21 @@ std::string indexed_place(std::string_view parent, std::string_view name, std::s
   return std::string(parent) + "/" + std::string(name) + "[" + std::to_string(index + 1) + "]";
 }
 
+// The returned objects of a response, then the ErrorRecovery that QuickBooks may add
+// after them (its content is not read).
 std::vector<ReturnedObject> read_returned(const Reader& reader, pugi::xml_node response,
                                           const std::string& place, const QbxmlNames& names) {
   std::vector<ReturnedObject> objects;
   const std::vector<pugi::xml_node> children = reader.elements(response, place);
+  bool recovery = false;
   for (std::size_t index = 0; index < children.size(); ++index) {
     const pugi::xml_node returned = children[index];
     const std::string returned_place = indexed_place(place, returned.name(), index);
+    if (recovery) reader.fail(returned_place, "nothing follows <ErrorRecovery>");
+    if (std::string_view(returned.name()) == "ErrorRecovery") {
+      recovery = true;
+      continue;
+    }
     if (names.returned != returned.name()) {
       reader.fail(returned_place, "expected <" + std::string(names.returned) + ">");
     }
@@ -350,7 +406,7 @@ struct ReadResponses {
 };
 
 ReadResponses read_responses(std::string_view xml) {
-  const Reader reader("response");
+  Reader reader("response");
   pugi::xml_document document;
   std::optional<std::pair<std::int32_t, std::int32_t>> version;
   const pugi::xml_node root = reader.parse(document, xml, version);
@@ -358,7 +414,10 @@ ReadResponses read_responses(std::string_view xml) {
   const pugi::xml_node messages = top.required("QBXMLMsgsRs");
   top.finish();
   const std::string place = "QBXML/QBXMLMsgsRs";
-  reader.attributes(messages, place, {});
+  // QuickBooks adds these when the set was sent for error recovery; neither is read.
+  reader.attributes(messages, place, {"newMessageSetID", "messageSetStatusCode"});
+  if (const pugi::xml_attribute status = messages.attribute("messageSetStatusCode"))
+    reader.number(status.value(), place + " messageSetStatusCode");
 
   ReadResponses read;
   const std::vector<pugi::xml_node> children = reader.elements(messages, place);
@@ -367,9 +426,12 @@ ReadResponses read_responses(std::string_view xml) {
     const std::string element_place = indexed_place(place, element.name(), index);
     const std::optional<std::size_t> kind = kind_named(element.name(), &QbxmlNames::response);
     if (!kind) reader.fail(element_place, "not a response this session sends requests for");
+    // Every attribute the schema gives a response; requestID and statusMessage are
+    // optional, and a query's retCount and iterator attributes are not read.
     reader.attributes(element, element_place,
-                      {"requestID", "statusCode", "statusSeverity", "statusMessage"});
-    reader.check_request_id(element, element_place, index);
+                      {"requestID", "statusCode", "statusSeverity", "statusMessage", "retCount",
+                       "iteratorRemainingCount", "iteratorID"});
+    if (element.attribute("requestID")) reader.check_request_id(element, element_place, index);
     Response response;
     response.status_code =
         reader.number(reader.required_attribute(element, element_place, "statusCode"),
@@ -380,7 +442,7 @@ ReadResponses read_responses(std::string_view xml) {
       reader.fail(element_place,
                   "statusSeverity \"" + response.status_severity + "\" is not Info, Warn or Error");
     }
-    response.status_message = reader.required_attribute(element, element_place, "statusMessage");
+    response.status_message = element.attribute("statusMessage").value();
     std::vector<ReturnedObject> objects =
         read_returned(reader, element, element_place, kQbxmlNames[*kind]);
     if (!objects.empty()) response.detail = std::move(objects);
@@ -393,7 +455,7 @@ ReadResponses read_responses(std::string_view xml) {
 }  // namespace
 
 RequestSet read_qbxml_request(std::string_view xml) {
-  const Reader reader("request");
+  Reader reader("request");
   pugi::xml_document document;
   std::optional<std::pair<std::int32_t, std::int32_t>> version;
   const pugi::xml_node root = reader.parse(document, xml, version);
@@ -428,8 +490,13 @@ RequestSet read_qbxml_request(std::string_view xml) {
     reader.attributes(element, element_place, {"requestID"});
     reader.check_request_id(element, element_place, index);
     Sequence body(reader, element, element_place);
-    request_set.requests.push_back(kRequestBodyReaders[*kind](body, reader));
+    request_set.requests.push_back(kRequestBodyReaders[*kind](
+        body, reader, uses_billable_status(request_set.major_version, request_set.minor_version)));
     body.finish();
+    // The schema's maximum lengths.
+    if (const std::optional<FieldLimitProblem> problem =
+            field_limit_problem(request_set.requests.back()))
+      reader.fail(element_place, problem->description());
   }
   return request_set;
 }

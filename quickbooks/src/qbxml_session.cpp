@@ -1,6 +1,7 @@
 #include "zorvat/quickbooks/qbxml_session.h"
 
 #include "zorvat/quickbooks/qbxml.h"
+#include "zorvat/quickbooks/schema.h"
 
 namespace zorvat::quickbooks {
 
@@ -33,6 +34,8 @@ std::vector<std::string> QbxmlSessionManager::QBXMLVersionsForSession() {
 }
 
 ResponseSet QbxmlSessionManager::DoRequests(const RequestSet& request_set) {
+  // A field longer than the schema allows stops the set before it is written.
+  check_field_limits(request_set);
   const std::string request_xml = write_qbxml_request(request_set);
   if (log_) log_(request_xml);
   return read_qbxml_response(transport_.ProcessRequest(ticket_, request_xml), request_set);

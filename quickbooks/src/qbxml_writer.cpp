@@ -4,6 +4,7 @@
 #include "xml_text.h"
 #include "zorvat/error.h"
 #include "zorvat/quickbooks/qbxml.h"
+#include "zorvat/quickbooks/schema.h"
 #include "zorvat/quickbooks/values.h"
 
 namespace zorvat::quickbooks {
@@ -53,27 +54,36 @@ std::string request_id(std::size_t index) {
   return attribute("requestID", std::to_string(index + 1));
 }
 
-void write_time_entry_fields(XmlWriter& xml, const TimeTrackingAdd& add) {
+// The fields in the schema's order. Whether the entry is billable is IsBillable below
+// qbXML 6.0 and BillableStatus from 6.0 on.
+void write_time_entry_fields(XmlWriter& xml, const TimeTrackingAdd& add, bool billable_status) {
   xml.text("TxnDate", txn_date_text(add.txn_date));
   xml.reference("EntityRef", add.entity_full_name);
   xml.text("Duration", duration_text(add.duration));
   xml.reference("PayrollItemWageRef", add.payroll_item_wage_full_name);
   xml.text("Notes", add.notes);
-  xml.text("IsBillable", add.is_billable ? "true" : "false");
+  if (billable_status)
+    xml.text("BillableStatus", add.is_billable ? "Billable" : "NotBillable");
+  else
+    xml.text("IsBillable", add.is_billable ? "true" : "false");
 }
 
-void write_request(XmlWriter& xml, const PayrollItemWageQuery& query, const std::string& id) {
+bool billable_status_of(const RequestSet& set) {
+  return uses_billable_status(set.major_version, set.minor_version);
+}
+
+void write_request(XmlWriter& xml, const PayrollItemWageQuery& query, const std::string& id, bool) {
   if (query.max_returned == 0) return xml.empty(kPayrollItemWageQueryNames.request, id);
   xml.open(kPayrollItemWageQueryNames.request, id);
   xml.text("MaxReturned", std::to_string(query.max_returned));
   xml.close(kPayrollItemWageQueryNames.request);
 }
 
-void write_request(XmlWriter& xml, const EmployeeQuery&, const std::string& id) {
+void write_request(XmlWriter& xml, const EmployeeQuery&, const std::string& id, bool) {
   xml.empty(kEmployeeQueryNames.request, id);
 }
 
-void write_request(XmlWriter& xml, const EmployeeAdd& add, const std::string& id) {
+void write_request(XmlWriter& xml, const EmployeeAdd& add, const std::string& id, bool) {
   xml.open(kEmployeeAddNames.request, id);
   // A name part left empty is not sent at all.
   if (add.first_name.empty() && add.middle_name.empty() && add.last_name.empty()) {
@@ -88,22 +98,24 @@ void write_request(XmlWriter& xml, const EmployeeAdd& add, const std::string& id
   xml.close(kEmployeeAddNames.request);
 }
 
-void write_request(XmlWriter& xml, const TimeTrackingAdd& add, const std::string& id) {
+void write_request(XmlWriter& xml, const TimeTrackingAdd& add, const std::string& id,
+                   bool billable_status) {
   xml.open(kTimeTrackingAddNames.request, id);
   xml.open("TimeTrackingAdd");
-  write_time_entry_fields(xml, add);
+  write_time_entry_fields(xml, add, billable_status);
   xml.close("TimeTrackingAdd");
   xml.close(kTimeTrackingAddNames.request);
 }
 
-void write_returned(XmlWriter& xml, const Request& request, const ReturnedObject& object) {
+void write_returned(XmlWriter& xml, const Request& request, const ReturnedObject& object,
+                    bool billable_status) {
   const QbxmlNames& names = qbxml_names(request);
   xml.open(names.returned);
   if (names.named) {
     xml.text("Name", object.name);
   } else {
     if (!object.name.empty()) raise(rt::kInvalidProcedureCall, kSource, "a time entry has no name");
-    write_time_entry_fields(xml, std::get<TimeTrackingAdd>(request));
+    write_time_entry_fields(xml, std::get<TimeTrackingAdd>(request), billable_status);
   }
   xml.close(names.returned);
 }
@@ -122,8 +134,11 @@ std::string write_qbxml_request(const RequestSet& request_set) {
   } else {
     xml.open("QBXMLMsgsRq", on_error);
     for (std::size_t index = 0; index < request_set.requests.size(); ++index) {
-      std::visit([&](const auto& request) { write_request(xml, request, request_id(index)); },
-                 request_set.requests[index]);
+      std::visit(
+          [&](const auto& request) {
+            write_request(xml, request, request_id(index), billable_status_of(request_set));
+          },
+          request_set.requests[index]);
     }
     xml.close("QBXMLMsgsRq");
   }
@@ -156,7 +171,8 @@ std::string write_qbxml_response(const ResponseSet& responses, const RequestSet&
         continue;
       }
       xml.open(name, attributes);
-      for (const ReturnedObject& object : *response.detail) write_returned(xml, request, object);
+      for (const ReturnedObject& object : *response.detail)
+        write_returned(xml, request, object, billable_status_of(answered));
       xml.close(name);
     }
     xml.close("QBXMLMsgsRs");

@@ -3,6 +3,7 @@
 #include "company_answers.h"
 #include "zorvat/error.h"
 #include "zorvat/quickbooks/com_failures.h"
+#include "zorvat/quickbooks/schema.h"
 #include "zorvat/text.h"
 
 namespace zorvat::quickbooks {
@@ -105,6 +106,10 @@ std::vector<std::string> CompanySimulator::QBXMLVersionsForSession() {
 ResponseSet CompanySimulator::DoRequests(const RequestSet& request_set) {
   return recorded({"DoRequests", {}, request_set, 0}, [&] {
     if (state_ != State::InSession) raise_failure(com_failures::invalid_ticket());
+    // A request the schema does not allow (a field over its length) makes the whole
+    // set unreadable to QuickBooks: nothing of it is answered.
+    for (const Request& request : request_set.requests)
+      if (field_limit_problem(request)) raise_failure(com_failures::parse_error());
     const Company before = company_;
     ResponseSet answers;
     for (const Request& request : request_set.requests) {

@@ -1,6 +1,7 @@
 // The direct backend: a session manager whose calls go straight to the simulator.
 #include "zorvat/error.h"
 #include "zorvat/quickbooks/com_failures.h"
+#include "zorvat/quickbooks/schema.h"
 #include "zorvat/quickbooks/simulator.h"
 
 namespace zorvat::quickbooks {
@@ -24,7 +25,10 @@ class SimulatorSessionManager : public SessionManager {
   std::vector<std::string> QBXMLVersionsForSession() override {
     return simulator_.QBXMLVersionsForSession();
   }
+  // A field longer than the SDK's field takes is refused as its SetValue refuses it,
+  // before the set is sent.
   ResponseSet DoRequests(const RequestSet& request_set) override {
+    check_field_limits(request_set);
     return simulator_.DoRequests(request_set);
   }
 

@@ -6,12 +6,12 @@
 namespace zorvat::quickbooks {
 namespace {
 
-// Reads an optionally negative decimal count up to `unit` and moves past the unit.
+// Reads an unsigned decimal count up to `unit` and moves past the unit.
 bool read_count(std::string_view& text, char unit, std::int32_t& count) {
   const std::size_t end = text.find(unit);
   if (end == std::string_view::npos || end == 0) return false;
   const std::string_view digits = text.substr(0, end);
-  if (digits.front() == '+') return false;
+  if (digits.find_first_not_of("0123456789") != std::string_view::npos) return false;
   const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), count);
   if (error != std::errc() || stop != digits.data() + digits.size()) return false;
   text.remove_prefix(end + 1);
@@ -21,17 +21,30 @@ bool read_count(std::string_view& text, char unit, std::int32_t& count) {
 }  // namespace
 
 std::string duration_text(const Duration& duration) {
-  return "PT" + std::to_string(duration.hours) + "H" + std::to_string(duration.minutes) + "M" +
-         std::to_string(duration.seconds) + "S";
+  const bool negative = duration.hours < 0 || duration.minutes < 0 || duration.seconds < 0;
+  // Magnitudes in 64 bits: the most negative count has no 32-bit magnitude.
+  const auto magnitude = [](std::int32_t count) {
+    return std::to_string(count < 0 ? -static_cast<std::int64_t>(count) : count);
+  };
+  return std::string(negative ? "-" : "") + "PT" + magnitude(duration.hours) + "H" +
+         magnitude(duration.minutes) + "M" + magnitude(duration.seconds) + "S";
 }
 
 std::optional<Duration> parse_duration_text(std::string_view text) {
+  const bool negative = text.starts_with("-");
+  if (negative) text.remove_prefix(1);
   if (!text.starts_with("PT")) return std::nullopt;
   text.remove_prefix(2);
   Duration duration;
   if (!read_count(text, 'H', duration.hours) || !read_count(text, 'M', duration.minutes) ||
       !read_count(text, 'S', duration.seconds) || !text.empty()) {
     return std::nullopt;
+  }
+  if (negative) {
+    std::int32_t& signed_count = duration.hours != 0     ? duration.hours
+                                 : duration.minutes != 0 ? duration.minutes
+                                                         : duration.seconds;
+    signed_count = -signed_count;
   }
   return duration;
 }

@@ -212,4 +212,55 @@ TEST_F(QuickBooksCommandLine, AnswersAreYesOrNo) {
   EXPECT_EQ(r.exit_code, 2);
 }
 
+// A card whose first name is one character over QuickBooks' 25, and one that fits.
+const std::string kLongNameCards = R"({"cards": [{
+  "FirstName": "Jane", "MI": "", "LastName": "Doe",
+  "REG": 480, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0,
+  "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2004-03-01",
+  "Days": [{"DayDate": "2004-03-01", "Hours": 480, "REG": 480, "OT1": 0, "OT2": 0,
+            "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0}]}, {
+  "FirstName": "Maximilianaxxxxxxxxxxxxxxx", "MI": "", "LastName": "Roe",
+  "REG": 60, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0,
+  "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2004-03-01",
+  "Days": [{"DayDate": "2004-03-01", "Hours": 60, "REG": 60, "OT1": 0, "OT2": 0,
+            "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0}]}]})";
+
+TEST_F(QuickBooksCommandLine, CheckListsTheCardsWhoseNamesAreTooLongWithoutASession) {
+  // No company is named: the check opens no session.
+  const auto r = zorvat({"export", "QB2000", "--cards", write("cards.json", kLongNameCards),
+                         "--setup", kSetup, "--check"});
+  EXPECT_EQ(r.exit_code, 4) << r.err;
+  EXPECT_EQ(r.out,
+            "card 2: EmployeeAdd/FirstName of employee \"Maximilianaxxxxxxxxxxxxxxx Roe\" has 26 "
+            "characters; QuickBooks takes at most 25.\n"
+            "1 field is longer than QuickBooks takes; the export would stop there.\n");
+
+  const auto as_json = zorvat({"export", "QB2000", "--cards", write("cards.json", kLongNameCards),
+                               "--setup", kSetup, "--check", "--json"});
+  EXPECT_EQ(as_json.exit_code, 4) << as_json.err;
+  const json report = json::parse(as_json.out);
+  EXPECT_EQ(report.at("problems"),
+            json::parse(R"([{"card": 2, "employee": "Maximilianaxxxxxxxxxxxxxxx Roe",
+              "field": "EmployeeAdd/FirstName", "length": 26, "limit": 25,
+              "description": "EmployeeAdd/FirstName of employee \"Maximilianaxxxxxxxxxxxxxxx Roe\" has 26 characters; QuickBooks takes at most 25."}])"));
+  EXPECT_TRUE(report.at("error").is_null());
+}
+
+TEST_F(QuickBooksCommandLine, CheckSaysSoWhenEveryFieldFits) {
+  const auto r = zorvat({"export", "QB2000", "--cards", write("cards.json", kJaneCards), "--setup",
+                         kSetup, "--check"});
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(r.out, "Every name, payroll item and note of the cards fits QuickBooks' fields.\n");
+}
+
+TEST_F(QuickBooksCommandLine, CheckRunsTheClassCheckOfTheSettingsFirst) {
+  const std::string long_item(32, 'O');
+  const auto r = zorvat({"export", "QB2000", "--cards", write("cards.json", kJaneCards), "--setup",
+                         "C:\\a.QBW,Regular Hourly Rate," + long_item + ",c,d,e,f,g", "--check"});
+  EXPECT_EQ(r.exit_code, 3) << r.err;
+  EXPECT_EQ(r.err,
+            "zorvat: error 2 in zorvat.QB2000.ValidateSetupData: Paycode field must be 31 chars "
+            "or less\n");
+}
+
 }  // namespace

@@ -11,6 +11,7 @@
 #include "json_cards.h"
 #include "qb2000_test_support.h"
 #include "zorvat/quickbooks/company.h"
+#include "zorvat/quickbooks/qbxml.h"
 #include "zorvat/quickbooks/qbxml_session.h"
 
 namespace zorvat::formats::qb2000_test {
@@ -54,9 +55,11 @@ qb::TimeTrackingAdd time_entry(const json& calls) {
         entry.entity_full_name = value.get<std::string>();
         break;
       case qb::TimeTrackingField::Duration:
+        if (value.size() != 3)
+          throw std::invalid_argument("Duration is set with hours, minutes, seconds: " +
+                                      value.dump());
         entry.duration = {value[0].get<std::int32_t>(), value[1].get<std::int32_t>(),
                           value[2].get<std::int32_t>()};
-        if (value[3].get<bool>()) throw std::invalid_argument("negative durations are not sent");
         break;
       case qb::TimeTrackingField::TxnDate:
         entry.txn_date = iso_date(value);
@@ -162,9 +165,26 @@ class QB2000PayPeriodTest : public testing::Test {
     return exporter.Execute(cli::load_cards_json(period_.at("cards").dump(), "small_pay_period"));
   }
 
+  // Runs the export over qbXML documents; every document sent is kept.
+  bool run_qbxml(std::vector<std::string>& documents) {
+    qbxml_ = std::make_unique<qb::SimulatorQbxmlSessionFactory>(
+        host_.simulator, [&](std::string_view document) { documents.emplace_back(document); });
+    return run(*qbxml_);
+  }
+
   json period_;
   QuickBooksHost host_;
+  std::unique_ptr<qb::SimulatorQbxmlSessionFactory> qbxml_;
 };
+
+// Reads every document back under the schema's rules (order, types, lengths, the
+// version's billable element) and writes it again: what was sent is what is read.
+void expect_schema_valid(const std::vector<std::string>& documents) {
+  for (const std::string& document : documents) {
+    const qb::RequestSet read = qb::read_qbxml_request(document);
+    EXPECT_EQ(qb::write_qbxml_request(read), document);
+  }
+}
 
 TEST_F(QB2000PayPeriodTest, TheDirectBackendReceivesTheWrittenOutConversation) {
   ASSERT_TRUE(run(host_.direct));
@@ -186,6 +206,101 @@ TEST_F(QB2000PayPeriodTest, TheQbxmlBackendReceivesTheSameConversation) {
   const std::vector<qb::RequestSet> expected = expected_request_sets(period_);
   EXPECT_EQ(without_field_order(host_.simulator.request_sets()), without_field_order(expected));
   ASSERT_EQ(documents.size(), expected.size());
+}
+
+TEST_F(QB2000PayPeriodTest, EveryDocumentSentIsValidUnderTheSchemasRules) {
+  std::vector<std::string> documents;
+  ASSERT_TRUE(run_qbxml(documents));
+  ASSERT_EQ(documents.size(), 8u);
+  expect_schema_valid(documents);
+}
+
+TEST_F(QB2000PayPeriodTest, AnEditTotalOver48HoursSendsItsNegativeRestWithTheSignInFront) {
+  // 2430 minutes: 40 hours (40.5 rounds to even), two days of 24 and -8 hours with the
+  // 30 minutes left.
+  period_["cards"]["cards"][0]["EditREG"] = 2430;
+  std::vector<std::string> documents;
+  ASSERT_TRUE(run_qbxml(documents));
+  expect_schema_valid(documents);
+  // Jane Doe: queries, two days, then the three edit-total entries.
+  ASSERT_EQ(documents.size(), 2u + 2u + 3u + 3u);
+  EXPECT_NE(documents[4].find("<Duration>PT24H0M0S</Duration>"), std::string::npos);
+  EXPECT_NE(documents[5].find("<Duration>PT24H0M0S</Duration>"), std::string::npos);
+  EXPECT_NE(documents[6].find("<Duration>-PT8H30M0S</Duration>"), std::string::npos)
+      << documents[6];
+  EXPECT_EQ(documents[6].find("PT-"), std::string::npos);
+  const qb::RequestSet rest = qb::read_qbxml_request(documents[6]);
+  EXPECT_EQ(std::get<qb::TimeTrackingAdd>(rest.requests.at(0)).duration, (qb::Duration{-8, 30, 0}));
+}
+
+TEST_F(QB2000PayPeriodTest, FromQbxml6OnTheDocumentsSayBillableStatus) {
+  period_["company"]["qbxml_versions"] = {"13.0", "1.0"};
+  host_.simulator =
+      qb::CompanySimulator(qb::parse_company_json(period_.at("company").dump(), "company"));
+  std::vector<std::string> documents;
+  ASSERT_TRUE(run_qbxml(documents));
+  expect_schema_valid(documents);
+  for (const std::string& document : documents) {
+    EXPECT_NE(document.find("<?qbxml version=\"13.0\"?>"), std::string::npos);
+    EXPECT_EQ(document.find("<IsBillable>"), std::string::npos);
+  }
+  EXPECT_NE(documents[2].find("<BillableStatus>NotBillable</BillableStatus>"), std::string::npos);
+  // The day entries (the edit totals name employees by their raw key and are refused).
+  EXPECT_EQ(host_.simulator.company().time_entries.size(), 5u);
+}
+
+TEST_F(QB2000PayPeriodTest, ACanadianFirstVersionIsAClearTypeMismatch) {
+  period_["company"]["qbxml_versions"] = {"CA3.0"};
+  host_.simulator =
+      qb::CompanySimulator(qb::parse_company_json(period_.at("company").dump(), "company"));
+  const Error error = raised_by([&] { run(host_.direct); });
+  EXPECT_EQ(error.number(), 13);
+  EXPECT_EQ(error.source(), "zorvat.QB2000.Execute");
+  EXPECT_EQ(error.description(),
+            "Type mismatch: QuickBooks offers qbXML version \"CA3.0\" first, which is not a "
+            "version number major.minor; this export speaks the qbXML versions of the US "
+            "editions");
+  EXPECT_TRUE(host_.simulator.request_sets().empty());
+}
+
+TEST_F(QB2000PayPeriodTest, ANameOverItsLimitStopsTheExportBeforeItsSetIsSent) {
+  // John Smith is not in the company: the export asks to add him, with a last name
+  // one character over the limit of 25.
+  const std::string last(26, 'S');
+  period_["cards"]["cards"][1]["LastName"] = last;
+  for (const bool qbxml : {false, true}) {
+    SCOPED_TRACE(qbxml ? "qbXML" : "direct");
+    host_.simulator =
+        qb::CompanySimulator(qb::parse_company_json(period_.at("company").dump(), "company"));
+    host_.host.ui.answer_question(Answer::Yes);
+    std::vector<std::string> documents;
+    const Error error = raised_by([&] { qbxml ? run_qbxml(documents) : run(host_.direct); });
+    EXPECT_EQ(error.number(), 380);
+    EXPECT_EQ(error.source(), "zorvat.QB2000.Execute");
+    EXPECT_EQ(error.description(),
+              "EmployeeAdd/LastName of employee \"John Q " + last +
+                  "\" has 26 characters; QuickBooks takes at most 25. Nothing of this request "
+                  "set was sent.");
+    // The two queries reached QuickBooks, nothing else.
+    EXPECT_EQ(host_.simulator.request_sets().size(), 2u);
+    if (qbxml) {
+      EXPECT_EQ(documents.size(), 2u);
+    }
+  }
+}
+
+TEST_F(QB2000PayPeriodTest, NamesAtEveryLimitAreSent) {
+  const std::string first(25, 'F');
+  const std::string last(25, 'L');
+  period_["cards"]["cards"][1]["FirstName"] = first;
+  period_["cards"]["cards"][1]["MI"] = "MMMMM";
+  period_["cards"]["cards"][1]["LastName"] = last;
+  host_.host.ui.answer_question(Answer::Yes);
+  std::vector<std::string> documents;
+  ASSERT_TRUE(run_qbxml(documents));
+  expect_schema_valid(documents);
+  EXPECT_EQ(host_.simulator.request_sets().at(2).requests.at(0),
+            qb::Request(qb::EmployeeAdd{first, "MMMMM", last}));
 }
 
 }  // namespace

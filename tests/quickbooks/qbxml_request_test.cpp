@@ -152,7 +152,7 @@ TEST(QbxmlRequest, ZeroAndNegativeHourCountsAreSentAsTheyAre) {
                   "        <EntityRef>\n"
                   "          <FullName>Jane,,Doe</FullName>\n"
                   "        </EntityRef>\n"
-                  "        <Duration>PT-8H30M0S</Duration>\n"
+                  "        <Duration>-PT8H30M0S</Duration>\n"
                   "        <PayrollItemWageRef>\n"
                   "          <FullName>Regular Hourly Rate</FullName>\n"
                   "        </PayrollItemWageRef>\n"

@@ -152,7 +152,7 @@ TEST_F(SimulatorRequests, AnUnknownPayrollItemIsAnInvalidReference) {
 TEST_F(SimulatorRequests, ANegativeHourCountCannotBeConverted) {
   EXPECT_EQ(send_one(entry("Doe, Jane", {-8, 30, 0}, "Regular Hourly Rate")),
             (Response{3035, "Error",
-                      "There was an error when converting the time interval \"PT-8H30M0S\" in the "
+                      "There was an error when converting the time interval \"-PT8H30M0S\" in the "
                       "field \"Duration\".",
                       std::nullopt}));
 }

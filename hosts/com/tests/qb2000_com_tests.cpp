@@ -24,6 +24,8 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 constexpr wchar_t kSessionManagerProgId[] = L"QBFC2.QBSessionManager";
+// The tests' handle on the simulated QuickBooks behind that session manager.
+constexpr wchar_t kSimulatorControlProgId[] = L"QBSim.Control";
 constexpr int kMessageTextId = 0xFFFF;  // the static control holding a message box's text
 
 fs::path test_host_folder() {
@@ -152,6 +154,37 @@ std::string joined(std::initializer_list<const char*> lines) {
   return text;
 }
 
+VARIANT bool_arg(bool value) {
+  VARIANT argument;
+  VariantInit(&argument);
+  V_VT(&argument) = VT_BOOL;
+  V_BOOL(&argument) = value ? VARIANT_TRUE : VARIANT_FALSE;
+  return argument;
+}
+
+VARIANT short_arg(short value) {
+  VARIANT argument;
+  VariantInit(&argument);
+  V_VT(&argument) = VT_I2;
+  V_I2(&argument) = value;
+  return argument;
+}
+
+ComPtr<IDispatch> object_of(const CallResult& result) {
+  if (V_VT(&result.value) != VT_DISPATCH) return nullptr;
+  return V_DISPATCH(&result.value);
+}
+
+// The message sets the small pay period sends, each as the expectation records it,
+// with `change` applied to every recorded field call of every request.
+template <class Change>
+json with_each_field_call(json sets, Change&& change) {
+  for (json& set : sets)
+    for (json& request : set.at("requests"))
+      for (json& field_call : request.at("set")) change(field_call);
+  return sets;
+}
+
 class QB2000Com : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -160,8 +193,10 @@ class QB2000Com : public ::testing::Test {
     HRESULT created = S_OK;
     export_ = create_object(L"zorvat.QB2000", &created);
     if (!export_) GTEST_SKIP() << "zorvat.QB2000 is not available in this DLL";
-    quickbooks_ = create_object(kSessionManagerProgId, &created);
-    ASSERT_TRUE(quickbooks_) << "the simulated session manager cannot be created";
+    ASSERT_TRUE(create_object(kSessionManagerProgId, &created))
+        << "the simulated session manager cannot be created";
+    quickbooks_ = create_object(kSimulatorControlProgId, &created);
+    ASSERT_TRUE(quickbooks_) << "the simulator's control cannot be created";
     period_ = small_pay_period();
   }
 
@@ -204,6 +239,28 @@ class QB2000Com : public ::testing::Test {
     std::vector<std::string> texts;
     for (const SeenBox& box : boxes_) texts.push_back(box.text);
     return texts;
+  }
+
+  // A pay period of one card for `first` `mi` `last` with `minutes` of regular time on
+  // 2004-03-01 and `edit_regular` minutes of edit totals.
+  void one_card(const std::string& first, const std::string& mi, const std::string& last,
+                int minutes, int edit_regular = 0) {
+    json card = period_.at("cards").at("cards").at(0);
+    card["FirstName"] = first;
+    card["MI"] = mi;
+    card["LastName"] = last;
+    card["REG"] = minutes;
+    card["OT1"] = 0;
+    card["EditREG"] = edit_regular;
+    card["Days"] = json::array({{{"DayDate", "2004-03-01"},
+                                 {"REG", minutes},
+                                 {"OT1", 0},
+                                 {"OT2", 0},
+                                 {"VAC", 0},
+                                 {"HOL", 0},
+                                 {"SIC", 0},
+                                 {"OTH", 0}}});
+    period_["cards"]["cards"] = json::array({card});
   }
 
   ComPtr<IDispatch> export_;
@@ -406,6 +463,266 @@ TEST_F(QB2000Com, RaisesActiveXCannotCreateWithoutASessionManager) {
   EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
   EXPECT_EQ(result.description, "ActiveX component can't create object");
   EXPECT_TRUE(boxes_.empty());
+}
+
+TEST_F(QB2000Com, CreatesTheMessageSetsOfQbxml13WithBillableStatus) {
+  json newer = company();
+  newer["qbxml_versions"] = {"13.0", "1.0"};
+  load_company(newer);
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  // From qbXML 6.0 on, "not billable" is BillableStatus bsNotBillable (1).
+  json expected = with_each_field_call(expected_sets(), [](json& field_call) {
+    if (field_call.at(0) == "IsBillable") field_call = json::array({"BillableStatus", 1});
+  });
+  for (json& set : expected) set["version"] = "13.0";
+  EXPECT_EQ(recorded_sets(), expected);
+}
+
+TEST_F(QB2000Com, ReadsTheVersionListHandedOutByReference) {
+  load_company(company());
+  ASSERT_EQ(
+      call(quickbooks_.Get(), L"VersionsByReference", DISPATCH_PROPERTYPUT, {bool_arg(true)}).hr,
+      S_OK);
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  EXPECT_EQ(recorded_sets(), expected_sets());
+}
+
+TEST_F(QB2000Com, RaisesAClearTypeMismatchForACanadianVersion) {
+  json canadian = company();
+  canadian["qbxml_versions"] = {"CA3.0"};
+  load_company(canadian);
+  const CallResult result = execute();
+  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+  EXPECT_EQ(result.number, 13);
+  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+  EXPECT_EQ(result.description,
+            "Type mismatch: QuickBooks offers qbXML version \"CA3.0\" first, which is not a "
+            "version number major.minor; this export speaks the qbXML versions of the US "
+            "editions");
+  EXPECT_TRUE(recorded_sets().empty());
+}
+
+TEST_F(QB2000Com, SendsAnEditTotalOver48HoursAsDaysAndANegativeRest) {
+  // 2430 minutes: Min2Hrs gives 40 (40.5 rounds to even), 40 / 24 rounds to 2 days,
+  // so 24:00, 24:00 and 40 - 48 = -8 hours with the 30 minutes left.
+  one_card("Jane", "", "Doe", 480, 2430);
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  json expected = json::array();
+  expected.push_back(expected_sets().at(0));
+  expected.push_back(expected_sets().at(1));
+  expected.push_back(json::parse(R"({"version": "1.0", "onError": 1, "requests": [
+    {"type": "TimeTrackingAdd", "set": [["EntityRef.FullName", "Doe, Jane"],
+      ["Duration", [8, 0, 0]], ["TxnDate", "2004-03-01"],
+      ["PayrollItemWageRef.FullName", "Regular Hourly Rate"], ["IsBillable", false],
+      ["Notes", "HLS - Regular Hourly Rate"]]}]})"));
+  for (const char* duration : {"[24, 0, 0]", "[24, 0, 0]", "[-8, 30, 0]"}) {
+    json set = json::parse(R"({"version": "1.0", "onError": 1, "requests": [
+      {"type": "TimeTrackingAdd", "set": [["TxnDate", "2004-03-01"],
+        ["EntityRef.FullName", "Jane,,Doe"], ["Duration", null],
+        ["PayrollItemWageRef.FullName", "Regular Hourly Rate"], ["IsBillable", false],
+        ["Notes", "HLS - Edit Totals"]]}]})");
+    set["requests"][0]["set"][2][1] = json::parse(duration);
+    expected.push_back(set);
+  }
+  EXPECT_EQ(recorded_sets(), expected);
+}
+
+TEST_F(QB2000Com, SendsMarkupCharactersAndANameWithoutFirstNameAsTheyAre) {
+  const std::string last = "O'Hara & \"Sons\" <Ltd>";
+  one_card("", "", last, 60);
+  json with_them = company();
+  with_them["employees"] = {last};
+  load_company(with_them);
+  const CallResult result = execute(IDYES);
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  // Without a first name the card's name is " " + last, which matches no QuickBooks
+  // name: the employee is offered for adding (QuickBooks answers that the name is in
+  // use, which is let go) and the entry names the employee trimmed.
+  ASSERT_EQ(boxes_.size(), 1u);
+  EXPECT_TRUE(boxes_[0].yes_no);
+  const json sent = recorded_sets();
+  ASSERT_EQ(sent.size(), 4u);
+  EXPECT_EQ(sent[2].at("requests").at(0).at("set"),
+            json::array({json::array({"FirstName", ""}), json::array({"MiddleName", ""}),
+                         json::array({"LastName", last})}));
+  json entry = json::parse(R"({"version": "1.0", "onError": 1, "requests": [
+    {"type": "TimeTrackingAdd", "set": [["EntityRef.FullName", null],
+      ["Duration", [1, 0, 0]], ["TxnDate", "2004-03-01"],
+      ["PayrollItemWageRef.FullName", "Regular Hourly Rate"], ["IsBillable", false],
+      ["Notes", "HLS - Regular Hourly Rate"]]}]})");
+  entry["requests"][0]["set"][0][1] = last;
+  EXPECT_EQ(sent[3], entry);
+}
+
+TEST_F(QB2000Com, AddsAnEmployeeWhoseNamePartsAreAtTheirLimits) {
+  const std::string first(25, 'F');
+  const std::string last(25, 'L');
+  one_card(first, "MMMMM", last, 60);
+  load_company(company());
+  const CallResult result = execute(IDYES);
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  const json sent = recorded_sets();
+  ASSERT_EQ(sent.size(), 4u);
+  EXPECT_EQ(sent[2].at("requests").at(0).at("set"),
+            json::array({json::array({"FirstName", first}), json::array({"MiddleName", "MMMMM"}),
+                         json::array({"LastName", last})}));
+}
+
+TEST_F(QB2000Com, StopsBeforeSendingANameOverItsLimit) {
+  const std::string first(26, 'F');
+  one_card(first, "Q", "Doe", 60);
+  load_company(company());
+  const CallResult result = execute(IDYES);
+  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+  EXPECT_EQ(result.number, 380);
+  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+  EXPECT_EQ(result.description, "EmployeeAdd/FirstName of employee \"" + first +
+                                    " Q Doe\" has 26 characters; QuickBooks takes at most 25. "
+                                    "Nothing of this request set was sent.");
+  // The two queries went out; of the add, nothing (not even an empty message set).
+  const json sent = recorded_sets();
+  ASSERT_EQ(sent.size(), 2u);
+  EXPECT_EQ(sent[0], expected_sets()[0]);
+  EXPECT_EQ(sent[1], expected_sets()[1]);
+  const json calls = session_calls();
+  ASSERT_GE(calls.size(), 2u);
+  EXPECT_EQ(calls[calls.size() - 2].at("operation"), "EndSession");
+  EXPECT_EQ(calls[calls.size() - 1].at("operation"), "CloseConnection");
+}
+
+TEST_F(QB2000Com, SaysTheSessionManagerIsThirtyTwoBitInTheSixtyFourBitDll) {
+  if (sizeof(void*) != 8) GTEST_SKIP() << "the 32-bit DLL loads the 32-bit session manager";
+  // The SDK's installer registers its class for 32-bit processes only.
+  const wchar_t clsid[] = L"{0D3C2E6A-5B8F-4A3E-9C1D-7E2F4A6B8C90}";
+  const std::wstring class_key = std::wstring(L"Software\\Classes\\CLSID\\") + clsid;
+  HKEY key = nullptr;
+  ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), 0,
+                            nullptr, 0, KEY_WRITE | KEY_WOW64_32KEY, nullptr, &key, nullptr),
+            ERROR_SUCCESS);
+  const std::wstring library = L"C:\\Program Files (x86)\\Common Files\\Intuit\\QBFC1.dll";
+  RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(library.c_str()),
+                 static_cast<DWORD>((library.size() + 1) * sizeof(wchar_t)));
+  RegCloseKey(key);
+  ASSERT_EQ(RegSetValueW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager\\CLSID", REG_SZ, clsid, 0),
+            ERROR_SUCCESS);
+  ASSERT_TRUE(simulator_server().unregister_server());
+
+  const CallResult result = execute();
+
+  ASSERT_TRUE(simulator_server().register_server());
+  RegDeleteTreeW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager");
+  RegDeleteKeyW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager");
+  RegDeleteKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), KEY_WOW64_32KEY,
+                  0);
+  RegDeleteKeyExW(HKEY_LOCAL_MACHINE, class_key.c_str(), KEY_WOW64_32KEY, 0);
+
+  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+  EXPECT_EQ(result.number, 429);
+  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+  EXPECT_EQ(result.description,
+            "ActiveX component can't create object: QuickBooks' session manager "
+            "QBFC1.QBSessionManager is a 32-bit library, which the 64-bit zorvat.dll cannot "
+            "load. Export to QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
+}
+
+// --- The fake's strictness: what its type library's dispatcher refuses -----------------
+
+TEST_F(QB2000Com, TheFakeRefusesTheCallShapesTheRealLibraryRefuses) {
+  load_company(company());
+  HRESULT created = S_OK;
+  const ComPtr<IDispatch> manager = create_object(kSessionManagerProgId, &created);
+  ASSERT_TRUE(manager);
+  ASSERT_EQ(call(manager.Get(), L"OpenConnection", DISPATCH_METHOD,
+                 {text_arg("Horalis"), text_arg("Horalis")})
+                .hr,
+            S_OK);
+  ASSERT_EQ(call(manager.Get(), L"BeginSession", DISPATCH_METHOD, {text_arg(""), long_arg(2)}).hr,
+            S_OK);
+
+  // QBXMLVersionsForSession is an array of strings, not an object with Count.
+  const CallResult versions =
+      call(manager.Get(), L"QBXMLVersionsForSession", DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+  ASSERT_EQ(versions.hr, S_OK);
+  EXPECT_EQ(V_VT(&versions.value), VT_ARRAY | VT_BSTR);
+  // EndSession is a method: reading it as a property is no member.
+  EXPECT_EQ(call(manager.Get(), L"EndSession", DISPATCH_PROPERTYGET).hr, DISP_E_MEMBERNOTFOUND);
+
+  const CallResult set =
+      call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD, {short_arg(1), short_arg(0)});
+  ASSERT_EQ(set.hr, S_OK);
+  const ComPtr<IDispatch> message_set = object_of(set);
+  ASSERT_TRUE(message_set);
+  // Append...Rq are methods: DISPATCH_PROPERTYGET alone does not reach them.
+  EXPECT_EQ(call(message_set.Get(), L"AppendTimeTrackingAddRq", DISPATCH_PROPERTYGET).hr,
+            DISP_E_MEMBERNOTFOUND);
+  const CallResult entry =
+      call(message_set.Get(), L"AppendTimeTrackingAddRq", DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+  ASSERT_EQ(entry.hr, S_OK);
+  const ComPtr<IDispatch> duration =
+      object_of(call(object_of(entry).Get(), L"Duration", DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+  ASSERT_TRUE(duration);
+  // SetValue(hour, minute, second): a fourth argument, or a second missing, is refused.
+  EXPECT_EQ(call(duration.Get(), L"SetValue", DISPATCH_METHOD,
+                 {short_arg(8), short_arg(0), short_arg(0), bool_arg(false)})
+                .hr,
+            DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(call(duration.Get(), L"SetValue", DISPATCH_METHOD, {short_arg(8), short_arg(0)}).hr,
+            DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(call(duration.Get(), L"SetValue", DISPATCH_METHOD,
+                 {text_arg("eight"), short_arg(0), short_arg(0)})
+                .hr,
+            DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(
+      call(duration.Get(), L"SetValue", DISPATCH_METHOD, {short_arg(8), short_arg(0), short_arg(0)})
+          .hr,
+      S_OK);
+  // Notes takes 4095 characters; SetValue refuses more.
+  const ComPtr<IDispatch> notes =
+      object_of(call(object_of(entry).Get(), L"Notes", DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+  ASSERT_TRUE(notes);
+  const CallResult too_long =
+      call(notes.Get(), L"SetValue", DISPATCH_METHOD, {text_arg(std::string(4096, 'n'))});
+  ASSERT_TRUE(too_long.raised());
+  EXPECT_EQ(too_long.number, 380);
+  EXPECT_EQ(too_long.description,
+            "Notes: the value has 4096 characters; the field takes at most 4095.");
+  EXPECT_EQ(call(manager.Get(), L"EndSession", DISPATCH_METHOD).hr, S_OK);
+  EXPECT_EQ(call(manager.Get(), L"CloseConnection", DISPATCH_METHOD).hr, S_OK);
+}
+
+TEST_F(QB2000Com, TheFakeRefusesAWholeSetWithTheOtherVersionsBillableElement) {
+  load_company(company());
+  HRESULT created = S_OK;
+  const ComPtr<IDispatch> manager = create_object(kSessionManagerProgId, &created);
+  ASSERT_TRUE(manager);
+  call(manager.Get(), L"OpenConnection", DISPATCH_METHOD, {text_arg("Horalis"), text_arg("H")});
+  call(manager.Get(), L"BeginSession", DISPATCH_METHOD, {text_arg(""), long_arg(2)});
+  const ComPtr<IDispatch> message_set = object_of(
+      call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD, {short_arg(13), short_arg(0)}));
+  ASSERT_TRUE(message_set);
+  const ComPtr<IDispatch> entry = object_of(
+      call(message_set.Get(), L"AppendTimeTrackingAddRq", DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+  ASSERT_TRUE(entry);
+  const ComPtr<IDispatch> billable =
+      object_of(call(entry.Get(), L"IsBillable", DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+  ASSERT_EQ(call(billable.Get(), L"SetValue", DISPATCH_METHOD, {bool_arg(false)}).hr, S_OK);
+  const CallResult sent =
+      call(manager.Get(), L"DoRequests", DISPATCH_METHOD, {object_arg(message_set.Get())});
+  ASSERT_TRUE(sent.raised()) << std::hex << sent.hr;
+  EXPECT_EQ(sent.number, -2147220480);
+  EXPECT_EQ(sent.description,
+            "QuickBooks found an error when parsing the provided XML text stream.");
+  call(manager.Get(), L"EndSession", DISPATCH_METHOD);
+  call(manager.Get(), L"CloseConnection", DISPATCH_METHOD);
 }
 
 TEST_F(QB2000Com, FormatsQuickBooksNamesThroughDispatch) {

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <vector>
 
-#include "zorvat/error.h"
+#include "fields.h"
+#include "zorvat/quickbooks/schema.h"
 #include "zorvat/quickbooks/values.h"
 
 namespace zorvat::qbsim {
@@ -12,168 +14,293 @@ namespace {
 using nlohmann::json;
 using namespace quickbooks;
 
-// A SetValue argument as the record shows it.
-json recorded_value(const VARIANT& value) {
-  switch (V_VT(&value)) {
-    case VT_BSTR:
-      return com::bstr_to_utf8(V_BSTR(&value));
-    case VT_I2:
-      return V_I2(&value);
-    case VT_I4:
-      return V_I4(&value);
-    case VT_BOOL:
-      return V_BOOL(&value) != VARIANT_FALSE;
-    case VT_DATE: {
-      const Date date{V_DATE(&value)};
-      std::string text = txn_date_text(date);
-      if (const int seconds = date.seconds_of_day(); seconds != 0) {
-        char time[16];
-        std::snprintf(time, sizeof time, "T%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60,
-                      seconds % 60);
-        text += time;
-      }
-      return text;
-    }
-    default:
-      return "<variant type " + std::to_string(V_VT(&value)) + ">";
+// {B6DCBC45-F028-4DDD-9B80-0C5066671340}: asks a message set whether it is one of ours.
+constexpr IID kMessageSetIid = {
+    0xb6dcbc45, 0xf028, 0x4ddd, {0x9b, 0x80, 0x0c, 0x50, 0x66, 0x67, 0x13, 0x40}};
+
+std::string recorded_date(double serial) {
+  const Date date{serial};
+  std::string text = txn_date_text(date);
+  if (const int seconds = date.seconds_of_day(); seconds != 0) {
+    char time[16];
+    std::snprintf(time, sizeof time, "T%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60,
+                  seconds % 60);
+    text += time;
   }
+  return text;
 }
 
-// Applies a field's SetValue to the request it belongs to.
-using Apply = std::function<void(const Arguments&, Request&)>;
+// Where the fields of request `index` of a set report.
+class RequestFields {
+ public:
+  RequestFields(std::shared_ptr<MessageSet> set, std::size_t index)
+      : set_(std::move(set)), index_(index) {}
 
-struct Field {
-  const wchar_t* holder;  // the aggregate the field sits in ("EntityRef"), or null
-  const wchar_t* name;
-  std::size_t arguments;
-  Apply apply;
+  // A sink that records `path` with the value as shown by `shown` and applies it.
+  template <class Typed, class Apply>
+  FieldSink sink(std::string path, Apply apply) const {
+    return [set = set_, index = index_, path = std::move(path), apply](const json& value) {
+      json shown = value;
+      if (path == "TxnDate") shown = recorded_date(value.get<double>());
+      set->record["requests"][index]["set"].push_back(json::array({path, shown}));
+      apply(std::get<Typed>(set->requests.requests[index]), value);
+    };
+  }
+
+ private:
+  std::shared_ptr<MessageSet> set_;
+  std::size_t index_;
 };
 
-std::string narrow(const wchar_t* text) {
-  return com::to_utf8(text);
-}
-
-// The object a field is set through: SetValue records the call and applies it.
-ComPtr<IDispatch> field_object(const std::shared_ptr<MessageSet>& set, std::size_t index,
-                               const Field& field) {
-  std::string path = field.holder != nullptr ? narrow(field.holder) + "." : std::string();
-  path += narrow(field.name);
-  ComPtr<DispatchObject> object = DispatchObject::create();
-  object->on(L"SetValue", [set, index, path, field](const Arguments& arguments, VARIANT*) {
-    arguments.expect(field.arguments);
-    json value;
-    if (field.arguments == 1) {
-      value = recorded_value(arguments[0]);
-    } else {
-      value = json::array();
-      for (std::size_t at = 0; at < arguments.size(); ++at)
-        value.push_back(recorded_value(arguments[at]));
-    }
-    set->record["requests"][index]["set"].push_back(json::array({path, value}));
-    field.apply(arguments, set->requests.requests[index]);
-  });
-  return object;
-}
-
-// The object at `path` ("ORListQuery.ListFilter") under `root`, made on first use.
-DispatchObject& holder_at(DispatchObject& root, const std::wstring& path,
-                          std::vector<std::pair<std::wstring, ComPtr<DispatchObject>>>& made) {
-  for (auto& [made_path, object] : made)
-    if (made_path == path) return *object.Get();
-  const auto dot = path.rfind(L'.');
-  DispatchObject& parent =
-      dot == std::wstring::npos ? root : holder_at(root, path.substr(0, dot), made);
-  ComPtr<DispatchObject> object = DispatchObject::create();
-  parent.child(dot == std::wstring::npos ? path : path.substr(dot + 1), object);
-  made.emplace_back(path, object);
-  return *object.Get();
-}
-
-// Appends a request of `type` whose fields are `fields`; returns the request object.
-ComPtr<DispatchObject> append_request(const std::shared_ptr<MessageSet>& set, const char* type,
-                                      Request request, const std::vector<Field>& fields) {
-  const std::size_t index = set->requests.requests.size();
-  set->requests.requests.push_back(std::move(request));
-  set->record["requests"].push_back({{"type", type}, {"set", json::array()}});
-  ComPtr<DispatchObject> object = DispatchObject::create();
-  std::vector<std::pair<std::wstring, ComPtr<DispatchObject>>> holders;
-  for (const Field& field : fields) {
-    DispatchObject& holder =
-        field.holder == nullptr ? *object.Get() : holder_at(*object.Get(), field.holder, holders);
-    holder.child(field.name, field_object(set, index, field));
+class ListFilter final : public Automation<IListFilter> {
+ public:
+  explicit ListFilter(const RequestFields& fields)
+      : max_returned_(make<IntField>(
+            fields.sink<PayrollItemWageQuery>("ORListQuery.ListFilter.MaxReturned",
+                                              [](PayrollItemWageQuery& query, const json& value) {
+                                                query.max_returned = value.get<std::int32_t>();
+                                              }))) {}
+  HRESULT STDMETHODCALLTYPE get_MaxReturned(IQBIntType** max) override {
+    hand_out(max, max_returned_);
+    return S_OK;
   }
-  return object;
-}
 
-template <class Typed>
-Typed& as(Request& request) {
-  return std::get<Typed>(request);
-}
+ private:
+  ComPtr<IntField> max_returned_;
+};
 
-std::vector<Field> payroll_item_query_fields() {
-  return {{L"ORListQuery.ListFilter", L"MaxReturned", 1,
-           [](const Arguments& arguments, Request& typed) {
-             as<PayrollItemWageQuery>(typed).max_returned = arguments.integer(0);
-           }}};
-}
+class ORListQuery final : public Automation<IORListQuery> {
+ public:
+  explicit ORListQuery(ComPtr<ListFilter> filter) : filter_(std::move(filter)) {}
+  HRESULT STDMETHODCALLTYPE get_ListFilter(IListFilter** filter) override {
+    hand_out(filter, filter_);
+    return S_OK;
+  }
 
-std::vector<Field> employee_fields() {
-  return {
-      {nullptr, L"FirstName", 1,
-       [](const Arguments& arguments, Request& typed) {
-         as<EmployeeAdd>(typed).first_name = arguments.text(0);
-       }},
-      {nullptr, L"MiddleName", 1,
-       [](const Arguments& arguments, Request& typed) {
-         as<EmployeeAdd>(typed).middle_name = arguments.text(0);
-       }},
-      {nullptr, L"LastName", 1,
-       [](const Arguments& arguments, Request& typed) {
-         as<EmployeeAdd>(typed).last_name = arguments.text(0);
-       }},
-  };
-}
+ private:
+  ComPtr<ListFilter> filter_;
+};
 
-std::vector<Field> time_entry_fields() {
-  return {
-      {L"EntityRef", L"FullName", 1,
-       [](const Arguments& arguments, Request& typed) {
-         as<TimeTrackingAdd>(typed).entity_full_name = arguments.text(0);
-       }},
-      // SetValue(hours, minutes, seconds, isNegative).
-      {nullptr, L"Duration", 4,
-       [](const Arguments& arguments, Request& typed) {
-         Duration& duration = as<TimeTrackingAdd>(typed).duration;
-         duration.hours = arguments.integer(0);
-         duration.minutes = arguments.integer(1);
-         duration.seconds = arguments.integer(2);
-         if (arguments.boolean(3)) duration.hours = -duration.hours;
-       }},
-      {nullptr, L"TxnDate", 1,
-       [](const Arguments& arguments, Request& typed) {
-         as<TimeTrackingAdd>(typed).txn_date = Date{arguments.date(0)};
-       }},
-      {L"PayrollItemWageRef", L"FullName", 1,
-       [](const Arguments& arguments, Request& typed) {
-         as<TimeTrackingAdd>(typed).payroll_item_wage_full_name = arguments.text(0);
-       }},
-      {nullptr, L"IsBillable", 1,
-       [](const Arguments& arguments, Request& typed) {
-         as<TimeTrackingAdd>(typed).is_billable = arguments.boolean(0);
-       }},
-      {nullptr, L"Notes", 1,
-       [](const Arguments& arguments, Request& typed) {
-         as<TimeTrackingAdd>(typed).notes = arguments.text(0);
-       }},
-  };
-}
+class PayrollItemWageQueryRq final : public Automation<IPayrollItemWageQuery> {
+ public:
+  explicit PayrollItemWageQueryRq(const RequestFields& fields)
+      : query_(make<ORListQuery>(make<ListFilter>(fields))) {}
+  HRESULT STDMETHODCALLTYPE get_ORListQuery(IORListQuery** query) override {
+    hand_out(query, query_);
+    return S_OK;
+  }
+
+ private:
+  ComPtr<ORListQuery> query_;
+};
+
+// An employee query sends no filter; its list filter sets nothing the export uses.
+class EmployeeQueryRq final : public Automation<IEmployeeQuery> {
+ public:
+  EmployeeQueryRq() : query_(make<ORListQuery>(nullptr)) {}
+  HRESULT STDMETHODCALLTYPE get_ORListQuery(IORListQuery** query) override {
+    hand_out(query, query_);
+    return S_OK;
+  }
+
+ private:
+  ComPtr<ORListQuery> query_;
+};
+
+class EmployeeAddRq final : public Automation<IEmployeeAdd> {
+ public:
+  explicit EmployeeAddRq(const RequestFields& fields)
+      : first_(make<StringField>("FirstName", kFirstNameLength,
+                                 fields.sink<EmployeeAdd>("FirstName",
+                                                          [](EmployeeAdd& add, const json& value) {
+                                                            add.first_name =
+                                                                value.get<std::string>();
+                                                          }))),
+        middle_(make<StringField>("MiddleName", kMiddleNameLength,
+                                  fields.sink<EmployeeAdd>("MiddleName",
+                                                           [](EmployeeAdd& add, const json& value) {
+                                                             add.middle_name =
+                                                                 value.get<std::string>();
+                                                           }))),
+        last_(make<StringField>(
+            "LastName", kLastNameLength,
+            fields.sink<EmployeeAdd>("LastName", [](EmployeeAdd& add, const json& value) {
+              add.last_name = value.get<std::string>();
+            }))) {}
+  HRESULT STDMETHODCALLTYPE get_FirstName(IQBStringType** name) override {
+    hand_out(name, first_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_MiddleName(IQBStringType** name) override {
+    hand_out(name, middle_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_LastName(IQBStringType** name) override {
+    hand_out(name, last_);
+    return S_OK;
+  }
+
+ private:
+  ComPtr<StringField> first_;
+  ComPtr<StringField> middle_;
+  ComPtr<StringField> last_;
+};
+
+class TimeTrackingAddRq final : public Automation<ITimeTrackingAdd> {
+ public:
+  explicit TimeTrackingAddRq(const RequestFields& fields)
+      : txn_date_(make<DateField>(fields.sink<TimeTrackingAdd>(
+            "TxnDate", [](TimeTrackingAdd& add,
+                          const json& value) { add.txn_date = Date{value.get<double>()}; }))),
+        entity_(make<BaseRef>(make<StringField>(
+            "EntityRef.FullName", kEntityFullNameLength,
+            fields.sink<TimeTrackingAdd>("EntityRef.FullName",
+                                         [](TimeTrackingAdd& add, const json& value) {
+                                           add.entity_full_name = value.get<std::string>();
+                                         })))),
+        duration_(make<TimeIntervalField>(fields.sink<TimeTrackingAdd>(
+            "Duration",
+            [](TimeTrackingAdd& add, const json& value) {
+              add.duration = {value.at(0).get<std::int32_t>(), value.at(1).get<std::int32_t>(),
+                              value.at(2).get<std::int32_t>()};
+            }))),
+        item_(make<BaseRef>(make<StringField>(
+            "PayrollItemWageRef.FullName", kPayrollItemFullNameLength,
+            fields.sink<TimeTrackingAdd>("PayrollItemWageRef.FullName",
+                                         [](TimeTrackingAdd& add, const json& value) {
+                                           add.payroll_item_wage_full_name =
+                                               value.get<std::string>();
+                                         })))),
+        notes_(make<StringField>(
+            "Notes", kTimeTrackingNotesLength,
+            fields.sink<TimeTrackingAdd>("Notes",
+                                         [](TimeTrackingAdd& add, const json& value) {
+                                           add.notes = value.get<std::string>();
+                                         }))),
+        is_billable_(make<BoolField>(fields.sink<TimeTrackingAdd>(
+            "IsBillable",
+            [](TimeTrackingAdd& add, const json& value) { add.is_billable = value.get<bool>(); }))),
+        billable_status_(make<BillableStatusField>(fields.sink<TimeTrackingAdd>(
+            "BillableStatus", [](TimeTrackingAdd& add, const json& value) {
+              add.is_billable = value.get<int>() != bsNotBillable;
+            }))) {}
+
+  HRESULT STDMETHODCALLTYPE get_TxnDate(IQBDateType** date) override {
+    hand_out(date, txn_date_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_EntityRef(IQBBaseRef** entity) override {
+    hand_out(entity, entity_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_Duration(IQBTimeIntervalType** duration) override {
+    hand_out(duration, duration_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_PayrollItemWageRef(IQBBaseRef** item) override {
+    hand_out(item, item_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_Notes(IQBStringType** notes) override {
+    hand_out(notes, notes_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_IsBillable(IQBBoolType** billable) override {
+    hand_out(billable, is_billable_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_BillableStatus(IQBENBillableStatusType** status) override {
+    hand_out(status, billable_status_);
+    return S_OK;
+  }
+
+ private:
+  ComPtr<DateField> txn_date_;
+  ComPtr<BaseRef> entity_;
+  ComPtr<TimeIntervalField> duration_;
+  ComPtr<BaseRef> item_;
+  ComPtr<StringField> notes_;
+  ComPtr<BoolField> is_billable_;
+  ComPtr<BillableStatusField> billable_status_;
+};
+
+class Attributes final : public Automation<IAttributes> {
+ public:
+  explicit Attributes(std::shared_ptr<MessageSet> set) : set_(std::move(set)) {}
+  HRESULT STDMETHODCALLTYPE get_OnError(ENRqOnError* on_error) override {
+    *on_error = static_cast<ENRqOnError>(set_->requests.on_error);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE put_OnError(ENRqOnError on_error) override {
+    return guarded([&] {
+      if (on_error != roeStop && on_error != roeContinue && on_error != roeRollback)
+        raise(380, kComponentSource, "OnError: not an ENRqOnError value.");
+      set_->requests.on_error = static_cast<OnError>(on_error);
+      set_->record["onError"] = static_cast<int>(on_error);
+    });
+  }
+
+ private:
+  std::shared_ptr<MessageSet> set_;
+};
+
+class MsgSetRequest final : public Automation<IMsgSetRequest> {
+ public:
+  explicit MsgSetRequest(std::shared_ptr<MessageSet> set)
+      : set_(std::move(set)), attributes_(make<Attributes>(set_)) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (object != nullptr && IsEqualIID(iid, kMessageSetIid)) {
+      // Not AddRef'ed: the caller holds the object through the pointer it asked.
+      *object = this;
+      return S_OK;
+    }
+    return Automation<IMsgSetRequest>::QueryInterface(iid, object);
+  }
+
+  HRESULT STDMETHODCALLTYPE get_Attributes(IAttributes** attributes) override {
+    hand_out(attributes, attributes_);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE AppendPayrollItemWageQueryRq(IPayrollItemWageQuery** request) override {
+    hand_out(request,
+             make<PayrollItemWageQueryRq>(append("PayrollItemWageQuery", PayrollItemWageQuery{})));
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE AppendEmployeeQueryRq(IEmployeeQuery** request) override {
+    append("EmployeeQuery", EmployeeQuery{});
+    hand_out(request, make<EmployeeQueryRq>());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE AppendEmployeeAddRq(IEmployeeAdd** request) override {
+    hand_out(request, make<EmployeeAddRq>(append("EmployeeAdd", EmployeeAdd{})));
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE AppendTimeTrackingAddRq(ITimeTrackingAdd** request) override {
+    hand_out(request, make<TimeTrackingAddRq>(append("TimeTrackingAdd", TimeTrackingAdd{})));
+    return S_OK;
+  }
+
+  const std::shared_ptr<MessageSet>& set() const { return set_; }
+
+ private:
+  RequestFields append(const char* type, Request request) {
+    const std::size_t index = set_->requests.requests.size();
+    set_->requests.requests.push_back(std::move(request));
+    set_->record["requests"].push_back({{"type", type}, {"set", json::array()}});
+    return RequestFields(set_, index);
+  }
+
+  std::shared_ptr<MessageSet> set_;
+  ComPtr<Attributes> attributes_;
+};
 
 std::optional<TimeTrackingField> time_entry_field(const std::string& path) {
   if (path == "EntityRef.FullName") return TimeTrackingField::EntityRef;
   if (path == "Duration") return TimeTrackingField::Duration;
   if (path == "TxnDate") return TimeTrackingField::TxnDate;
   if (path == "PayrollItemWageRef.FullName") return TimeTrackingField::PayrollItemWageRef;
-  if (path == "IsBillable") return TimeTrackingField::IsBillable;
+  if (path == "IsBillable" || path == "BillableStatus") return TimeTrackingField::IsBillable;
   if (path == "Notes") return TimeTrackingField::Notes;
   return std::nullopt;
 }
@@ -202,56 +329,33 @@ RequestSet MessageSet::to_send() const {
   return sent;
 }
 
-ComPtr<DispatchObject> make_message_set(std::int32_t major, std::int32_t minor) {
+std::string MessageSet::schema_problem() const {
+  const bool status = uses_billable_status(requests.major_version, requests.minor_version);
+  const std::string refused = status ? "IsBillable" : "BillableStatus";
+  const std::size_t count = record["requests"].size();
+  for (std::size_t index = 0; index < count; ++index)
+    for (const json& call : record["requests"][index]["set"])
+      if (call.at(0) == refused)
+        return refused + " is not an element of a qbXML " + record["version"].get<std::string>() +
+               " TimeTrackingAdd";
+  return {};
+}
+
+std::shared_ptr<MessageSet> message_set_of(IMsgSetRequest* object) {
+  if (object == nullptr) return nullptr;
+  void* ours = nullptr;
+  if (FAILED(object->QueryInterface(kMessageSetIid, &ours))) return nullptr;
+  return static_cast<MsgSetRequest*>(ours)->set();
+}
+
+ComPtr<IMsgSetRequest> make_message_set(std::int32_t major, std::int32_t minor) {
   auto set = std::make_shared<MessageSet>();
   set->requests.major_version = major;
   set->requests.minor_version = minor;
   set->record = {
       {"version", version_text(major, minor)}, {"onError", nullptr}, {"requests", json::array()}};
-
-  ComPtr<DispatchObject> attributes = DispatchObject::create();
-  attributes->on_put(L"OnError", [set](const Arguments& arguments, VARIANT*) {
-    arguments.expect(1);
-    const std::int32_t value = arguments.integer(0);
-    set->requests.on_error = static_cast<OnError>(value);
-    set->record["onError"] = value;
-  });
-  attributes->on(L"OnError", [set](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(0);
-    return_integer(result, static_cast<std::int32_t>(set->requests.on_error));
-  });
-
-  ComPtr<DispatchObject> object = DispatchObject::create();
-  object->payload = set;
-  object->child(L"Attributes", attributes);
-  object->on(L"AppendPayrollItemWageQueryRq", [set](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(0);
-    return_object(result, append_request(set, "PayrollItemWageQuery", PayrollItemWageQuery{},
-                                         payroll_item_query_fields())
-                              .Get());
-  });
-  object->on(L"AppendEmployeeQueryRq", [set](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(0);
-    return_object(result, append_request(set, "EmployeeQuery", EmployeeQuery{}, {}).Get());
-  });
-  object->on(L"AppendEmployeeAddRq", [set](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(0);
-    return_object(result,
-                  append_request(set, "EmployeeAdd", EmployeeAdd{}, employee_fields()).Get());
-  });
-  object->on(L"AppendTimeTrackingAddRq", [set](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(0);
-    return_object(
-        result,
-        append_request(set, "TimeTrackingAdd", TimeTrackingAdd{}, time_entry_fields()).Get());
-  });
+  ComPtr<IMsgSetRequest> object = make<MsgSetRequest>(set);
   return object;
-}
-
-std::shared_ptr<MessageSet> message_set_of(IDispatch* object) {
-  DispatchObject* ours = DispatchObject::from(object);
-  if (ours == nullptr) return nullptr;
-  return std::static_pointer_cast<MessageSet>(ours->payload);
 }
 
 }  // namespace zorvat::qbsim

@@ -6,18 +6,19 @@
 // The record, as the test host reads it back:
 //   {"version": "1.0", "onError": 1,
 //    "requests": [{"type": "TimeTrackingAdd",
-//                  "set": [["EntityRef.FullName", "Jane Doe"], ["Duration", [8, 0, 0, false]],
+//                  "set": [["EntityRef.FullName", "Jane Doe"], ["Duration", [8, 0, 0]],
 //                          ["TxnDate", "2004-03-01"], ...]}]}
-// "onError" is null until the client sets it; a SetValue of several arguments is
-// recorded as their list; a date as "YYYY-MM-DD" (with "THH:MM:SS" when it carries a
-// time of day).
+// "onError" is null until the client sets it; Duration's SetValue(hour, minute,
+// second) is recorded as their list; BillableStatus as its number; a date as
+// "YYYY-MM-DD" (with "THH:MM:SS" when it carries a time of day).
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include <nlohmann/json.hpp>
 
-#include "dispatch_object.h"
+#include "automation.h"
 #include "zorvat/quickbooks/session.h"
 
 namespace zorvat::qbsim {
@@ -28,12 +29,16 @@ struct MessageSet {
 
   // The requests to send: each time entry carries the order its fields were set in.
   quickbooks::RequestSet to_send() const;
+  // What QuickBooks would refuse the whole set for, as the qbXML document the SDK
+  // writes of it breaks the schema: a time entry's billable flag set through the
+  // element of the other qbXML versions. Empty when nothing.
+  std::string schema_problem() const;
 };
 
-// CreateMsgSetRequest(major, minor).
-ComPtr<DispatchObject> make_message_set(std::int32_t major, std::int32_t minor);
+// The message set behind an IMsgSetRequest this server made; null for any other.
+std::shared_ptr<MessageSet> message_set_of(IMsgSetRequest* object);
 
-// The message set behind an object make_message_set made; null for any other object.
-std::shared_ptr<MessageSet> message_set_of(IDispatch* object);
+// CreateMsgSetRequest(major, minor).
+ComPtr<IMsgSetRequest> make_message_set(std::int32_t major, std::int32_t minor);
 
 }  // namespace zorvat::qbsim

@@ -1,14 +1,16 @@
 // qbsim.dll: the company simulator as an in-process COM server, registered under the
 // session manager's ProgID "QBFC2.QBSessionManager" so that zorvat.dll reaches it
-// exactly as it reaches QuickBooks' own. Built for the Wine tests only, and registered
-// only in their throwaway Wine prefix; the CLSID is this simulator's own.
+// exactly as it reaches QuickBooks' own, and the tests' control object under
+// "QBSim.Control". Built for the Wine tests only, and registered only in their
+// throwaway Wine prefix; the CLSIDs are this simulator's own. Its objects answer
+// through the type library of qbfc_subset.idl, one of this DLL's resources.
 #include <windows.h>
 
 #include <olectl.h>
 
 #include <string>
 
-#include "dispatch_object.h"
+#include "automation.h"
 #include "session_manager.h"
 
 namespace {
@@ -19,11 +21,17 @@ using namespace zorvat::qbsim;
 constexpr CLSID kSimulatorClsid = {
     0x17cd60ef, 0xd49d, 0x4560, {0xaf, 0xa5, 0x19, 0x5d, 0xf5, 0xfb, 0xb4, 0x35}};
 constexpr wchar_t kProgId[] = L"QBFC2.QBSessionManager";
+// {3F6B0F7E-9B1C-4C55-8F0B-6E4B9F1D2A61}
+constexpr CLSID kControlClsid = {
+    0x3f6b0f7e, 0x9b1c, 0x4c55, {0x8f, 0x0b, 0x6e, 0x4b, 0x9f, 0x1d, 0x2a, 0x61}};
+constexpr wchar_t kControlProgId[] = L"QBSim.Control";
 
 HINSTANCE module = nullptr;
 
 class ClassFactory final : public IClassFactory {
  public:
+  explicit ClassFactory(bool control) : control_(control) {}
+
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) return E_POINTER;
     if (IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IClassFactory)) {
@@ -40,19 +48,24 @@ class ClassFactory final : public IClassFactory {
     *object = nullptr;
     if (outer != nullptr) return CLASS_E_NOAGGREGATION;
     try {
+      if (control_) return make_simulator_control()->QueryInterface(iid, object);
       return make_session_manager()->QueryInterface(iid, object);
     } catch (...) {
       return E_OUTOFMEMORY;
     }
   }
   HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+
+ private:
+  bool control_;
 };
 
-ClassFactory factory;
+ClassFactory factory(false);
+ClassFactory control_factory(true);
 
-std::wstring clsid_text() {
+std::wstring clsid_text(REFCLSID clsid) {
   wchar_t text[40] = {};
-  StringFromGUID2(kSimulatorClsid, text, 40);
+  StringFromGUID2(clsid, text, 40);
   return text;
 }
 
@@ -69,7 +82,30 @@ bool set_value(const std::wstring& key, const wchar_t* name, const std::wstring&
   return done;
 }
 
+bool register_class(REFCLSID clsid, const wchar_t* prog_id, const wchar_t* path,
+                    const wchar_t* description) {
+  const std::wstring clsid_key = L"CLSID\\" + clsid_text(clsid);
+  return set_value(prog_id, nullptr, description) &&
+         set_value(std::wstring(prog_id) + L"\\CLSID", nullptr, clsid_text(clsid)) &&
+         set_value(clsid_key, nullptr, description) &&
+         set_value(clsid_key + L"\\ProgID", nullptr, prog_id) &&
+         set_value(clsid_key + L"\\InprocServer32", nullptr, path) &&
+         set_value(clsid_key + L"\\InprocServer32", L"ThreadingModel", L"Apartment");
+}
+
+void unregister_class(REFCLSID clsid, const wchar_t* prog_id) {
+  RegDeleteTreeW(HKEY_CLASSES_ROOT, prog_id);
+  RegDeleteKeyW(HKEY_CLASSES_ROOT, prog_id);
+  const std::wstring key = L"CLSID\\" + clsid_text(clsid);
+  RegDeleteTreeW(HKEY_CLASSES_ROOT, key.c_str());
+  RegDeleteKeyW(HKEY_CLASSES_ROOT, key.c_str());
+}
+
 }  // namespace
+
+HINSTANCE zorvat::qbsim::server_module() {
+  return module;
+}
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
   if (reason == DLL_PROCESS_ATTACH) {
@@ -82,8 +118,9 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
   if (object == nullptr) return E_POINTER;
   *object = nullptr;
-  if (!IsEqualCLSID(clsid, kSimulatorClsid)) return CLASS_E_CLASSNOTAVAILABLE;
-  return factory.QueryInterface(iid, object);
+  if (IsEqualCLSID(clsid, kSimulatorClsid)) return factory.QueryInterface(iid, object);
+  if (IsEqualCLSID(clsid, kControlClsid)) return control_factory.QueryInterface(iid, object);
+  return CLASS_E_CLASSNOTAVAILABLE;
 }
 
 // The simulated QuickBooks lives as long as the process: its company and its record
@@ -95,22 +132,14 @@ STDAPI DllCanUnloadNow() {
 STDAPI DllRegisterServer() {
   wchar_t path[MAX_PATH + 1] = {};
   if (GetModuleFileNameW(module, path, MAX_PATH) == 0) return SELFREG_E_CLASS;
-  const std::wstring clsid = clsid_text();
-  const std::wstring key = L"CLSID\\" + clsid;
-  const bool done = set_value(kProgId, nullptr, L"Company simulator session manager") &&
-                    set_value(std::wstring(kProgId) + L"\\CLSID", nullptr, clsid) &&
-                    set_value(key, nullptr, L"Company simulator session manager") &&
-                    set_value(key + L"\\ProgID", nullptr, kProgId) &&
-                    set_value(key + L"\\InprocServer32", nullptr, path) &&
-                    set_value(key + L"\\InprocServer32", L"ThreadingModel", L"Apartment");
+  const bool done =
+      register_class(kSimulatorClsid, kProgId, path, L"Company simulator session manager") &&
+      register_class(kControlClsid, kControlProgId, path, L"Company simulator control");
   return done ? S_OK : SELFREG_E_CLASS;
 }
 
+// Takes the session manager away (a machine without the SDK); the control stays.
 STDAPI DllUnregisterServer() {
-  RegDeleteTreeW(HKEY_CLASSES_ROOT, kProgId);
-  RegDeleteKeyW(HKEY_CLASSES_ROOT, kProgId);
-  const std::wstring key = L"CLSID\\" + clsid_text();
-  RegDeleteTreeW(HKEY_CLASSES_ROOT, key.c_str());
-  RegDeleteKeyW(HKEY_CLASSES_ROOT, key.c_str());
+  unregister_class(kSimulatorClsid, kProgId);
   return S_OK;
 }

@@ -4,7 +4,7 @@
 
 #include "message_set.h"
 #include "responses.h"
-#include "zorvat/error.h"
+#include "zorvat/quickbooks/com_failures.h"
 #include "zorvat/quickbooks/company.h"
 #include "zorvat/quickbooks/simulator.h"
 
@@ -17,6 +17,7 @@ using namespace quickbooks;
 struct SimulatedQuickBooks {
   std::unique_ptr<CompanySimulator> simulator = std::make_unique<CompanySimulator>(Company{});
   json request_sets = json::array();
+  bool versions_by_reference = false;
 };
 
 SimulatedQuickBooks& quickbooks() {
@@ -36,74 +37,113 @@ json recorded_calls() {
   return calls;
 }
 
+SAFEARRAY* bstr_array(const std::vector<std::string>& texts) {
+  SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
+  if (array == nullptr) throw std::bad_alloc();
+  for (LONG index = 0; index < static_cast<LONG>(texts.size()); ++index) {
+    com::unique_bstr text(com::make_bstr(texts[static_cast<std::size_t>(index)]));
+    SafeArrayPutElement(array, &index, text.get());
+  }
+  return array;
+}
+
+class SessionManager final : public Automation<IQBSessionManager> {
+ public:
+  ~SessionManager() override {
+    if (held_versions_ != nullptr) SafeArrayDestroy(held_versions_);
+  }
+
+  HRESULT STDMETHODCALLTYPE OpenConnection(BSTR app_id, BSTR app_name) override {
+    return guarded([&] {
+      simulator().OpenConnection(com::bstr_to_utf8(app_id), com::bstr_to_utf8(app_name));
+    });
+  }
+  HRESULT STDMETHODCALLTYPE BeginSession(BSTR file, ENOpenMode mode) override {
+    return guarded(
+        [&] { simulator().BeginSession(com::bstr_to_utf8(file), static_cast<OpenMode>(mode)); });
+  }
+  HRESULT STDMETHODCALLTYPE EndSession() override {
+    return guarded([&] { simulator().EndSession(); });
+  }
+  HRESULT STDMETHODCALLTYPE CloseConnection() override {
+    return guarded([&] { simulator().CloseConnection(); });
+  }
+  HRESULT STDMETHODCALLTYPE CreateMsgSetRequest(short major, short minor,
+                                                IMsgSetRequest** request) override {
+    return guarded([&] { hand_out(request, make_message_set(major, minor)); });
+  }
+  HRESULT STDMETHODCALLTYPE DoRequests(IMsgSetRequest* request,
+                                       IMsgSetResponse** response) override {
+    return guarded([&] {
+      const std::shared_ptr<MessageSet> set = message_set_of(request);
+      if (!set) raise_runtime(rt::kTypeMismatch);
+      quickbooks().request_sets.push_back(set->record);
+      // The SDK writes the set as a qbXML document; one QuickBooks cannot parse is
+      // refused whole, before any of its requests is answered.
+      if (!set->schema_problem().empty()) com_failures::raise_failure(com_failures::parse_error());
+      const RequestSet sent = set->to_send();
+      const ResponseSet responses = simulator().DoRequests(sent);
+      hand_out(response, make_response_set(sent, responses));
+    });
+  }
+  HRESULT STDMETHODCALLTYPE get_QBXMLVersionsForSession(SAFEARRAY** versions) override {
+    return guarded([&] { *versions = bstr_array(simulator().QBXMLVersionsForSession()); });
+  }
+
+ protected:
+  // With VersionsByReference, the array goes out as VT_BYREF|VT_ARRAY|VT_BSTR pointing
+  // at a copy this manager keeps until the next read or its release.
+  HRESULT after_invoke(DISPID, HRESULT hr, VARIANT* result) override {
+    if (FAILED(hr) || result == nullptr || !quickbooks().versions_by_reference ||
+        V_VT(result) != (VT_ARRAY | VT_BSTR))
+      return hr;
+    if (held_versions_ != nullptr) SafeArrayDestroy(held_versions_);
+    held_versions_ = V_ARRAY(result);
+    V_VT(result) = VT_ARRAY | VT_BSTR | VT_BYREF;
+    V_ARRAYREF(result) = &held_versions_;
+    return hr;
+  }
+
+ private:
+  SAFEARRAY* held_versions_ = nullptr;
+};
+
+class SimulatorControl final : public Automation<IQBSimulatorControl> {
+ public:
+  HRESULT STDMETHODCALLTYPE LoadCompany(BSTR company) override {
+    return guarded([&] {
+      Company loaded = parse_company_json(com::bstr_to_utf8(company), "LoadCompany");
+      quickbooks().simulator = std::make_unique<CompanySimulator>(std::move(loaded));
+      quickbooks().request_sets = json::array();
+      quickbooks().versions_by_reference = false;
+    });
+  }
+  HRESULT STDMETHODCALLTYPE get_RecordedRequestSets(BSTR* sets) override {
+    *sets = com::make_bstr(quickbooks().request_sets.dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_RecordedCalls(BSTR* calls) override {
+    *calls = com::make_bstr(recorded_calls().dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_VersionsByReference(VARIANT_BOOL* by_reference) override {
+    *by_reference = quickbooks().versions_by_reference ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE put_VersionsByReference(VARIANT_BOOL by_reference) override {
+    quickbooks().versions_by_reference = by_reference != VARIANT_FALSE;
+    return S_OK;
+  }
+};
+
 }  // namespace
 
-ComPtr<DispatchObject> make_session_manager() {
-  ComPtr<DispatchObject> manager = DispatchObject::create();
-  manager->on(L"OpenConnection", [](const Arguments& arguments, VARIANT*) {
-    arguments.expect(2);
-    simulator().OpenConnection(arguments.text(0), arguments.text(1));
-  });
-  manager->on(L"BeginSession", [](const Arguments& arguments, VARIANT*) {
-    arguments.expect(2);
-    simulator().BeginSession(arguments.text(0), static_cast<OpenMode>(arguments.integer(1)));
-  });
-  manager->on(L"EndSession", [](const Arguments& arguments, VARIANT*) {
-    arguments.expect(0);
-    simulator().EndSession();
-  });
-  manager->on(L"CloseConnection", [](const Arguments& arguments, VARIANT*) {
-    arguments.expect(0);
-    simulator().CloseConnection();
-  });
-  manager->on(L"QBXMLVersionsForSession", [](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(0);
-    const auto versions =
-        std::make_shared<std::vector<std::string>>(simulator().QBXMLVersionsForSession());
-    ComPtr<DispatchObject> list = DispatchObject::create();
-    list->on(L"Count", [versions](const Arguments& count_arguments, VARIANT* count) {
-      count_arguments.expect(0);
-      return_integer(count, static_cast<std::int32_t>(versions->size()));
-    });
-    list->on(L"GetAt", [versions](const Arguments& at_arguments, VARIANT* version) {
-      at_arguments.expect(1);
-      const std::int32_t index = at_arguments.integer(0);
-      if (index < 0 || static_cast<std::size_t>(index) >= versions->size())
-        raise_runtime(rt::kSubscriptOutOfRange);
-      return_text(version, (*versions)[static_cast<std::size_t>(index)]);
-    });
-    return_object(result, list.Get());
-  });
-  // The qbXML 1.x session managers' argument list: the version alone, no country.
-  manager->on(L"CreateMsgSetRequest", [](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(2);
-    return_object(result, make_message_set(arguments.integer(0), arguments.integer(1)).Get());
-  });
-  manager->on(L"DoRequests", [](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(1);
-    const std::shared_ptr<MessageSet> set = message_set_of(arguments.object(0));
-    if (!set) raise_runtime(rt::kTypeMismatch);
-    quickbooks().request_sets.push_back(set->record);
-    const RequestSet sent = set->to_send();
-    const ResponseSet responses = simulator().DoRequests(sent);
-    return_object(result, make_response_set(sent, responses).Get());
-  });
+ComPtr<IQBSessionManager> make_session_manager() {
+  return make<SessionManager>();
+}
 
-  manager->on(L"LoadCompany", [](const Arguments& arguments, VARIANT*) {
-    arguments.expect(1);
-    Company company = parse_company_json(arguments.text(0), "LoadCompany");
-    quickbooks().simulator = std::make_unique<CompanySimulator>(std::move(company));
-    quickbooks().request_sets = json::array();
-  });
-  manager->on(L"RecordedRequestSets", [](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(0);
-    return_text(result, quickbooks().request_sets.dump());
-  });
-  manager->on(L"RecordedCalls", [](const Arguments& arguments, VARIANT* result) {
-    arguments.expect(0);
-    return_text(result, recorded_calls().dump());
-  });
-  return manager;
+ComPtr<IQBSimulatorControl> make_simulator_control() {
+  return make<SimulatorControl>();
 }
 
 }  // namespace zorvat::qbsim

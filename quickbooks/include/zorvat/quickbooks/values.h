@@ -10,12 +10,15 @@
 
 namespace zorvat::quickbooks {
 
-// A duration as "PT<h>H<m>M<s>S". Each count is written with its own sign: an hour
-// count that came out zero or negative is sent as it is ("PT-8H30M0S" for -8 hours
-// and 30 minutes), never folded into one signed total, so the entry that reaches
-// QuickBooks is the entry that was made (and QuickBooks refuses it).
+// A duration as the schema's time interval "PT<h>H<m>M<s>S", the counts without sign.
+// A duration with a negative count (the edit-total split can make the hours
+// negative: -8 hours and 30 minutes) is negative as a whole, and the sign goes before
+// the whole value: "-PT8H30M0S". The counts are not folded into one total, so the
+// entry that reaches QuickBooks is the entry that was made.
 std::string duration_text(const Duration& duration);
-// Reads exactly the form duration_text writes; nullopt for anything else.
+// Reads exactly the form duration_text writes; nullopt for anything else (a sign
+// inside, "PT-8H30M0S", is not a time interval). "-PT8H30M0S" reads back as -8 hours
+// and 30 minutes: the sign goes to the first count that is not zero.
 std::optional<Duration> parse_duration_text(std::string_view text);
 
 // A transaction date as "YYYY-MM-DD"; the time of day is not sent.

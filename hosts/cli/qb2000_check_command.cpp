@@ -1,0 +1,87 @@
+#include "qb2000_check_command.h"
+
+#include <nlohmann/json.hpp>
+
+#include <ostream>
+
+#include "app.h"
+#include "cli_ui.h"
+#include "json_cards.h"
+#include "qb2000/qb2000.h"
+#include "qb2000/qb2000_check.h"
+#include "reconcile_command.h"
+#include "zorvat/error.h"
+#include "zorvat/text.h"
+
+namespace zorvat::cli {
+namespace {
+
+void print_error(bool json, std::ostream& out, std::ostream& err, long number,
+                 const std::string& source, const std::string& description) {
+  if (json) {
+    nlohmann::ordered_json report;
+    report["class"] = "QB2000";
+    report["problems"] = nlohmann::ordered_json::array();
+    report["error"] = {{"number", number}, {"source", source}, {"description", description}};
+    out << report.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+  } else if (number == 0) {
+    err << "zorvat: " << description << '\n';
+  } else {
+    err << "zorvat: error " << number << " in " << source << ": " << description << '\n';
+  }
+}
+
+}  // namespace
+
+bool names_qb2000(const std::string& class_name) {
+  return iequals(class_name, "QB2000") || iequals(class_name, "zorvat.QB2000");
+}
+
+int run_qb2000_check(const std::string& cards_path, const std::string& setup, bool json,
+                     std::ostream& out, std::ostream& err) {
+  Variant cards;
+  try {
+    cards = load_cards_file(cards_path);
+  } catch (const CardsFileError& error) {
+    print_error(json, out, err, 0, "zorvat", error.what());
+    return kUsageError;
+  }
+  std::vector<formats::qb2000::CardFieldProblem> problems;
+  try {
+    // The class's check of its settings comes first, as before an export; no session
+    // manager is given, so none can be opened.
+    CommandLineUi ui({std::nullopt, false, false, {}});
+    FixedDateClock clock(system_clock().today());
+    formats::QB2000 qb2000(ExportContext{ui, safe_output_files(), clock, nullptr});
+    qb2000.ValidateSetupData(setup);
+    problems = formats::qb2000::field_limit_problems(cards, setup);
+  } catch (const Error& error) {
+    print_error(json, out, err, error.number(), error.source(), error.description());
+    return kErrorRaised;
+  }
+
+  if (json) {
+    nlohmann::ordered_json report;
+    report["class"] = "QB2000";
+    report["problems"] = nlohmann::ordered_json::array();
+    for (const auto& [card, problem] : problems)
+      report["problems"].push_back({{"card", card},
+                                    {"employee", problem.employee},
+                                    {"field", problem.field},
+                                    {"length", problem.length},
+                                    {"limit", problem.limit},
+                                    {"description", problem.description()}});
+    report["error"] = nullptr;
+    out << report.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+  } else if (problems.empty()) {
+    out << "Every name, payroll item and note of the cards fits QuickBooks' fields.\n";
+  } else {
+    for (const auto& [card, problem] : problems)
+      out << "card " << card << ": " << problem.description() << '\n';
+    out << problems.size() << (problems.size() == 1 ? " field is" : " fields are")
+        << " longer than QuickBooks takes; the export would stop there.\n";
+  }
+  return problems.empty() ? kSucceeded : kUnexplainedDifference;
+}
+
+}  // namespace zorvat::cli
