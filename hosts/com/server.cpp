@@ -278,14 +278,35 @@ HRESULT register_classes(ITypeLib* library, const std::wstring& path) {
   return S_OK;
 }
 
+// Whether the other registry view of 64-bit Windows (the 32-bit one for the 64-bit DLL,
+// and the other way round) still has an in-process server for the class.
+bool registered_in_other_view(const std::wstring& clsid) {
+#ifdef _WIN64
+  const REGSAM other_view = KEY_WOW64_32KEY;
+#else
+  BOOL wow64 = FALSE;
+  if (!IsWow64Process(GetCurrentProcess(), &wow64) || !wow64) return false;
+  const REGSAM other_view = KEY_WOW64_64KEY;
+#endif
+  unique_hkey key;
+  const std::wstring server = L"CLSID\\" + clsid + L"\\InprocServer32";
+  return RegOpenKeyExW(HKEY_CLASSES_ROOT, server.c_str(), 0, KEY_READ | other_view, key.put()) ==
+         ERROR_SUCCESS;
+}
+
+// Removes what register_classes wrote. The CLSID keys belong to this DLL's registry view;
+// the ProgID keys lie in the part of HKEY_CLASSES_ROOT both views share, so they stay
+// while the other DLL (32- or 64-bit) is still registered for the class.
 HRESULT unregister_classes(ITypeLib* library) {
   std::vector<CoClass> classes;
   const HRESULT hr = library_classes(library, classes);
   if (FAILED(hr)) return hr;
   LSTATUS result = ERROR_SUCCESS;
   for (const CoClass& coclass : classes) {
-    for (const std::wstring& key :
-         {L"zorvat." + coclass.name, L"CLSID\\" + guid_text(coclass.clsid)}) {
+    const std::wstring clsid = guid_text(coclass.clsid);
+    std::vector<std::wstring> keys = {L"CLSID\\" + clsid};
+    if (!registered_in_other_view(clsid)) keys.push_back(L"zorvat." + coclass.name);
+    for (const std::wstring& key : keys) {
       const LSTATUS status = delete_tree(key);
       if (status != ERROR_SUCCESS) result = status;
     }
