@@ -14,7 +14,7 @@ For each coclass of the library (ProgID "zorvat.<Class>"):
       ProgID = zorvat.<Class>, VersionIndependentProgID = zorvat.<Class>
       TypeLib = {libid}, VERSION = <major>.<minor>, Programmable
 For the library: HKCR\\TypeLib\\{libid}\\<major>.<minor> = <helpstring>, 0\\<syskind> = the
-DLL's path, FLAGS = 0, HELPDIR = the install folder; and for each dual interface
+DLL's path, FLAGS, HELPDIR = the install folder; and for each dual interface
 HKCR\\Interface\\{iid} = <name>, ProxyStubClsid(32) = the automation marshaller,
 TypeLib = {libid} with Version.
 
@@ -29,6 +29,9 @@ from xml.sax.saxutils import quoteattr
 
 # The marshaller of oleautomation interfaces (PSOAInterface), as RegisterTypeLib writes it.
 AUTOMATION_MARSHALLER = "{00020424-0000-0000-C000-000000000046}"
+# The library's flags as RegisterTypeLib writes them for the type library that widl
+# embeds in the DLL: LIBFLAG_FHASDISKIMAGE alone.
+LIBRARY_FLAGS = "8"
 
 
 def strip_comments(text):
@@ -122,7 +125,7 @@ def main():
     library_key = f"TypeLib\\{libid}\\{version}"
     rows.value(library_key, library["helpstring"])
     rows.value(library_key + "\\0\\" + arguments.syskind, dll)
-    rows.value(library_key + "\\FLAGS", "0")
+    rows.value(library_key + "\\FLAGS", LIBRARY_FLAGS)
     rows.value(library_key + "\\HELPDIR", f"[{arguments.folder}]")
     for interface in interfaces:
         key = "Interface\\" + interface["guid"]

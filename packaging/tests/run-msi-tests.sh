@@ -362,7 +362,43 @@ else
 fi
 
 # --- The 32-bit package on 64-bit Windows ---------------------------------------------
+# What the DLL's own DllRegisterServer (with the type library's registration) writes for
+# the same path, to compare with what the installer writes.
+mkdir -p "$(drive_c)/Program Files (x86)/zorvat"
+cp "$dll32" "$(drive_c)/Program Files (x86)/zorvat/zorvat.dll"
+timeout 120 "$wine32" 'C:\windows\syswow64\regsvr32.exe' /s "$folder32\\zorvat.dll" >/dev/null 2>&1
+registry_snapshot "$work/registry-regsvr32"
+timeout 120 "$wine32" 'C:\windows\syswow64\regsvr32.exe' /s /u "$folder32\\zorvat.dll" >/dev/null 2>&1
+rm -rf "$(drive_c)/Program Files (x86)/zorvat"
+
+# A registration as a set of lines, whichever registry view each key went to (the Wine
+# loader and the installer place some keys differently), the help folder without its
+# trailing backslash, the installer's own bookkeeping left out.
+registration_lines() {
+  zorvat_lines "$1" | grep -v -i 'Classes\\Installer\\' | sed -e 's/Wow6432Node\\//' \
+    -e 's/\\\\"$/"/' | tr 'A-Z' 'a-z' | sort -u
+}
+
 msiexec "x86 package" /i "$work/msi/zorvat-$version.msi"
+registry_snapshot "$work/registry-x86"
+missing=$(comm -23 <(registration_lines "$work/registry-regsvr32") <(registration_lines "$work/registry-x86"))
+extra=$(comm -13 <(registration_lines "$work/registry-regsvr32") <(registration_lines "$work/registry-x86"))
+if [[ -z $missing ]]; then
+  pass "x86 package: the installer writes every key and value that DllRegisterServer writes ($(registration_lines "$work/registry-regsvr32" | grep -c .) lines)"
+else
+  echo "$missing" | head -n 10 | sed 's/^/  /'
+  fail "x86 package: $(grep -c . <<<"$missing") lines of DllRegisterServer's registration are not written"
+fi
+# Beyond it, the versioned ProgIDs: zorvat.<Class>.1 with its Clsid, the
+# version-independent one's CurVer, and the class's VersionIndependentProgID.
+unexpected=$(grep -v -E '\\zorvat\.[a-z0-9]+\.1(\\clsid)?\]|\\curver\]|\\versionindependentprogid\]' <<<"$extra" | grep . || true)
+extra_keys=$(grep -c '\]$' <<<"$extra")
+if [[ -z $unexpected && $extra_keys == $((4 * ${#classes[@]})) ]]; then
+  pass "x86 package: beyond that only the .1 ProgIDs, CurVer and VersionIndependentProgID ($extra_keys keys)"
+else
+  echo "$unexpected" | head -n 10 | sed 's/^/  /'
+  fail "x86 package: the installer writes more than DllRegisterServer ($extra_keys extra keys)"
+fi
 create "x86 package: a 32-bit client creates every class from $folder32" \
   "$wine32" "$work/create_class-i686.exe" "$folder32\\zorvat.dll" "${prog_ids[@]}" "${clsids[@]}"
 create "x86 package: a 64-bit client does not see the 32-bit registration" \
