@@ -2,14 +2,16 @@
 # The Windows release as a user meets it, under Wine in fresh 64-bit prefixes (WoW64: the
 # 32-bit side runs with Debian's 32-bit loader and the prefix's syswow64 tools):
 #  - the installers (packaging/msi): msiexec /i ... /qn of the x64 package over one with a
-#    lower version (a major upgrade: exactly one product and one registration left); a
-#    32-bit client (create_class.exe and the COM test host) and a 64-bit client create
-#    every class by its ProgIDs and CLSID, each from its own DLL; the test host's
+#    lower version (a major upgrade: exactly one product and one registration left, and
+#    the lower version refused over the higher one); a 32-bit client (create_class.exe
+#    and the COM test host) and a 64-bit client create every class by its ProgIDs and
+#    CLSID, each from its own DLL; the test host's
 #    registration, type library and corpus tests; the 32-bit cscript creates every class
 #    and runs a corpus export; msiexec /x ... /qn, after which creating a class fails with
 #    "class not registered", the install folders are gone and the registry holds nothing
-#    of zorvat while everything it held before is still there; the same for the 32-bit
-#    package, whose registration the 64-bit side must not see;
+#    of zorvat while every key it held before is still there; the 32-bit package, whose
+#    registration is compared line by line with the DLL's own DllRegisterServer and which
+#    the 64-bit side must not see, also in a 32-bit prefix (32-bit Windows);
 #  - the zip of ./project package: unpacked into a fresh prefix, registered with regsvr32
 #    (32- and 64-bit side by side, each seen only by its own side, unregistering one
 #    leaves the other working) and used by an export from a scripting host.
@@ -307,6 +309,15 @@ if [[ $listed == "zorvat $version|$version" ]]; then
 else
   fail "x64 package: after the upgrade the installed products are: ${listed//$'\n'/; }"
 fi
+timeout 300 "$wine64" msiexec /i "$(windows_path "$work/msi-older/zorvat-$older-x64.msi")" /qn \
+  >/dev/null 2>&1
+code=$?
+listed=$(products)
+if ((code != 0)) && [[ $listed == "zorvat $version|$version" ]]; then
+  pass "x64 package: $older does not install over $version (msiexec exited with $code)"
+else
+  fail "x64 package: installing $older over $version exited with $code and left: ${listed//$'\n'/; }"
+fi
 registry_snapshot "$work/registry-installed"
 for clsid in "${clsids[@]}"; do
   count=$(grep -c -i -F "CLSID\\$clsid\\InprocServer32] @=" "$work/registry-installed")
@@ -412,6 +423,29 @@ check "x86 package removed: the install folder is gone" test ! -e "$(drive_c)/Pr
 registry_snapshot "$work/registry-after-x86"
 check "x86 package removed: no registry key or value of zorvat is left" \
   test -z "$(zorvat_lines "$work/registry-after-x86" || true)"
+
+# --- The 32-bit package on 32-bit Windows ---------------------------------------------
+timeout 30 wineserver -k >/dev/null 2>&1
+WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/zorvat-msi.XXXXXX")
+export WINEPREFIX
+prefixes+=("$WINEPREFIX")
+if WINEARCH=win32 timeout 180 "$wine32" wineboot -i >/dev/null 2>&1 &&
+   timeout 60 "$wine32" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 &&
+   timeout 60 wineserver -w; then
+  pass "32-bit Windows: fresh 32-bit Wine prefix"
+  timeout 300 "$wine32" msiexec /i "$(windows_path "$work/msi/zorvat-$version.msi")" /qn >/dev/null 2>&1
+  check "32-bit Windows: msiexec /i zorvat-$version.msi /qn installs the DLL in C:\Program Files\zorvat" \
+    cmp -s "$dll32" "$(drive_c)/Program Files/zorvat/zorvat.dll"
+  create "32-bit Windows: a client creates every class by ProgID, .1 ProgID and CLSID" \
+    "$wine32" "$work/create_class-i686.exe" "$folder64\\zorvat.dll" "${prog_ids[@]}" "${clsids[@]}"
+  scripting_host "32-bit Windows" "$wine32" 'C:\windows\system32'
+  timeout 300 "$wine32" msiexec /x "$(windows_path "$work/msi/zorvat-$version.msi")" /qn >/dev/null 2>&1
+  create "32-bit Windows: uninstalled, a client gets \"class not registered\"" \
+    "$wine32" "$work/create_class-i686.exe" "not registered" "${clsids[@]}" "${prog_ids[@]}"
+  check "32-bit Windows: uninstalled, the install folder is gone" test ! -e "$(drive_c)/Program Files/zorvat"
+else
+  fail "32-bit Windows: creating a 32-bit Wine prefix"
+fi
 
 # --- The release zip, registered by hand --------------------------------------------------
 # ./project package's own script builds the release; without a Windows build of the
