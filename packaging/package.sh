@@ -34,8 +34,12 @@ targets=(zorvat_com)
 ((cli)) && targets+=(zorvat)
 for preset in mingw-x86 mingw-x64; do
   echo "package: building ${targets[*]} ($preset)" >&2
-  (cd "$source_dir" && cmake --preset "$preset" -B "$build_root/$preset" >/dev/null &&
-   cmake --build "$build_root/$preset" -j 2 --target "${targets[@]}" >/dev/null)
+  if ! (cd "$source_dir" && cmake --preset "$preset" -B "$build_root/$preset" >/dev/null &&
+        cmake --build "$build_root/$preset" -j 2 --target "${targets[@]}" >/dev/null); then
+    echo "package: the build of ${targets[*]} ($preset) failed; a release needs zorvat.exe" \
+      "(target zorvat) of both Windows presets" >&2
+    exit 1
+  fi
 done
 
 rm -rf "$out"
