@@ -501,5 +501,13 @@ create "release zip: the 64-bit DLL unregistered, the 32-bit one still works, by
 timeout 120 "$wine32" 'C:\windows\syswow64\regsvr32.exe' /s /u "$unpacked32" >/dev/null 2>&1
 create "release zip: both unregistered, a 32-bit client gets \"class not registered\"" \
   "$wine32" "$work/create_class-i686.exe" "not registered" "zorvat.Generic" "${clsids[@]}"
+timeout 120 "$wine64" 'C:\windows\system32\regsvr32.exe' /s "$unpacked64" >/dev/null 2>&1
+create "release zip: the 64-bit DLL alone registered, a 64-bit client creates every class from it" \
+  "$wine64" "$work/create_class-x86_64.exe" "$unpacked64" "zorvat.Generic" "${clsids[@]}"
+create "release zip: a 32-bit client does not see the 64-bit registration" \
+  "$wine32" "$work/create_class-i686.exe" "not registered" "zorvat.Generic" "${clsids[@]}"
+timeout 120 "$wine64" 'C:\windows\system32\regsvr32.exe' /s /u "$unpacked64" >/dev/null 2>&1
+create "release zip: the 64-bit DLL unregistered, a 64-bit client gets \"class not registered\"" \
+  "$wine64" "$work/create_class-x86_64.exe" "not registered" "zorvat.Generic" "${clsids[@]}"
 
 finish
