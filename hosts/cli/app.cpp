@@ -13,7 +13,7 @@
 #include "cli_ui.h"
 #include "describe_command.h"
 #include "json_cards.h"
-#include "posix_file_system.h"
+#include "platform.h"
 #include "reconcile_command.h"
 #include "setup_command.h"
 #include "simulated_quickbooks.h"

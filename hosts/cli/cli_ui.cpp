@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "platform.h"
 #include "zorvat/forms.h"
 
 namespace zorvat::cli {
@@ -19,6 +20,8 @@ std::optional<std::string> CommandLineUi::read_line(const std::string& prompt) {
 SaveDialogResult CommandLineUi::save_dialog(const SaveDialogRequest& request) {
   if (options_.out) return {false, *options_.out};
   if (!options_.interactive) return {true, {}};
+  // Where the system has a Save dialog of its own (Windows), the user gets that one.
+  if (UiServices* desktop = desktop_ui()) return desktop->save_dialog(request);
   std::cerr << "Save as  (" << request.filter << ")\n";
   std::string prompt = "File name";
   if (!request.file_name.empty()) prompt += " [" + request.file_name + "]";

@@ -1,11 +1,12 @@
 // The command line's answers to what a class asks of the user.
 //
 // The Save dialog is answered from --out (an empty --out is an empty file name);
-// without it a terminal user is asked for a path, and with no terminal the dialog is
-// cancelled. Message boxes are collected (and, in plain mode, printed on stderr as
-// they come). Questions take the answers given in advance (--answer), in order; past
-// those they are asked on a terminal and otherwise get their default answer: No, or
-// Cancel. The progress window's message line is printed on stderr whenever it changes.
+// without it a terminal user is asked for a path (on Windows, a user at a console gets
+// the Windows Save dialog), and with no terminal the dialog is cancelled. Message boxes are
+// collected (and, in plain mode, printed on stderr as they come). Questions take the answers given
+// in advance (--answer), in order; past those they are asked on a terminal and otherwise get their
+// default answer: No, or Cancel. The progress window's message line is printed on stderr whenever
+// it changes.
 #pragma once
 
 #include <cstdio>

@@ -11,7 +11,7 @@
 #include "app.h"
 #include "builtin_formats.h"
 #include "cli_ui.h"
-#include "posix_file_system.h"
+#include "platform.h"
 #include "zorvat/error.h"
 
 namespace zorvat::cli {

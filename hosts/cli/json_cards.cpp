@@ -368,9 +368,17 @@ struct Where {
   }
 };
 
+// Windows editors (Notepad among them) start a UTF-8 file with a byte-order mark; the
+// JSON is what follows it.
+std::string_view without_byte_order_mark(std::string_view json) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  return json.substr(0, kMark.size()) == kMark ? json.substr(kMark.size()) : json;
+}
+
 class Loader {
  public:
-  Loader(std::string_view json, std::string name) : json_(json), name_(std::move(name)) {
+  Loader(std::string_view json, std::string name)
+      : json_(without_byte_order_mark(json)), name_(std::move(name)) {
     store_ = std::make_shared<Store>();
     // Reserved, not touched: pages are taken only as cells are written, and the
     // arrays never move while they grow.

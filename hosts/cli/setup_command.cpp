@@ -7,7 +7,7 @@
 #include "app.h"
 #include "builtin_formats.h"
 #include "cli_ui.h"
-#include "posix_file_system.h"
+#include "platform.h"
 #include "terminal_form.h"
 #include "zorvat/error.h"
 #include "zorvat/form_script.h"
@@ -17,28 +17,36 @@ namespace {
 
 // The user of `zorvat setup`: forms in the terminal or from a script on standard
 // input, message boxes as "message: TEXT" lines on stderr. Save dialogs, questions
-// and help are answered as for export.
+// and help are answered as for export. Where the system has dialogs of its own
+// (Windows), an interactive user gets the real form and everything it opens instead.
 class SetupUi final : public UiServices {
  public:
   SetupUi(std::ostream& err, bool interactive)
-      : err_(err), interactive_(interactive), common_({std::nullopt, interactive, false, {}}) {}
+      : err_(err),
+        interactive_(interactive),
+        desktop_(interactive ? desktop_ui() : nullptr),
+        common_({std::nullopt, interactive, false, {}}) {}
 
   SaveDialogResult save_dialog(const SaveDialogRequest& request) override {
     return common_.save_dialog(request);
   }
   void message_box(const MessageBoxRequest& request) override {
+    if (desktop_ != nullptr) return desktop_->message_box(request);
     err_ << "message: " << request.text << std::endl;
   }
   Answer question(const MessageBoxRequest& request, QuestionButtons buttons) override {
+    if (desktop_ != nullptr) return desktop_->question(request, buttons);
     if (!interactive_) err_ << "message: " << request.text << std::endl;
     return common_.question(request, buttons);
   }
   void show_help(std::string_view help_file, std::string_view window,
                  unsigned long context) override {
+    if (desktop_ != nullptr) return desktop_->show_help(help_file, window, context);
     err_ << "help: " << help_file << window << ", topic " << context << std::endl;
   }
 
   OpenDialogResult open_dialog(const OpenDialogRequest& request) override {
+    if (desktop_ != nullptr) return desktop_->open_dialog(request);
     // Only a terminal user can answer; a script's lines are its actions on the form.
     if (!interactive_) return {};
     err_ << request.title << "  (" << request.filter << ", folder " << request.initial_folder
@@ -49,6 +57,7 @@ class SetupUi final : public UiServices {
   }
 
   void show_form(FormModel& form) override {
+    if (desktop_ != nullptr) return desktop_->show_form(form);
     if (interactive_) {
       run_terminal_form(form, std::cin, err_);
       return;
@@ -71,6 +80,7 @@ class SetupUi final : public UiServices {
  private:
   std::ostream& err_;
   bool interactive_;
+  UiServices* desktop_;
   CommandLineUi common_;
   bool script_failed_ = false;
 };

@@ -1,7 +1,8 @@
 // `zorvat setup CLASS [--setup TEXT] [--title TEXT]`: runs the class's Setup, its
 // setup form shown in the terminal, and prints the new settings string.
 //
-// On a terminal the form is interactive (terminal_form.h). Without one, standard
+// On a terminal the form is interactive (terminal_form.h); on a Windows console it is
+// the Windows form the COM server shows, with its message boxes. Without one, standard
 // input is a script of user actions, one per line (zorvat/form_script.h). Message
 // boxes are printed on stderr as "message: TEXT".
 //

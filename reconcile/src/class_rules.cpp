@@ -8,20 +8,20 @@
 #include <stdexcept>
 
 #include "adp7/adp7.h"
-#include "adp7/adp7_reader.h"
 #include "builtin_formats.h"
 #include "generic/generic.h"
-#include "generic/generic_reader.h"
 #include "intuitpac/intuitpac.h"
-#include "intuitpac/intuitpac_reader.h"
 #include "pcpaylink/pcpaylink.h"
-#include "pcpaylink/pcpaylink_reader.h"
 #include "pcpreview/pcpreview.h"
-#include "pcpreview/pcpreview_reader.h"
 #include "peachtree/peachtree.h"
-#include "peachtree/peachtree_reader.h"
 #include "primepay/primepay.h"
-#include "primepay/primepay_reader.h"
+#include "readers/adp7_reader.h"
+#include "readers/generic_reader.h"
+#include "readers/intuitpac_reader.h"
+#include "readers/pcpaylink_reader.h"
+#include "readers/pcpreview_reader.h"
+#include "readers/peachtree_reader.h"
+#include "readers/primepay_reader.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -190,7 +190,7 @@ FileContents read_generic(std::string_view bytes, const SettingsFields& settings
   for_each(cards, [&](const Variant& card) {
     export_ids.push_back(generic_export_id(card, remove_blanks));
   });
-  return formats::read_generic_file(bytes, settings, export_ids);
+  return read_generic_file(bytes, settings, export_ids);
 }
 
 // --- ADP7: cards without regular or overtime time are left out ------------------------
@@ -244,7 +244,7 @@ Expectation expect_adp7(const Variant& cards, const SettingsFields& settings, st
 
 FileContents read_adp7(std::string_view bytes, const SettingsFields& settings, std::string_view,
                        const Variant&) {
-  return formats::read_adp7_file(bytes, settings);
+  return read_adp7_file(bytes, settings);
 }
 
 // --- IntuitPAC: every card; the edition in Title picks the layout ---------------------
@@ -313,7 +313,7 @@ Expectation expect_intuitpac(const Variant& cards, const SettingsFields& setting
 
 FileContents read_intuitpac(std::string_view bytes, const SettingsFields& settings,
                             std::string_view title, const Variant&) {
-  return formats::read_intuitpac_file(bytes, settings, intuitpac_jr(title));
+  return read_intuitpac_file(bytes, settings, intuitpac_jr(title));
 }
 
 // --- The classes that leave out a card with no time in sum and negative minutes -------
@@ -371,7 +371,7 @@ Expectation expect_pcpaylink(const Variant& cards, const SettingsFields& setting
 
 FileContents read_pcpaylink(std::string_view bytes, const SettingsFields& settings,
                             std::string_view, const Variant&) {
-  return formats::read_pcpaylink_file(bytes, settings);
+  return read_pcpaylink_file(bytes, settings);
 }
 
 Expectation expect_pcpreview(const Variant& cards, const SettingsFields& settings,
@@ -396,7 +396,7 @@ Expectation expect_pcpreview(const Variant& cards, const SettingsFields& setting
 
 FileContents read_pcpreview(std::string_view bytes, const SettingsFields& settings,
                             std::string_view, const Variant&) {
-  return formats::read_pcpreview_file(bytes, settings);
+  return read_pcpreview_file(bytes, settings);
 }
 
 Expectation expect_primepay(const Variant& cards, const SettingsFields& settings,
@@ -425,7 +425,7 @@ Expectation expect_primepay(const Variant& cards, const SettingsFields& settings
 
 FileContents read_primepay(std::string_view bytes, const SettingsFields&, std::string_view,
                            const Variant&) {
-  return formats::read_primepay_file(bytes);
+  return read_primepay_file(bytes);
 }
 
 // --- Peachtree: a ticket per day and category, days without worked hours left out ----
@@ -466,7 +466,7 @@ Expectation expect_peachtree(const Variant& cards, const SettingsFields& setting
         std::string duration = format(Variant(hours::minutes_to_hours(whole, kSource)), "##0");
         duration += ':';
         duration += format(Variant(static_cast<double>(whole % 60)), "00");
-        const auto written_minutes = formats::duration_minutes(duration);
+        const auto written_minutes = duration_minutes(duration);
         if (!written_minutes) throw std::logic_error("unexpected duration " + duration);
         builder.write(rows[c], settings.at(Peachtree::kPayItemCodeReg + c), from_minutes(m),
                       *written_minutes * kUnitsPerMinute, Reason::DurationWholeHours, date);
@@ -488,7 +488,7 @@ Expectation expect_peachtree(const Variant& cards, const SettingsFields& setting
 
 FileContents read_peachtree(std::string_view bytes, const SettingsFields& settings,
                             std::string_view, const Variant&) {
-  return formats::read_peachtree_file(bytes, settings);
+  return read_peachtree_file(bytes, settings);
 }
 
 constexpr ClassRules kClassRules[] = {

@@ -142,6 +142,17 @@ TEST(JsonCards, MalformedArraysAreRejected) {
   EXPECT_EQ(to_long(get_property(load_cards_json("{\"cards\":[]}", "empty"), "Count")), 0);
 }
 
+TEST(JsonCards, AByteOrderMarkBeforeTheDocumentIsSkipped) {
+  // As Notepad saves UTF-8: EF BB BF, then the JSON.
+  const Variant cards = load_cards_json(
+      "\xEF\xBB\xBF{\"PeriodEnd\": \"2004-03-06\", \"cards\": [{\"ExportID\": \"E1\"}]}",
+      "bom.json");
+  EXPECT_EQ(to_long(get_property(cards, "Count")), 1);
+  EXPECT_EQ(to_date(get_property(cards, "PeriodEnd")), Date::from_civil(2004, 3, 6));
+  // Only at the start: the same bytes anywhere else are not blank space.
+  EXPECT_THROW(load_cards_json("{\"cards\": \xEF\xBB\xBF[]}", "inside.json"), CardsFileError);
+}
+
 TEST(JsonCards, NumbersOutOfRangeAreRefusedWithAMessage) {
   // Found by fuzzing: the second reading that locates the error failed itself.
   const char* text =

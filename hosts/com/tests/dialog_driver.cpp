@@ -77,8 +77,8 @@ BOOL CALLBACK collect_any(HWND window, LPARAM data) {
 
 }  // namespace
 
-DialogDriver::DialogDriver(SaveAnswer answer, std::wstring path)
-    : answer_(answer), path_(std::move(path)), thread_([this] { run(); }) {}
+DialogDriver::DialogDriver(SaveAnswer answer, std::wstring path, DWORD process)
+    : answer_(answer), path_(std::move(path)), process_(process), thread_([this] { run(); }) {}
 
 DialogDriver::~DialogDriver() {
   stop();

@@ -32,8 +32,9 @@ struct SeenMessage {
 
 class DialogDriver {
  public:
-  // `path` is typed into the Save dialog for SaveAnswer::File.
-  DialogDriver(SaveAnswer answer, std::wstring path);
+  // `path` is typed into the Save dialog for SaveAnswer::File. The dialogs answered are
+  // those of `process`: this one, or a program the test started (zorvat.exe).
+  DialogDriver(SaveAnswer answer, std::wstring path, DWORD process = GetCurrentProcessId());
   ~DialogDriver();
   DialogDriver(const DialogDriver&) = delete;
   DialogDriver& operator=(const DialogDriver&) = delete;
@@ -55,7 +56,7 @@ class DialogDriver {
 
   SaveAnswer answer_;
   std::wstring path_;
-  DWORD process_ = GetCurrentProcessId();
+  DWORD process_;
   std::atomic<bool> running_{true};
   std::set<HWND> handled_;
   mutable std::mutex mutex_;

@@ -155,7 +155,7 @@ LRESULT CALLBACK help_viewer_procedure(HWND window, UINT message, WPARAM wparam,
   return DefWindowProcW(window, message, wparam, lparam);
 }
 
-FormUser::FormUser() {
+FormUser::FormUser(DWORD process) : process_(process) {
   the_user = this;
   watcher_ = std::thread([this] { watch(); });
   while (!ready_) Sleep(1);
@@ -176,7 +176,7 @@ void FormUser::watch() {
   HWND viewer = CreateWindowExW(0, kHelpViewerClass, L"Help", WS_OVERLAPPED, 0, 0, 10, 10, nullptr,
                                 nullptr, GetModuleHandleW(nullptr), nullptr);
   ready_ = true;
-  const DWORD process = GetCurrentProcessId();
+  const DWORD process = process_;
   while (running_) {
     MSG message{};
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
@@ -213,7 +213,7 @@ HWND FormUser::wait_for_form(const std::string& form_name,
                              std::chrono::milliseconds timeout) const {
   const auto deadline = std::chrono::steady_clock::now() + timeout;
   do {
-    Search search{form_name, GetCurrentProcessId(), nullptr};
+    Search search{form_name, process_, nullptr};
     EnumWindows(&find_named, reinterpret_cast<LPARAM>(&search));
     if (search.found != nullptr && IsWindowVisible(search.found)) {
       // The form is up once its thread answers.
@@ -226,7 +226,7 @@ HWND FormUser::wait_for_form(const std::string& form_name,
 }
 
 HWND FormUser::control(HWND form, const std::string& name) const {
-  Search search{name, GetCurrentProcessId(), nullptr};
+  Search search{name, process_, nullptr};
   EnumChildWindows(form, &find_named, reinterpret_cast<LPARAM>(&search));
   return search.found;
 }

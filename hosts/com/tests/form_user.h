@@ -33,7 +33,9 @@ struct HelpRequest {
 
 class FormUser {
  public:
-  FormUser();
+  // Works the forms and answers the dialogs of `process`: this one, or a program the
+  // test started (zorvat.exe).
+  explicit FormUser(DWORD process = GetCurrentProcessId());
   ~FormUser();
   FormUser(const FormUser&) = delete;
   FormUser& operator=(const FormUser&) = delete;
@@ -83,6 +85,7 @@ class FormUser {
   void watch();
   void answer(HWND dialog);
 
+  DWORD process_;
   std::atomic<bool> running_{true};
   std::atomic<bool> ready_{false};
   mutable std::mutex mutex_;

@@ -9,8 +9,8 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 
-reconcile::FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& settings);
+FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& settings);
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

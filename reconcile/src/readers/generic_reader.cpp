@@ -1,4 +1,4 @@
-#include "generic/generic_reader.h"
+#include "readers/generic_reader.h"
 
 #include <algorithm>
 
@@ -6,12 +6,8 @@
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/variant.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 namespace {
-
-using reconcile::Cursor;
-using reconcile::FileRecord;
-using reconcile::Line;
 
 constexpr std::string_view kLayout = "Generic";
 constexpr std::string_view kCategories[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
@@ -28,7 +24,7 @@ struct Layout {
 
 // The separator and terminator as the export chooses them, after Remove Blanks.
 Layout layout_of(const SettingsFields& settings) {
-  using G = Generic;
+  using G = formats::Generic;
   Layout layout;
   layout.quoting = field_equals_number(settings.at(G::kInsertQuotes), 1);
   layout.titles = field_equals_number(settings.at(G::kOutputFieldTitles), 1);
@@ -80,20 +76,20 @@ std::vector<std::string_view> leading_fields(const Layout& layout, Cursor& curso
 
 }  // namespace
 
-reconcile::FileContents read_generic_file(std::string_view bytes, const SettingsFields& settings,
-                                          const std::vector<std::string>& export_ids) {
+FileContents read_generic_file(std::string_view bytes, const SettingsFields& settings,
+                               const std::vector<std::string>& export_ids) {
   const Layout layout = layout_of(settings);
-  reconcile::FileContents contents;
+  FileContents contents;
   contents.layout = kLayout;
   if (bytes.empty()) return contents;
   if (layout.terminator.empty())
-    throw reconcile::ReadError(kLayout, 1, 1, "the settings choose no line terminator");
+    throw ReadError(kLayout, 1, 1, "the settings choose no line terminator");
 
-  std::vector<Line> lines = reconcile::split_lines(kLayout, bytes, layout.terminator, true);
+  std::vector<Line> lines = split_lines(kLayout, bytes, layout.terminator, true);
   std::size_t first = 0;
   if (layout.titles) {
     if (lines.empty() || lines.front().text.find("EXPORT") == std::string_view::npos)
-      throw reconcile::ReadError(kLayout, 1, 1, "the title line is missing");
+      throw ReadError(kLayout, 1, 1, "the title line is missing");
     first = 1;
   }
   for (std::size_t i = first; i < lines.size(); ++i) {
@@ -104,7 +100,7 @@ reconcile::FileContents read_generic_file(std::string_view bytes, const Settings
     const std::vector<std::string_view> fields = leading_fields(layout, cursor, export_id);
     for (std::size_t c = 0; c < std::size(kCategories); ++c) {
       const std::string_view text = fields[kLeadingFields + c];
-      const auto hundredths = reconcile::parse_decimal(text, 2);
+      const auto hundredths = parse_decimal(text, 2);
       if (!hundredths) {
         std::string message = "\"";
         message.append(text).append("\" is not a number of hours (");
@@ -114,7 +110,7 @@ reconcile::FileContents read_generic_file(std::string_view bytes, const Settings
       FileRecord record;
       record.employee = fields[0];
       record.code = kCategories[c];
-      record.amount = reconcile::from_hundredths(*hundredths);
+      record.amount = from_hundredths(*hundredths);
       record.line = line.number;
       contents.records.push_back(std::move(record));
     }
@@ -122,4 +118,4 @@ reconcile::FileContents read_generic_file(std::string_view bytes, const Settings
   return contents;
 }
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

@@ -7,9 +7,9 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 
 // Codes: "REG", "OT1" and "OT2" for the fixed rates, otherwise the earning code.
-reconcile::FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& settings);
+FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& settings);
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

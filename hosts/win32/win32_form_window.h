@@ -23,7 +23,7 @@
 #include "win32_form_controls.h"
 #include "zorvat/forms.h"
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 
 class FormWindow {
  public:
@@ -95,4 +95,4 @@ class FormWindow {
   std::string applied_caption_;
 };
 
-}  // namespace zorvat::com
+}  // namespace zorvat::win32

@@ -7,8 +7,8 @@
 
 #include "zorvat/reconcile/records.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 
-reconcile::FileContents read_primepay_file(std::string_view bytes);
+FileContents read_primepay_file(std::string_view bytes);
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

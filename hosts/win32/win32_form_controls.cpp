@@ -5,7 +5,7 @@
 #include "raii.h"
 #include "zorvat/error.h"
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 namespace {
 
 // A drop-down list shows this many items when it opens.
@@ -231,4 +231,4 @@ std::string window_text(HWND window) {
   return to_utf8(text);
 }
 
-}  // namespace zorvat::com
+}  // namespace zorvat::win32

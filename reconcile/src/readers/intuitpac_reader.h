@@ -9,9 +9,9 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 
-reconcile::FileContents read_intuitpac_file(std::string_view bytes, const SettingsFields& settings,
-                                            bool jr_edition);
+FileContents read_intuitpac_file(std::string_view bytes, const SettingsFields& settings,
+                                 bool jr_edition);
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

@@ -7,10 +7,10 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 
 // Codes: "REG" and "OT1" for the regular and overtime columns, otherwise the pay code
 // written with the amount.
-reconcile::FileContents read_adp7_file(std::string_view bytes, const SettingsFields& settings);
+FileContents read_adp7_file(std::string_view bytes, const SettingsFields& settings);
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

@@ -1,16 +1,12 @@
-#include "intuitpac/intuitpac_reader.h"
+#include "readers/intuitpac_reader.h"
 
 #include "intuitpac/intuitpac.h"
 #include "zorvat/reconcile/text_reader.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 namespace {
 
-using reconcile::Cursor;
-using reconcile::FileContents;
-using reconcile::FileRecord;
-using reconcile::Line;
-using reconcile::ReadError;
+using formats::IntuitPAC;
 
 constexpr std::string_view kFull = "IntuitPAC";
 constexpr std::string_view kJr = "IntuitPAC Jr";
@@ -51,7 +47,7 @@ void add(FileContents& contents, std::string_view employee, std::string_view cod
   FileRecord record;
   record.employee = employee;
   record.code = code;
-  record.amount = reconcile::from_hundredths(hundredths);
+  record.amount = from_hundredths(hundredths);
   record.line = line.number;
   contents.records.push_back(std::move(record));
 }
@@ -94,8 +90,7 @@ FileContents read_intuitpac_file(std::string_view bytes, const SettingsFields& s
                                  bool jr_edition) {
   FileContents contents;
   contents.layout = jr_edition ? "Jr" : "full";
-  const std::vector<Line> lines =
-      reconcile::split_lines(jr_edition ? kJr : kFull, bytes, "\r\n", true);
+  const std::vector<Line> lines = split_lines(jr_edition ? kJr : kFull, bytes, "\r\n", true);
   if (jr_edition) {
     for (const Line& line : lines) read_jr_record(line, settings, contents);
     return contents;
@@ -111,4 +106,4 @@ FileContents read_intuitpac_file(std::string_view bytes, const SettingsFields& s
   return contents;
 }
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

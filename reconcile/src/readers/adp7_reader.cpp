@@ -1,16 +1,12 @@
-#include "adp7/adp7_reader.h"
+#include "readers/adp7_reader.h"
 
 #include "adp7/adp7.h"
 #include "zorvat/reconcile/text_reader.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 namespace {
 
-using reconcile::Cursor;
-using reconcile::FileContents;
-using reconcile::FileRecord;
-using reconcile::Line;
-using reconcile::ReadError;
+using formats::ADP7;
 
 constexpr std::string_view kEpip = "ADP7 EPIP";
 constexpr std::string_view kCsv = "ADP7 CSV";
@@ -25,7 +21,7 @@ void add(FileContents& contents, std::string_view employee, std::string_view cod
   FileRecord record;
   record.employee = employee;
   record.code = code;
-  record.amount = reconcile::from_hundredths(hundredths);
+  record.amount = from_hundredths(hundredths);
   record.batch = contents.batch;
   record.line = line.number;
   contents.records.push_back(std::move(record));
@@ -34,7 +30,7 @@ void add(FileContents& contents, std::string_view employee, std::string_view cod
 FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
   FileContents contents;
   contents.layout = "EPIP";
-  const std::vector<Line> lines = reconcile::split_lines(kEpip, bytes, kLineEnd, true);
+  const std::vector<Line> lines = split_lines(kEpip, bytes, kLineEnd, true);
   if (lines.size() < 2)
     throw ReadError(kEpip, lines.size() + 1, 1, "a batch has a header and a trailer");
 
@@ -118,10 +114,10 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
 FileContents read_csv(std::string_view bytes, const SettingsFields& settings) {
   FileContents contents;
   contents.layout = "CSV";
-  const std::vector<Line> lines = reconcile::split_lines(kCsv, bytes, kLineEnd, true);
+  const std::vector<Line> lines = split_lines(kCsv, bytes, kLineEnd, true);
   if (lines.empty() || !lines.front().text.starts_with(kCsvTitles))
     throw ReadError(kCsv, 1, 1, "the title line is missing");
-  contents.batch = reconcile::parse_decimal(settings.at(ADP7::kBatchSeqNum), 0);
+  contents.batch = parse_decimal(settings.at(ADP7::kBatchSeqNum), 0);
   for (std::size_t i = 1; i < lines.size(); ++i) {
     const Line& line = lines[i];
     Cursor cursor(kCsv, line);
@@ -158,4 +154,4 @@ FileContents read_adp7_file(std::string_view bytes, const SettingsFields& settin
   return read_csv(bytes, settings);
 }
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

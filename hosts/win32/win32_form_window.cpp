@@ -7,7 +7,7 @@
 #include "raii.h"
 #include "zorvat/error.h"
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 namespace {
 
 constexpr wchar_t kFormWindowProperty[] = L"zorvat.FormWindow";
@@ -450,4 +450,4 @@ void FormWindow::paint_shapes(HDC dc) {
   }
 }
 
-}  // namespace zorvat::com
+}  // namespace zorvat::win32

@@ -1,16 +1,12 @@
-#include "pcpaylink/pcpaylink_reader.h"
+#include "readers/pcpaylink_reader.h"
 
 #include "pcpaylink/pcpaylink.h"
 #include "zorvat/reconcile/text_reader.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 namespace {
 
-using reconcile::Cursor;
-using reconcile::FileContents;
-using reconcile::FileRecord;
-using reconcile::Line;
-using reconcile::ReadError;
+using formats::PCPayLink;
 
 constexpr std::string_view kLayout = "PCPayLink";
 
@@ -33,7 +29,7 @@ std::int64_t count(Cursor& cursor, std::string_view tag, std::string_view what) 
 FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& settings) {
   FileContents contents;
   contents.layout = kLayout;
-  const std::vector<Line> lines = reconcile::split_lines(kLayout, bytes, "\n", false);
+  const std::vector<Line> lines = split_lines(kLayout, bytes, "\n", false);
   if (lines.size() < 2) throw ReadError(kLayout, 1, 1, "a file has a header and a trailer");
 
   Cursor header(kLayout, lines.front());
@@ -57,8 +53,8 @@ FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& s
     if (hours_tag != "E0A" && hours_tag != "E0C") cursor.fail("expected hours tag E0A or E0C");
     record.code = code_of(rate, hours_tag);
     const std::size_t column = cursor.position();
-    record.amount = reconcile::from_hundredths(
-        cursor.number_in(cursor.take_until("|", "the hours"), column, 2, "hours"));
+    record.amount =
+        from_hundredths(cursor.number_in(cursor.take_until("|", "the hours"), column, 2, "hours"));
     cursor.expect_end();
     record.line = line.number;
     contents.records.push_back(std::move(record));
@@ -74,4 +70,4 @@ FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& s
   return contents;
 }
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

@@ -11,7 +11,7 @@
 
 #include "zorvat/forms.h"
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 
 // The window property that names a control's window after its control
 // ("txtPayCode(1)"), and the form's window after its form ("frmGeneric"), as a global
@@ -65,4 +65,4 @@ bool apply_control_state(ControlWindow& control_window);
 // The text of an edit or combo box window, as UTF-8.
 std::string window_text(HWND window);
 
-}  // namespace zorvat::com
+}  // namespace zorvat::win32

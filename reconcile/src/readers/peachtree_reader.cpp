@@ -1,15 +1,12 @@
-#include "peachtree/peachtree_reader.h"
+#include "readers/peachtree_reader.h"
 
 #include "peachtree/peachtree.h"
 #include "zorvat/reconcile/text_reader.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 namespace {
 
-using reconcile::FileContents;
-using reconcile::FileRecord;
-using reconcile::Line;
-using reconcile::ReadError;
+using formats::Peachtree;
 
 constexpr std::string_view kLayout = "Peachtree";
 constexpr std::size_t kColumns = 23;
@@ -29,8 +26,8 @@ constexpr FixedColumn kFixedColumns[] = {{1, "0"},  {5, "FALSE"},  {6, ""},   {8
 std::optional<std::int64_t> duration_minutes(std::string_view text) {
   const std::size_t colon = text.find(':');
   if (colon == std::string_view::npos) return std::nullopt;
-  const auto hours = reconcile::parse_decimal(text.substr(0, colon), 0);
-  const auto minutes = reconcile::parse_decimal(text.substr(colon + 1), 0);
+  const auto hours = parse_decimal(text.substr(0, colon), 0);
+  const auto minutes = parse_decimal(text.substr(colon + 1), 0);
   if (!hours || !minutes || text.size() - colon - 1 < 2) return std::nullopt;
   return *hours * 60 + *minutes;
 }
@@ -38,7 +35,7 @@ std::optional<std::int64_t> duration_minutes(std::string_view text) {
 FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& settings) {
   FileContents contents;
   contents.layout = kLayout;
-  const std::vector<Line> lines = reconcile::split_lines(kLayout, bytes, "\r\n", true);
+  const std::vector<Line> lines = split_lines(kLayout, bytes, "\r\n", true);
   std::size_t first = 0;
   if (field_equals_number(settings.at(Peachtree::kOutputFieldTitles), 1)) {
     if (lines.empty() || !lines.front().text.starts_with("Employee/Vendor,Recorded by ID,"))
@@ -47,7 +44,7 @@ FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& s
   }
   for (std::size_t i = first; i < lines.size(); ++i) {
     const Line& line = lines[i];
-    std::vector<std::string_view> fields = reconcile::split_fields(line.text, ",");
+    std::vector<std::string_view> fields = split_fields(line.text, ",");
     if (fields.size() < kColumns)
       throw ReadError(kLayout, line.number, line.text.size() + 1,
                       "a ticket has 23 columns, this line " + std::to_string(fields.size()));
@@ -72,17 +69,17 @@ FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& s
     FileRecord record;
     record.employee = recorded_by;
     record.line = line.number;
-    const auto ticket = reconcile::parse_decimal(fields[2], 0);
+    const auto ticket = parse_decimal(fields[2], 0);
     if (!ticket) fail(3, "not a ticket number");
     record.ticket = *ticket;
-    record.date = reconcile::parse_short_date(fields[3]);
+    record.date = parse_short_date(fields[3]);
     if (!record.date) fail(4, "not a date (mm/dd/yy)");
     record.code = fields[6];
-    if (!reconcile::parse_decimal(fields[9], 0)) fail(10, "not a pay level");
+    if (!parse_decimal(fields[9], 0)) fail(10, "not a pay level");
     const auto minutes = duration_minutes(fields[15]);
     if (!minutes) fail(16, "not a duration (h:mm)");
-    record.amount = *minutes * reconcile::kUnitsPerMinute;
-    if (!reconcile::parse_decimal(fields[20], 2)) fail(21, "not a unit duration (hours)");
+    record.amount = *minutes * kUnitsPerMinute;
+    if (!parse_decimal(fields[20], 2)) fail(21, "not a unit duration (hours)");
     contents.records.push_back(std::move(record));
   }
   if (!contents.records.empty()) {
@@ -92,4 +89,4 @@ FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& s
   return contents;
 }
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

@@ -1,22 +1,16 @@
-#include "primepay/primepay_reader.h"
+#include "readers/primepay_reader.h"
 
 #include "zorvat/reconcile/text_reader.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 namespace {
-
-using reconcile::Cursor;
-using reconcile::FileContents;
-using reconcile::FileRecord;
-using reconcile::Line;
-using reconcile::ReadError;
 
 constexpr std::string_view kLayout = "PrimePay";
 constexpr std::size_t kDetailWidth = 65;
 
 CivilDate date_column(Cursor& cursor, std::string_view what) {
   const std::size_t column = cursor.position();
-  const auto date = reconcile::parse_short_date(cursor.take(8, what));
+  const auto date = parse_short_date(cursor.take(8, what));
   if (!date) cursor.fail_at(column, std::string(what) + " is not a date (mm/dd/yy)");
   return *date;
 }
@@ -26,7 +20,7 @@ CivilDate date_column(Cursor& cursor, std::string_view what) {
 FileContents read_primepay_file(std::string_view bytes) {
   FileContents contents;
   contents.layout = kLayout;
-  const std::vector<Line> lines = reconcile::split_lines(kLayout, bytes, "\r\n", true);
+  const std::vector<Line> lines = split_lines(kLayout, bytes, "\r\n", true);
   if (lines.empty()) throw ReadError(kLayout, 1, 1, "the header line is missing");
 
   Cursor header(kLayout, lines.front());
@@ -35,7 +29,7 @@ FileContents read_primepay_file(std::string_view bytes) {
   header.take(37, "the recorder name");
   header.expect("N", "column 55");
   contents.period_end = date_column(header, "the period end");
-  contents.controls.emplace_back("period end", reconcile::date_number(*contents.period_end));
+  contents.controls.emplace_back("period end", date_number(*contents.period_end));
   header.expect_end();
 
   for (std::size_t i = 1; i < lines.size(); ++i) {
@@ -48,12 +42,12 @@ FileContents read_primepay_file(std::string_view bytes) {
     cursor.expect(" ", "column 8");
     if (cursor.rest().starts_with(" ")) {
       cursor.expect_blanks(11, "columns 9-19");
-      record.amount = reconcile::from_hundredths(cursor.number(7, 0, "hundredths of hours"));
+      record.amount = from_hundredths(cursor.number(7, 0, "hundredths of hours"));
       record.code = cursor.take(2, "the pay code");
       cursor.expect_blanks(34, "columns 29-62");
     } else {
       record.code = "REG";
-      record.amount = reconcile::from_hundredths(cursor.number(6, 0, "regular hundredths"));
+      record.amount = from_hundredths(cursor.number(6, 0, "regular hundredths"));
       cursor.expect_blanks(48, "columns 15-62");
     }
     const std::string_view batch = cursor.take(3, "the batch");
@@ -69,4 +63,4 @@ FileContents read_primepay_file(std::string_view bytes) {
   return contents;
 }
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

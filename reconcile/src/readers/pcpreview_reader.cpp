@@ -1,4 +1,4 @@
-#include "pcpreview/pcpreview_reader.h"
+#include "readers/pcpreview_reader.h"
 
 #include <algorithm>
 #include <optional>
@@ -7,14 +7,10 @@
 #include "zorvat/format.h"
 #include "zorvat/reconcile/text_reader.h"
 
-namespace zorvat::formats {
+namespace zorvat::reconcile {
 namespace {
 
-using reconcile::Cursor;
-using reconcile::FileContents;
-using reconcile::FileRecord;
-using reconcile::Line;
-using reconcile::ReadError;
+using formats::PCPreview;
 
 constexpr std::string_view kLayout = "PCPreview";
 constexpr std::size_t kNumberWidth = 6;
@@ -39,12 +35,12 @@ std::optional<FileRecord> try_record(Cursor cursor, std::string_view code,
   cursor.take(code.size(), "the pay code");
   if (!cursor.rest().starts_with("         ")) return std::nullopt;
   cursor.take(9, "the blanks after the pay code");
-  const auto hours = reconcile::parse_decimal(cursor.take(kHoursWidth, "the hours"), 2);
+  const auto hours = parse_decimal(cursor.take(kHoursWidth, "the hours"), 2);
   if (!hours) return std::nullopt;
   const std::string filler = std::string(19, ' ') + std::string(sequence) + std::string(37, ' ');
   if (!cursor.rest().starts_with(filler)) return std::nullopt;
   record.code = code;
-  record.amount = reconcile::from_hundredths(*hours);
+  record.amount = from_hundredths(*hours);
   return record;
 }
 
@@ -65,7 +61,7 @@ FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& s
   const std::string& sequence_field = settings.at(PCPreview::kSequence);
   const std::string sequence =
       !sequence_field.empty() && to_double(Variant(sequence_field)) > 0 ? sequence_field : " ";
-  if (!sequence_field.empty()) contents.batch = reconcile::parse_decimal(sequence_field, 0);
+  if (!sequence_field.empty()) contents.batch = parse_decimal(sequence_field, 0);
 
   std::size_t start = 0;
   std::size_t number = 1;
@@ -98,4 +94,4 @@ FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& s
   return contents;
 }
 
-}  // namespace zorvat::formats
+}  // namespace zorvat::reconcile

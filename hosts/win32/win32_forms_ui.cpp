@@ -4,7 +4,7 @@
 #include "win32_form_window.h"
 #include "win32_services.h"
 
-namespace zorvat::com {
+namespace zorvat::win32 {
 
 Win32Ui::Win32Ui() = default;
 
@@ -27,4 +27,4 @@ void Win32Ui::hide_modeless(FormModel& form) {
   modeless_.erase(&form);
 }
 
-}  // namespace zorvat::com
+}  // namespace zorvat::win32

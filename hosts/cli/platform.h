@@ -1,0 +1,26 @@
+// What the command takes from the system it runs on: the safe file step over its file
+// system, whether a user is at the keyboard, and the system's own dialogs for that user.
+//
+// On Windows a user at a console gets the real dialogs: the common Save dialog, the
+// setup forms as Win32 windows and the message boxes they raise (hosts/win32), as the
+// COM server shows them. Elsewhere the terminal stands in for them (cli_ui.h,
+// terminal_form.h).
+#pragma once
+
+#include "zorvat/file_step.h"
+#include "zorvat/ui_services.h"
+
+namespace zorvat::cli {
+
+// The command line's output files: the safe file step over the system's file system.
+OutputFiles& safe_output_files();
+
+// Whether a user can answer: on POSIX, standard input and standard error are a
+// terminal; on Windows, standard input is a console (the dialogs need no stderr).
+bool interactive_session();
+
+// The system's dialogs and forms for an interactive user; null where the terminal
+// stands in for them.
+UiServices* desktop_ui();
+
+}  // namespace zorvat::cli

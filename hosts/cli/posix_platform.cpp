@@ -1,0 +1,16 @@
+// The terminal as the user's place on POSIX systems; there are no desktop dialogs.
+#include <unistd.h>
+
+#include "platform.h"
+
+namespace zorvat::cli {
+
+bool interactive_session() {
+  return ::isatty(0) && ::isatty(2);
+}
+
+UiServices* desktop_ui() {
+  return nullptr;
+}
+
+}  // namespace zorvat::cli

@@ -1,0 +1,558 @@
+// zorvat_cli_tests: runs zorvat.exe as a Windows user does, under Wine.
+//
+//   zorvat_cli_tests --cli=C:\path\zorvat.exe --corpus=Z:\...\tests\corpus --work=C:\scratch
+//
+// Every case of the conformance corpus through the command (the written bytes compared
+// exactly), a cards file that starts with a UTF-8 byte-order mark, paths with drive
+// letters, backslashes and relative folders, the safe file step over existing and
+// read-only files, and on a console: the Save dialog answered by a user (typed name,
+// Cancel) and the setup form worked by a user, its message boxes included.
+//
+// Prints one line per check, "ok - NAME" or "not ok - NAME" (then why), and "done".
+#include <windows.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "dialog_driver.h"
+#include "form_user.h"
+#include "raii.h"
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using zorvat::com::testing::DialogDriver;
+using zorvat::com::testing::FormUser;
+using zorvat::com::testing::SaveAnswer;
+using zorvat::win32::to_utf8;
+using zorvat::win32::to_wide;
+
+namespace {
+
+struct Config {
+  fs::path cli;
+  fs::path corpus;
+  fs::path work;
+} config;
+
+int failures = 0;
+
+void report(bool passed, const std::string& name, const std::string& why = {}) {
+  if (passed) {
+    std::printf("ok - %s\n", name.c_str());
+  } else {
+    ++failures;
+    std::printf("not ok - %s\n", name.c_str());
+    std::istringstream lines(why);
+    for (std::string line; std::getline(lines, line);) std::printf("  %s\n", line.c_str());
+  }
+  std::fflush(stdout);
+}
+
+std::string read_bytes(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
+}
+
+void write_bytes(const fs::path& path, const std::string& bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << bytes;
+}
+
+// Shows unprintable bytes, so a wrong CR or blank is visible in a failure.
+std::string visible(const std::string& bytes) {
+  std::string shown;
+  for (unsigned char c : bytes) {
+    if (c == '\r') {
+      shown += "\\r";
+    } else if (c == '\n') {
+      shown += "\\n\n";
+    } else if (c < 32 || c > 126) {
+      char hex[8];
+      std::snprintf(hex, sizeof hex, "\\x%02X", c);
+      shown += hex;
+    } else {
+      shown.push_back(static_cast<char>(c));
+    }
+  }
+  return shown;
+}
+
+// One argument as the C runtime of the started program splits the command line.
+std::wstring quoted(const std::wstring& argument) {
+  if (!argument.empty() && argument.find_first_of(L" \t\n\v\"") == std::wstring::npos)
+    return argument;
+  std::wstring result = L"\"";
+  std::size_t backslashes = 0;
+  for (wchar_t c : argument) {
+    if (c == L'\\') {
+      ++backslashes;
+      continue;
+    }
+    result.append(c == L'"' ? backslashes * 2 + 1 : backslashes, L'\\');
+    backslashes = 0;
+    result.push_back(c);
+  }
+  result.append(backslashes * 2, L'\\');
+  result.push_back(L'"');
+  return result;
+}
+
+struct Run {
+  DWORD exit = 0xFFFFFFFF;
+  std::string out;
+  std::string err;
+  bool finished = false;
+};
+
+HANDLE inheritable(const wchar_t* name, DWORD access, DWORD disposition) {
+  SECURITY_ATTRIBUTES security{sizeof security, nullptr, TRUE};
+  return CreateFileW(name, access, FILE_SHARE_READ | FILE_SHARE_WRITE, &security, disposition,
+                     FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// How a run meets its user: with a console (stdin is the console's input, as when a
+// user types the command) or without (stdin is NUL, as in a script).
+struct RunOptions {
+  bool console = false;
+  fs::path folder;  // the current folder; the work folder when empty
+  // Called with the started (suspended) process before it runs; whatever it returns
+  // (a dialog driver, a form user) lives until the process has ended.
+  std::function<std::shared_ptr<void>(DWORD process)> attach;
+  // Runs the process to its end; the form-driving tests wrap it.
+  std::function<void(const std::function<void()>&)> around;
+};
+
+Run run_cli(const std::vector<std::wstring>& args, const RunOptions& options = {}) {
+  Run run;
+  std::wstring command_line = quoted(config.cli.wstring());
+  for (const auto& argument : args) command_line += L" " + quoted(argument);
+
+  const fs::path out_path = config.work / "stdout.txt";
+  const fs::path err_path = config.work / "stderr.txt";
+  zorvat::win32::unique_handle out(inheritable(out_path.c_str(), GENERIC_WRITE, CREATE_ALWAYS));
+  zorvat::win32::unique_handle err(inheritable(err_path.c_str(), GENERIC_WRITE, CREATE_ALWAYS));
+  zorvat::win32::unique_handle in(
+      options.console ? inheritable(L"CONIN$", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING)
+                      : inheritable(L"NUL", GENERIC_READ, OPEN_EXISTING));
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdInput = in.get();
+  startup.hStdOutput = out.get();
+  startup.hStdError = err.get();
+  PROCESS_INFORMATION process{};
+  const fs::path folder = options.folder.empty() ? config.work : options.folder;
+  if (!CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                      nullptr, folder.c_str(), &startup, &process)) {
+    run.err = "CreateProcess failed: " + std::to_string(GetLastError());
+    return run;
+  }
+  zorvat::win32::unique_handle thread(process.hThread);
+  zorvat::win32::unique_handle child(process.hProcess);
+  std::shared_ptr<void> attached;
+  if (options.attach) attached = options.attach(process.dwProcessId);
+  const auto to_end = [&] {
+    ResumeThread(thread.get());
+    if (WaitForSingleObject(child.get(), 60000) != WAIT_OBJECT_0) {
+      TerminateProcess(child.get(), 99);
+      WaitForSingleObject(child.get(), 10000);
+      return;
+    }
+    run.finished = true;
+  };
+  if (options.around)
+    options.around(to_end);
+  else
+    to_end();
+  GetExitCodeProcess(child.get(), &run.exit);
+  attached.reset();
+  out.close();
+  err.close();
+  run.out = read_bytes(out_path);
+  run.err = read_bytes(err_path);
+  return run;
+}
+
+std::string shown(const Run& run) {
+  return "exit " + std::to_string(run.exit) + (run.finished ? "" : " (killed: did not end)") +
+         "\nstdout: " + run.out + "\nstderr: " + run.err;
+}
+
+// The first line of the output, without its line end.
+std::string first_line(const std::string& text) {
+  std::string line = text.substr(0, text.find('\n'));
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  return line;
+}
+
+std::optional<json> report_of(const Run& run) {
+  try {
+    return json::parse(run.out);
+  } catch (const json::exception&) {
+    return std::nullopt;
+  }
+}
+
+fs::path fresh_folder(const std::string& name) {
+  const fs::path folder = config.work / name;
+  std::error_code ignored;
+  fs::remove_all(folder, ignored);
+  fs::create_directories(folder);
+  return folder;
+}
+
+std::vector<std::string> names_in(const fs::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder))
+    names.push_back(entry.path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string joined(const std::vector<std::string>& names) {
+  std::string text;
+  for (const auto& name : names) text += (text.empty() ? "" : ", ") + name;
+  return text;
+}
+
+// --- The conformance corpus -------------------------------------------------------------
+
+void corpus_case(const fs::path& dir) {
+  const std::string name = "corpus " + fs::relative(dir, config.corpus).generic_string();
+  const json test_case = json::parse(read_bytes(dir / "case.json"));
+  const json& expect = test_case.at("expect");
+  const std::string command = test_case.value("command", "export");
+  const fs::path folder = fresh_folder("corpus");
+  const fs::path written = folder / "export.out";
+
+  std::vector<std::wstring> args = {
+      to_wide(command), to_wide(test_case.at("class").get<std::string>()),
+      L"--setup",       to_wide(test_case.value("setup", "")),
+      L"--title",       to_wide(test_case.value("title", "")),
+      L"--json"};
+  if (command == "export") {
+    args.insert(args.end(), {L"--cards", (dir / test_case.value("cards", "cards.json")).wstring(),
+                             L"--today", to_wide(test_case.value("today", "2004-03-08"))});
+    const std::string save = test_case.value("save", "file");
+    if (save == "file")
+      args.insert(args.end(), {L"--out", written.wstring()});
+    else if (save == "empty")
+      args.insert(args.end(), {L"--out", L""});
+  }
+  const Run run = run_cli(args);
+  std::string why;
+  const auto check = [&](bool condition, const std::string& what) {
+    if (!condition) why += what + "\n";
+  };
+  check(run.exit == expect.at("exit").get<DWORD>(), "exit status");
+  const auto answer = report_of(run);
+  check(answer.has_value(), "no JSON report");
+  if (answer) {
+    check(answer->value("setupData", json()) == expect.at("setupData"), "setupData");
+    check(answer->value("messages", json()) == expect.value("messages", json::array()), "messages");
+    json error = answer->value("error", json());
+    if (error.is_object()) error.erase("card");
+    check(error == expect.value("error", json()), "error");
+    const json& file = expect.at("file");
+    if (file.is_null()) {
+      check(answer->value("file", json()).is_null() && !fs::exists(written), "a file was written");
+    } else {
+      check(answer->value("file", json()) == to_utf8(written.wstring()), "file in the report");
+      const std::string expected = read_bytes(dir / file.get<std::string>());
+      const std::string actual = fs::exists(written) ? read_bytes(written) : "(none)";
+      if (actual != expected)
+        why += "--- written:\n" + visible(actual) + "\n--- expected:\n" + visible(expected) + "\n";
+    }
+  }
+  report(why.empty(), name, why.empty() ? "" : why + shown(run));
+}
+
+void corpus_tests() {
+  std::vector<fs::path> cases;
+  for (const auto& entry : fs::recursive_directory_iterator(config.corpus))
+    if (entry.is_regular_file() && entry.path().filename() == "case.json")
+      cases.push_back(entry.path().parent_path());
+  std::sort(cases.begin(), cases.end());
+  report(cases.size() >= 20, "the corpus has its cases (" + std::to_string(cases.size()) + ")");
+  for (const auto& dir : cases) corpus_case(dir);
+}
+
+// --- Cards and paths as Windows users have them ----------------------------------------------
+
+// A case of the corpus serves the tests below: its cards and the bytes Generic must
+// write from them with its settings (written by hand, see tests/corpus).
+std::string kCards;
+std::string kExpected;
+constexpr char kSetup[] = "0,1,0,1,0,False,True,False,False,False,,0";
+
+void load_sample() {
+  kCards = read_bytes(config.corpus / "cards" / "two-employees.json");
+  kExpected = read_bytes(config.corpus / "generic" / "comma-titles-names" / "expected.out");
+}
+
+void byte_order_mark_test() {
+  const fs::path folder = fresh_folder("bom");
+  write_bytes(folder / "cards.json", std::string("\xEF\xBB\xBF") + kCards);
+  const Run run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(),
+                           L"--setup", to_wide(kSetup), L"--out", (folder / "out.txt").wstring()});
+  const std::string written = read_bytes(folder / "out.txt");
+  report(run.exit == 0 && written == kExpected,
+         "a cards file that starts with a UTF-8 byte-order mark is read",
+         "written: " + visible(written) + "\n" + shown(run));
+}
+
+void path_tests() {
+  const fs::path folder = fresh_folder("paths");
+  fs::create_directories(folder / "in");
+  fs::create_directories(folder / "out");
+  write_bytes(folder / "in" / "cards.json", kCards);
+
+  // Relative paths with backslashes, from the current folder.
+  Run run = run_cli({L"export", L"Generic", L"--cards", L"in\\cards.json", L"--setup",
+                     to_wide(kSetup), L"--out", L"out\\period.txt"},
+                    {false, folder, {}, {}});
+  report(run.exit == 0 && read_bytes(folder / "out" / "period.txt") == kExpected,
+         "relative paths with backslashes (in\\cards.json, out\\period.txt)", shown(run));
+
+  // Drive-relative forms: "\folder\file" on the current drive, and forward slashes.
+  const std::wstring absolute = (folder / "out").wstring();  // C:\...
+  const std::wstring rooted = absolute.substr(2) + L"\\rooted.txt";
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "in" / "cards.json").wstring(),
+                 L"--setup", to_wide(kSetup), L"--out", rooted, L"--json"});
+  const auto report_json = report_of(run);
+  report(run.exit == 0 && read_bytes(folder / "out" / "rooted.txt") == kExpected && report_json &&
+             report_json->value("file", json()) == to_utf8(rooted),
+         "a path rooted on the current drive (\\folder\\file)", shown(run));
+
+  std::wstring forward = absolute + L"/forward.txt";
+  for (auto& c : forward)
+    if (c == L'\\') c = L'/';
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "in" / "cards.json").wstring(),
+                 L"--setup", to_wide(kSetup), L"--out", forward});
+  report(run.exit == 0 && read_bytes(folder / "out" / "forward.txt") == kExpected,
+         "a drive-letter path with forward slashes", shown(run));
+
+  // A drive letter other than C: (Wine maps Z: to the root of the Unix file system).
+  run = run_cli({L"export", L"Generic", L"--cards", L"Z:\\no\\such\\cards.json", L"--setup",
+                 to_wide(kSetup), L"--out", (folder / "out" / "z.txt").wstring()});
+  report(run.exit == 2 && run.err.find("Z:\\no\\such\\cards.json") != std::string::npos,
+         "a missing cards file on another drive is a usage error naming the path", shown(run));
+
+  // Names beyond ASCII reach the file system as typed.
+  const std::wstring accented = (folder / "out").wstring() + L"\\P\u00e9riode \u00e9t\u00e9.txt";
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "in" / "cards.json").wstring(),
+                 L"--setup", to_wide(kSetup), L"--out", accented});
+  report(run.exit == 0 && read_bytes(fs::path(accented)) == kExpected,
+         "an output name with accented letters", shown(run));
+}
+
+// --- The safe file step ----------------------------------------------------------------------
+
+void file_step_tests() {
+  const fs::path folder = fresh_folder("file-step");
+  write_bytes(folder / "cards.json", kCards);
+  const fs::path target = folder / "period.txt";
+  write_bytes(target, "previous contents\r\n");
+
+  Run run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(),
+                     L"--setup", to_wide(kSetup), L"--out", target.wstring()});
+  report(run.exit == 0 && read_bytes(target) == kExpected &&
+             names_in(folder) == std::vector<std::string>{"cards.json", "period.txt"},
+         "an existing file is replaced whole, with no temporary file left beside it",
+         shown(run) + "\nfolder: " + joined(names_in(folder)));
+
+  const fs::path locked = folder / "locked.txt";
+  write_bytes(locked, "keep me\r\n");
+  SetFileAttributesW(locked.c_str(), FILE_ATTRIBUTE_READONLY);
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(), L"--setup",
+                 to_wide(kSetup), L"--out", locked.wstring(), L"--json"});
+  auto report_json = report_of(run);
+  // As the COM server reports it (file_failure_tests.cpp).
+  const json expected_error = {
+      {"number", 70}, {"source", "zorvat.Generic.Execute"}, {"description", "Permission denied"}};
+  report(run.exit == 3 && report_json && report_json->value("error", json()) == expected_error &&
+             read_bytes(locked) == "keep me\r\n" &&
+             names_in(folder) == std::vector<std::string>{"cards.json", "locked.txt", "period.txt"},
+         "a read-only file is kept: 70 Permission denied, no temporary file left",
+         shown(run) + "\nfolder: " + joined(names_in(folder)));
+  SetFileAttributesW(locked.c_str(), FILE_ATTRIBUTE_NORMAL);
+
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(), L"--setup",
+                 to_wide(kSetup), L"--out", (folder / "missing" / "period.txt").wstring()});
+  report(run.exit == 3 &&
+             first_line(run.err) == "zorvat: error 76 in zorvat.Generic.Execute: Path not found",
+         "a missing folder raises 76 Path not found", shown(run));
+}
+
+// --- The Save dialog and the setup form on a console --------------------------------------
+
+void save_dialog_tests() {
+  const fs::path folder = fresh_folder("dialog");
+  write_bytes(folder / "cards.json", kCards);
+  const fs::path typed = folder / "typed.txt";
+
+  std::shared_ptr<DialogDriver> driver;
+  RunOptions options;
+  options.console = true;
+  options.attach = [&](DWORD process) {
+    driver = std::make_shared<DialogDriver>(SaveAnswer::File, typed.wstring(), process);
+    return driver;
+  };
+  Run run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(),
+                     L"--setup", to_wide(kSetup)},
+                    options);
+  driver->stop();
+  const auto dialogs = driver->save_dialogs();
+  report(run.exit == 0 && dialogs.size() == 1 && read_bytes(typed) == kExpected &&
+             first_line(run.out) == kSetup,
+         "on a console without --out the Windows Save dialog asks, and the typed name is written",
+         shown(run) + "\nSave dialogs seen: " + std::to_string(dialogs.size()));
+  if (!dialogs.empty())
+    report(!dialogs[0].filters.empty() && !dialogs[0].title.empty(),
+           "the Save dialog shows its title and the class's file types (" +
+               to_utf8(dialogs[0].title) + ")");
+
+  options.attach = [&](DWORD process) {
+    driver = std::make_shared<DialogDriver>(SaveAnswer::Cancel, std::wstring(), process);
+    return driver;
+  };
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(), L"--setup",
+                 to_wide(kSetup), L"--json"},
+                options);
+  driver->stop();
+  // --json asks no one: the dialog is cancelled without being shown.
+  report(run.exit == 1 && driver->save_dialogs().empty(),
+         "with --json the Save dialog is not shown and counts as cancelled", shown(run));
+
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(), L"--setup",
+                 to_wide(kSetup)},
+                options);
+  driver->stop();
+  report(run.exit == 1 && driver->save_dialogs().size() == 1 &&
+             names_in(folder) == std::vector<std::string>{"cards.json", "typed.txt"},
+         "Cancel in the Save dialog: Execute returns False and nothing is written", shown(run));
+
+  options.console = false;
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(), L"--setup",
+                 to_wide(kSetup)},
+                options);
+  driver->stop();
+  report(run.exit == 1 && driver->save_dialogs().empty(),
+         "without a console no dialog is shown and the Save counts as cancelled", shown(run));
+}
+
+struct FormRun {
+  Run run;
+  std::vector<std::string> messages;
+};
+
+FormRun setup_on_console(const std::vector<std::wstring>& args, const std::string& form_name,
+                         const std::function<void(FormUser&, HWND)>& script) {
+  FormRun outcome;
+  std::shared_ptr<FormUser> user;
+  RunOptions options;
+  options.console = true;
+  options.attach = [&](DWORD process) {
+    user = std::make_shared<FormUser>(process);
+    return user;
+  };
+  options.around = [&](const std::function<void()>& to_end) {
+    zorvat::com::testing::with_form(
+        *user, form_name, [&](HWND form) { script(*user, form); }, to_end);
+  };
+  outcome.run = run_cli(args, options);
+  outcome.messages = user->messages();
+  return outcome;
+}
+
+void setup_form_tests() {
+  bool caption_right = false;
+  FormRun outcome = setup_on_console(
+      {L"setup", L"Generic", L"--setup", L"0,0,0,0,0,False,True,False,False,False,,0"},
+      "frmGeneric", [&](FormUser& user, HWND form) {
+        caption_right = user.caption(form) == L"Generic V2.0";
+        user.click(form, "chkOutputOptions(2)");
+        user.click(form, "cmdButton(0)");
+      });
+  report(outcome.run.exit == 0 && caption_right &&
+             first_line(outcome.run.out) == "0,0,1,0,0,False,True,False,False,False,,0",
+         "zorvat setup on a console opens the Windows form; Save prints the ticked option",
+         shown(outcome.run));
+
+  outcome = setup_on_console({L"setup", L"PrimePay", L"--setup", L"5,02,20,23,24,25,28"},
+                             "frmPrimePay", [&](FormUser& user, HWND form) {
+                               user.type(form, "txtBatchSequence", L"00");
+                               user.click(form, "cmdButton(0)");
+                             });
+  report(outcome.run.exit == 3 &&
+             outcome.messages ==
+                 std::vector<std::string>{"Batch Sequence Field must be between 0 and 127"} &&
+             first_line(outcome.run.err) ==
+                 "zorvat: error 5001 in zorvat.PrimePay.Setup: Batch Sequence Number invalid",
+         "the form's checks show Windows message boxes; Setup's error is reported as on Linux",
+         shown(outcome.run) + "\nmessages: " + joined(outcome.messages));
+
+  outcome = setup_on_console({L"setup", L"PCPreview", L"--setup", L"0,A,B,C,0,D,E,F,G,0,0,0,0"},
+                             "frmPCPreview", [&](FormUser& user, HWND form) {
+                               user.type(form, "txtPayCode(1)", L"x");
+                               user.click(form, "cmdButton(1)");
+                             });
+  report(outcome.run.exit == 1 && first_line(outcome.run.out) == "0,A,BX,C,0,D,E,F,G,0,0,0,0",
+         "Cancel on the form: exit 1 and the settings as the form left them", shown(outcome.run));
+}
+
+bool parse_arguments(int argc, wchar_t** argv) {
+  for (int index = 1; index < argc; ++index) {
+    const std::wstring argument = argv[index];
+    const auto value = [&](const wchar_t* prefix) -> std::optional<std::wstring> {
+      const std::wstring start = prefix;
+      if (argument.rfind(start, 0) != 0) return std::nullopt;
+      return argument.substr(start.size());
+    };
+    if (auto cli = value(L"--cli="))
+      config.cli = *cli;
+    else if (auto corpus = value(L"--corpus="))
+      config.corpus = *corpus;
+    else if (auto work = value(L"--work="))
+      config.work = *work;
+    else
+      return false;
+  }
+  return !config.cli.empty() && !config.corpus.empty() && !config.work.empty();
+}
+
+}  // namespace
+
+int wmain(int argc, wchar_t** argv) {
+  if (!parse_arguments(argc, argv)) {
+    std::fprintf(stderr, "usage: zorvat_cli_tests --cli=EXE --corpus=DIR --work=DIR\n");
+    return 2;
+  }
+  fs::create_directories(config.work);
+  // The console a user types in: zorvat.exe started "on a console" inherits this one.
+  // Started from a shell without a terminal, Wine gives the process none that works.
+  FreeConsole();
+  if (!AllocConsole()) {
+    std::printf("not ok - a console for the interactive tests (error %lu)\n", GetLastError());
+    return 1;
+  }
+  load_sample();
+  corpus_tests();
+  byte_order_mark_test();
+  path_tests();
+  file_step_tests();
+  save_dialog_tests();
+  setup_form_tests();
+  std::printf("done\n");
+  return failures == 0 ? 0 : 1;
+}

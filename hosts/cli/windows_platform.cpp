@@ -1,0 +1,34 @@
+// zorvat.exe on Windows: the safe file step over the Win32 file system, and for a user
+// at a console the Windows dialogs and forms every Windows host shows (hosts/win32).
+#include <windows.h>
+
+#include "platform.h"
+#include "win32/win32_services.h"
+
+namespace zorvat::cli {
+namespace {
+
+bool is_console(DWORD which) {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(which), &mode) != FALSE;
+}
+
+}  // namespace
+
+OutputFiles& safe_output_files() {
+  static win32::Win32FileSystem file_system;
+  static SafeOutputFiles files(file_system);
+  return files;
+}
+
+bool interactive_session() {
+  // A console's input handle, not merely a character device: NUL is one too.
+  return is_console(STD_INPUT_HANDLE);
+}
+
+UiServices* desktop_ui() {
+  static win32::Win32Ui ui;
+  return &ui;
+}
+
+}  // namespace zorvat::cli
