@@ -156,7 +156,7 @@ class Store {
     // the answers are remembered by the name's address and confirmed by its text.
     // (Objects run on one thread, the host's, so the cache needs no lock.)
     const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(name.data()));
-    auto& slot = cache_[(address * 0x9E3779B97F4A7C15ULL) >> 58];
+    auto& slot = cache_[static_cast<std::size_t>((address * 0x9E3779B97F4A7C15ULL) >> 58)];
     if (slot.data == name.data() && slot.text == name) {
       exact = slot.exact;
       fold_id = slot.fold_id;

@@ -5,8 +5,9 @@
 // Every case of the conformance corpus through the command (the written bytes compared
 // exactly), a cards file that starts with a UTF-8 byte-order mark, paths with drive
 // letters, backslashes and relative folders, the safe file step over existing and
-// read-only files, and on a console: the Save dialog answered by a user (typed name,
-// Cancel) and the setup form worked by a user, its message boxes included.
+// read-only files, reconcile and export --check, QB2000 against the simulated company,
+// and on a console: the Save dialog answered by a user (typed name, Cancel) and the
+// setup form worked by a user, its message boxes included.
 //
 // Prints one line per check, "ok - NAME" or "not ok - NAME" (then why), and "done".
 #include <windows.h>
@@ -394,6 +395,57 @@ void file_step_tests() {
          "a missing folder raises 76 Path not found", shown(run));
 }
 
+// --- Reconciliation and QuickBooks, as on Linux ------------------------------------------
+
+void reconcile_tests() {
+  const fs::path folder = fresh_folder("reconcile");
+  write_bytes(folder / "cards.json", kCards);
+  write_bytes(folder / "period.txt", kExpected);
+  Run run = run_cli({L"reconcile", L"Generic", L"--cards", (folder / "cards.json").wstring(),
+                     L"--setup", to_wide(kSetup), (folder / "period.txt").wstring()});
+  report(run.exit == 0, "zorvat reconcile accounts for every minute of a written file", shown(run));
+
+  // Ann Lee's 40.00 regular hours made 41.00: a difference with no reason.
+  std::string altered = kExpected;
+  const auto at = altered.find(",40.00,");
+  if (at != std::string::npos) altered.replace(at, 7, ",41.00,");
+  write_bytes(folder / "altered.txt", altered);
+  run = run_cli({L"reconcile", L"Generic", L"--cards", (folder / "cards.json").wstring(),
+                 L"--setup", to_wide(kSetup), (folder / "altered.txt").wstring()});
+  report(at != std::string::npos && run.exit == 4,
+         "zorvat reconcile finds an hour changed in the file (exit 4)", shown(run));
+
+  run = run_cli({L"export", L"Generic", L"--cards", (folder / "cards.json").wstring(), L"--setup",
+                 to_wide(kSetup), L"--check"});
+  report(run.exit == 0 && names_in(folder).size() == 3,
+         "zorvat export --check writes nothing and finds no unexplained difference", shown(run));
+}
+
+void quickbooks_tests() {
+  const fs::path examples = config.corpus.parent_path().parent_path() / "examples";
+  const std::string setup = first_line(read_bytes(examples / "qb2000.setup"));
+  Run run = run_cli({L"export", L"QB2000", L"--cards", (examples / "sample-period.json").wstring(),
+                     L"--setup", to_wide(setup), L"--qb-company",
+                     (examples / "qb2000-company.json").wstring(), L"--answer", L"yes", L"--json"});
+  const auto answer = report_of(run);
+  const json question =
+      "The following employees were not found in QuickBooks: \r\nLiam P Murphy\r\n\r\n"
+      "Do you want to add these Employees to Quickbooks and continue with Export? ";
+  report(run.exit == 0 && answer && answer->value("result", false) &&
+             answer->value("setupData", json()) == setup &&
+             answer->value("messages", json()) == json::array({question}),
+         "export QB2000 to the simulated company adds the missing employee when answered yes",
+         shown(run));
+
+  run = run_cli({L"export", L"QB2000", L"--cards", (examples / "sample-period.json").wstring(),
+                 L"--setup", to_wide(setup), L"--qb-company",
+                 (examples / "qb2000-company.json").wstring(), L"--qb-log",
+                 (config.work / "requests.xml").wstring()});
+  report(run.exit == 2 &&
+             first_line(run.err) == "zorvat: --qb-log: this build sends no qbXML documents",
+         "--qb-log is refused: this build calls the simulated company directly", shown(run));
+}
+
 // --- The Save dialog and the setup form on a console --------------------------------------
 
 void save_dialog_tests() {
@@ -551,6 +603,8 @@ int wmain(int argc, wchar_t** argv) {
   byte_order_mark_test();
   path_tests();
   file_step_tests();
+  reconcile_tests();
+  quickbooks_tests();
   save_dialog_tests();
   setup_form_tests();
   std::printf("done\n");
