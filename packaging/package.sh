@@ -34,10 +34,13 @@ targets=(zorvat_com)
 ((cli)) && targets+=(zorvat)
 for preset in mingw-x86 mingw-x64; do
   echo "package: building ${targets[*]} ($preset)" >&2
-  if ! (cd "$source_dir" && cmake --preset "$preset" -B "$build_root/$preset" >/dev/null &&
-        cmake --build "$build_root/$preset" -j 2 --target "${targets[@]}" >/dev/null); then
-    echo "package: the build of ${targets[*]} ($preset) failed; a release needs zorvat.exe" \
-      "(target zorvat) of both Windows presets" >&2
+  log=$build_root/$preset-package.log
+  mkdir -p "$build_root"
+  if ! (cd "$source_dir" && cmake --preset "$preset" -B "$build_root/$preset" &&
+        cmake --build "$build_root/$preset" -j 2 --target "${targets[@]}") >"$log" 2>&1; then
+    grep -E 'error|FAILED' "$log" | head -n 20 >&2
+    echo "package: the build of ${targets[*]} ($preset) failed (log in $log); a release" \
+      "needs zorvat.dll and zorvat.exe (target zorvat) of both Windows presets" >&2
     exit 1
   fi
 done
