@@ -2,8 +2,8 @@
 # Installs the Debian packages a build needs, only those that are missing.
 #   scripts/install-deps.sh core      compiler, CMake, libraries, test and bench tools
 #   scripts/install-deps.sh fuzz      clang with libFuzzer for the fuzz targets
-#   scripts/install-deps.sh windows   MinGW-w64 cross compilers, Wine (64- and 32-bit) and Xvfb
-#                                     for the COM server
+#   scripts/install-deps.sh windows   MinGW-w64 cross compilers, Wine (64- and 32-bit), Xvfb
+#                                     for the COM server, and wixl for its MSI installer
 #   scripts/install-deps.sh all       all of them
 set -euo pipefail
 
@@ -11,7 +11,7 @@ core=(g++ cmake ninja-build make ccache pkg-config libgtest-dev libgmock-dev lib
       libsimdjson-dev nlohmann-json3-dev libcli11-dev libfmt-dev libpugixml-dev clang-format python3)
 fuzz=(clang-14 libclang-rt-14-dev)
 windows=(g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools wine wine64 libwine-dev xvfb
-         x11-utils imagemagick fonts-wine)
+         x11-utils imagemagick fonts-wine wixl)
 
 wanted=()
 for group in "${@:-core}"; do

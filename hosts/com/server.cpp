@@ -278,21 +278,25 @@ HRESULT register_classes(ITypeLib* library, const std::wstring& path) {
   return S_OK;
 }
 
-// Whether the other registry view (the 32-bit one seen from a 64-bit process, and the
-// other way round) still registers a server for `clsid`: the 32- and 64-bit DLLs
-// register the same classes, each in its own view.
-bool other_view_serves(const std::wstring& clsid) {
-  const REGSAM other_view = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
-  unique_hkey handle;
-  const std::wstring key = L"CLSID\\" + clsid + L"\\InprocServer32";
-  return RegOpenKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, KEY_READ | other_view, handle.put()) ==
+// Whether the other registry view of 64-bit Windows (the 32-bit one for the 64-bit DLL,
+// and the other way round) still has an in-process server for the class.
+bool registered_in_other_view(const std::wstring& clsid) {
+#ifdef _WIN64
+  const REGSAM other_view = KEY_WOW64_32KEY;
+#else
+  BOOL wow64 = FALSE;
+  if (!IsWow64Process(GetCurrentProcess(), &wow64) || !wow64) return false;
+  const REGSAM other_view = KEY_WOW64_64KEY;
+#endif
+  unique_hkey key;
+  const std::wstring server = L"CLSID\\" + clsid + L"\\InprocServer32";
+  return RegOpenKeyExW(HKEY_CLASSES_ROOT, server.c_str(), 0, KEY_READ | other_view, key.put()) ==
          ERROR_SUCCESS;
 }
 
-// Removes what register_classes wrote. The CLSID keys belong to this DLL's view; a
-// ProgID key may be shared by both views (as Windows shares HKCR\<ProgID>), so it stays
-// while the other view's DLL still serves the class. On 32-bit Windows the view flag
-// is ignored, the check finds the CLSID just removed gone, and the ProgID goes too.
+// Removes what register_classes wrote. The CLSID keys belong to this DLL's registry view;
+// the ProgID keys lie in the part of HKEY_CLASSES_ROOT both views share, so they stay
+// while the other DLL (32- or 64-bit) is still registered for the class.
 HRESULT unregister_classes(ITypeLib* library) {
   std::vector<CoClass> classes;
   const HRESULT hr = library_classes(library, classes);
@@ -300,11 +304,12 @@ HRESULT unregister_classes(ITypeLib* library) {
   LSTATUS result = ERROR_SUCCESS;
   for (const CoClass& coclass : classes) {
     const std::wstring clsid = guid_text(coclass.clsid);
-    LSTATUS status = delete_tree(L"CLSID\\" + clsid);
-    if (status != ERROR_SUCCESS) result = status;
-    if (other_view_serves(clsid)) continue;
-    status = delete_tree(L"zorvat." + coclass.name);
-    if (status != ERROR_SUCCESS) result = status;
+    std::vector<std::wstring> keys = {L"CLSID\\" + clsid};
+    if (!registered_in_other_view(clsid)) keys.push_back(L"zorvat." + coclass.name);
+    for (const std::wstring& key : keys) {
+      const LSTATUS status = delete_tree(key);
+      if (status != ERROR_SUCCESS) result = status;
+    }
   }
   return HRESULT_FROM_WIN32(static_cast<DWORD>(result));
 }
