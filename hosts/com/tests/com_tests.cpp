@@ -11,6 +11,7 @@
 #include "host_objects.h"
 #include "test_config.h"
 #include "zorvat.h"
+#include "zorvat/version.h"
 
 namespace zorvat::com::testing {
 namespace {
@@ -123,8 +124,9 @@ TEST(TypeLibrary, IsRegisteredAsZorvat2WithItsHelpFile) {
   ASSERT_EQ(LoadRegTypeLib(LIBID_zorvat, 2, 0, LOCALE_NEUTRAL, &library), S_OK);
   TLIBATTR* attributes = nullptr;
   ASSERT_EQ(library->GetLibAttr(&attributes), S_OK);
-  EXPECT_EQ(attributes->wMajorVerNum, 2);
-  EXPECT_EQ(attributes->wMinorVerNum, 0);
+  // The project's version, which the command prints and the installers carry.
+  EXPECT_EQ(attributes->wMajorVerNum, ZORVAT_VERSION_MAJOR);
+  EXPECT_EQ(attributes->wMinorVerNum, ZORVAT_VERSION_MINOR);
   library->ReleaseTLibAttr(attributes);
   unique_bstr name, help_file;
   ASSERT_EQ(library->GetDocumentation(-1, name.put(), nullptr, nullptr, help_file.put()), S_OK);
