@@ -159,7 +159,7 @@ class Store {
     // Each address has four neighbouring slots to be remembered in, so that two names
     // whose addresses meet in one slot do not push each other out at every card.
     const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(name.data()));
-    const std::size_t home = (address * 0x9E3779B97F4A7C15ULL) >> 56;
+    const auto home = static_cast<std::size_t>((address * 0x9E3779B97F4A7C15ULL) >> 56);
     CacheSlot* free_slot = nullptr;
     for (std::size_t way = 0; way < 4; ++way) {
       CacheSlot& candidate = cache_[(home + way) % cache_.size()];

@@ -7,6 +7,7 @@
 #include "app.h"
 #include "cli_ui.h"
 #include "json_cards.h"
+#include "platform.h"
 #include "qb2000/qb2000.h"
 #include "qb2000/qb2000_check.h"
 #include "reconcile_command.h"
