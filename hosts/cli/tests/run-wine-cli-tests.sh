@@ -141,9 +141,13 @@ for arch in "${architectures[@]}"; do
     fail "$arch: zorvat.exe or zorvat_cli_tests.exe was not built"
     continue
   fi
+  shots="$build_root/screenshots/cli-$arch"
+  rm -rf "$shots"
+  shot_option=()
+  [[ -n $display ]] && shot_option=("--screenshots=$(windows_path "$shots")")
   output=$(timeout 900 "${wine_of[$arch]}" "$dir/tests/zorvat_cli_tests.exe" \
     "--cli=$(windows_path "$dir/zorvat.exe")" "--corpus=$(windows_path "$source_dir/tests/corpus")" \
-    "--work=C:\\zorvat-cli-tests-$arch" 2>&1)
+    "--work=C:\\zorvat-cli-tests-$arch" "${shot_option[@]}" 2>&1)
   while IFS= read -r line; do
     case "$line" in
       "ok - "*) pass "$arch: ${line#ok - }" ;;
@@ -155,6 +159,14 @@ for arch in "${architectures[@]}"; do
     tail -n 20 <<<"$output"
     fail "$arch: zorvat_cli_tests.exe did not finish"
   }
+  if [[ -n $display ]]; then
+    pictures=$(find "$shots" -name '*.png' -size +1k 2>/dev/null | wc -l)
+    if ((pictures == 2)); then
+      pass "$arch: screenshots of the setup forms zorvat.exe showed, in $shots"
+    else
+      fail "$arch: $pictures of 2 screenshots of the setup forms in $shots"
+    fi
+  fi
 done
 
 timeout 60 wineserver -w

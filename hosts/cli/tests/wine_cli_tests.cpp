@@ -1,6 +1,7 @@
 // zorvat_cli_tests: runs zorvat.exe as a Windows user does, under Wine.
 //
 //   zorvat_cli_tests --cli=C:\path\zorvat.exe --corpus=Z:\...\tests\corpus --work=C:\scratch
+//                    [--screenshots=DIR]   (a PNG of the setup forms as zorvat.exe shows them)
 //
 // Every case of the conformance corpus through the command (the written bytes compared
 // exactly), a cards file that starts with a UTF-8 byte-order mark, paths with drive
@@ -41,6 +42,7 @@ struct Config {
   fs::path cli;
   fs::path corpus;
   fs::path work;
+  fs::path screenshots;  // where the forms are pictured; none when empty
 } config;
 
 int failures = 0;
@@ -534,6 +536,7 @@ void setup_form_tests() {
       "frmGeneric", [&](FormUser& user, HWND form) {
         caption_right = user.caption(form) == L"Generic V2.0";
         user.click(form, "chkOutputOptions(2)");
+        FormUser::screenshot(form, config.screenshots, "setup-generic.png");
         user.click(form, "cmdButton(0)");
       });
   report(outcome.run.exit == 0 && caption_right &&
@@ -554,11 +557,13 @@ void setup_form_tests() {
          "the form's checks show Windows message boxes; Setup's error is reported as on Linux",
          shown(outcome.run) + "\nmessages: " + joined(outcome.messages));
 
-  outcome = setup_on_console({L"setup", L"PCPreview", L"--setup", L"0,A,B,C,0,D,E,F,G,0,0,0,0"},
-                             "frmPCPreview", [&](FormUser& user, HWND form) {
-                               user.type(form, "txtPayCode(1)", L"x");
-                               user.click(form, "cmdButton(1)");
-                             });
+  outcome =
+      setup_on_console({L"setup", L"PCPreview", L"--setup", L"0,A,B,C,0,D,E,F,G,0,0,0,0"},
+                       "frmPCPreview", [&](FormUser& user, HWND form) {
+                         user.type(form, "txtPayCode(1)", L"x");
+                         FormUser::screenshot(form, config.screenshots, "setup-pcpreview.png");
+                         user.click(form, "cmdButton(1)");
+                       });
   report(outcome.run.exit == 1 && first_line(outcome.run.out) == "0,A,BX,C,0,D,E,F,G,0,0,0,0",
          "Cancel on the form: exit 1 and the settings as the form left them", shown(outcome.run));
 }
@@ -577,6 +582,8 @@ bool parse_arguments(int argc, wchar_t** argv) {
       config.corpus = *corpus;
     else if (auto work = value(L"--work="))
       config.work = *work;
+    else if (auto screenshots = value(L"--screenshots="))
+      config.screenshots = *screenshots;
     else
       return false;
   }
@@ -587,7 +594,8 @@ bool parse_arguments(int argc, wchar_t** argv) {
 
 int wmain(int argc, wchar_t** argv) {
   if (!parse_arguments(argc, argv)) {
-    std::fprintf(stderr, "usage: zorvat_cli_tests --cli=EXE --corpus=DIR --work=DIR\n");
+    std::fprintf(stderr,
+                 "usage: zorvat_cli_tests --cli=EXE --corpus=DIR --work=DIR [--screenshots=DIR]\n");
     return 2;
   }
   fs::create_directories(config.work);
