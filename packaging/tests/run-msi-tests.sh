@@ -34,24 +34,7 @@ for argument in "$@"; do
   esac
 done
 
-passed=0
-failed=0
-skipped=0
-pass() { echo "PASS: $*"; passed=$((passed + 1)); }
-fail() { echo "FAIL: $*"; failed=$((failed + 1)); }
-skip() { echo "SKIP: $*"; skipped=$((skipped + 1)); }
-finish() {
-  local line="$passed passed, $failed failed"
-  ((skipped > 0)) && line+=", $skipped skipped"
-  echo "$line"
-  ((failed == 0))
-  exit $?
-}
-check() {  # check DESCRIPTION COMMAND...: passes when the command succeeds
-  local description=$1
-  shift
-  if "$@"; then pass "$description"; else fail "$description"; fi
-}
+source "$source_dir/scripts/wine-test-support.sh"
 
 # --- Tools ----------------------------------------------------------------------------
 if ! command -v wixl >/dev/null || [[ ! -x /usr/lib/wine/wine64 || ! -x /usr/lib/wine/wine ]]; then
@@ -131,7 +114,6 @@ prog_ids=()
 for name in "${classes[@]}"; do prog_ids+=("zorvat.$name" "zorvat.$name.1"); done
 
 # --- Wine prefixes --------------------------------------------------------------------
-windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 unset DISPLAY WAYLAND_DISPLAY
 prefixes=()

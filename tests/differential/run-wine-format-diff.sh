@@ -18,15 +18,7 @@ native_build=${ZORVAT_NATIVE_BUILD:-$source_dir/build/ci}
 build_root=${ZORVAT_WINE_BUILD:-$source_dir/build}
 work="$build_root/format-diff"
 
-passed=0
-failed=0
-pass() { echo "PASS: $*"; passed=$((passed + 1)); }
-fail() { echo "FAIL: $*"; failed=$((failed + 1)); }
-finish() {
-  echo "$passed passed, $failed failed"
-  ((failed == 0))
-  exit $?
-}
+source "$source_dir/scripts/wine-test-support.sh"
 
 need_install=0
 for tool in x86_64-w64-mingw32-gcc i686-w64-mingw32-gcc wineserver; do
@@ -73,7 +65,6 @@ else
   finish
 fi
 
-windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 
 for arch in x86_64 i686; do
   wine=/usr/lib/wine/wine64

@@ -25,15 +25,7 @@ for argument in "$@"; do
   esac
 done
 
-passed=0
-failed=0
-pass() { echo "PASS: $*"; passed=$((passed + 1)); }
-fail() { echo "FAIL: $*"; failed=$((failed + 1)); }
-finish() {
-  echo "$passed passed, $failed failed"
-  ((failed == 0))
-  exit $?
-}
+source "$source_dir/scripts/wine-test-support.sh"
 
 # --- Tools --------------------------------------------------------------------------
 need_install=0
@@ -96,28 +88,15 @@ done
 prefix=$(mktemp -d "${TMPDIR:-/tmp}/zorvat-wine-cli.XXXXXX")
 export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 unset DISPLAY WAYLAND_DISPLAY
-xvfb_pid=""
 cleanup() {
   timeout 30 wineserver -k >/dev/null 2>&1
-  [[ -n $xvfb_pid ]] && kill "$xvfb_pid" 2>/dev/null
+  stop_xvfb
   rm -rf "$prefix"
 }
 trap cleanup EXIT
 
-display=""
-if command -v Xvfb >/dev/null; then
-  for number in $(seq 121 150); do
-    [[ -e /tmp/.X11-unix/X$number || -e /tmp/.X$number-lock ]] && continue
-    Xvfb ":$number" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
-    xvfb_pid=$!
-    sleep 1
-    if kill -0 "$xvfb_pid" 2>/dev/null; then
-      display=":$number"
-      break
-    fi
-    xvfb_pid=""
-  done
-fi
+start_xvfb 121 150
+display=$xvfb_display
 driver=null
 [[ -n $display ]] && driver=x11
 if timeout 180 "${wine_of[x86_64]}" wineboot -i >/dev/null 2>&1 &&
@@ -132,8 +111,6 @@ else
   finish
 fi
 [[ -n $display ]] && export DISPLAY=$display
-
-windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 
 for arch in "${architectures[@]}"; do
   dir="$build_root/${preset_of[$arch]}/hosts/cli"

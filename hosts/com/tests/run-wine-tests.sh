@@ -31,19 +31,7 @@ for argument in "$@"; do
   esac
 done
 
-passed=0
-failed=0
-skipped=0
-pass() { echo "PASS: $*"; passed=$((passed + 1)); }
-fail() { echo "FAIL: $*"; failed=$((failed + 1)); }
-skip() { echo "SKIP: $*"; skipped=$((skipped + 1)); }
-finish() {
-  local line="$passed passed, $failed failed"
-  ((skipped > 0)) && line+=", $skipped skipped"
-  echo "$line"
-  ((failed == 0))
-  exit $?
-}
+source "$source_dir/scripts/wine-test-support.sh"
 
 # --- Tools --------------------------------------------------------------------------
 need_install=0
@@ -133,7 +121,6 @@ else
   finish
 fi
 
-windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 corpus=$(windows_path "$source_dir/tests/corpus")
 work='C:\zorvat-tests'
 
@@ -288,20 +275,9 @@ run_form_tests() {
     fail "$arch: zorvat_form_tests was not built"
     return
   fi
-  local display="" xvfb_pid="" number shots="$build_root/screenshots/$arch"
-  if command -v Xvfb >/dev/null; then
-    for number in $(seq 91 120); do
-      [[ -e /tmp/.X11-unix/X$number || -e /tmp/.X$number-lock ]] && continue
-      Xvfb ":$number" -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 &
-      xvfb_pid=$!
-      sleep 1
-      if kill -0 "$xvfb_pid" 2>/dev/null; then
-        display=":$number"
-        break
-      fi
-      xvfb_pid=""
-    done
-  fi
+  local shots="$build_root/screenshots/$arch"
+  start_xvfb 91 120
+  local display=$xvfb_display
   if [[ -z $display ]]; then
     run_host "$arch forms" "$wine" "$exe"
     skip "$arch: screenshots of the forms (Xvfb is not installed or did not start)"
@@ -329,8 +305,7 @@ run_form_tests() {
   timeout 60 wineserver -k >/dev/null 2>&1
   timeout 60 wineserver -w
   timeout 60 "$wine" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1
-  kill "$xvfb_pid" 2>/dev/null
-  wait "$xvfb_pid" 2>/dev/null
+  stop_xvfb
 }
 
 run_form_tests x86_64 "$wine64" "$build_root/mingw-x64/hosts/com/tests/zorvat_form_tests.exe"
