@@ -32,7 +32,10 @@ Response status(std::int32_t code, std::string message,
 }
 
 std::string quoted(std::string_view text) {
-  return "\"" + std::string(text) + "\"";
+  std::string result(1, '"');
+  result += text;
+  result += '"';
+  return result;
 }
 
 // Names in QuickBooks lists are unique without regard to letter case, and references

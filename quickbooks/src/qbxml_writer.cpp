@@ -14,24 +14,26 @@ constexpr std::string_view kSource = "zorvat.QuickBooksQbxml";
 
 class XmlWriter {
  public:
-  void line(std::string_view text) {
+  // One line at the current depth, from its pieces in order.
+  template <class... Pieces>
+  void line(const Pieces&... pieces) {
     out_.append(2 * depth_, ' ');
-    out_ += text;
+    ((out_ += pieces), ...);
     out_ += '\n';
   }
   void open(std::string_view name, std::string_view attributes = {}) {
-    line("<" + std::string(name) + std::string(attributes) + ">");
+    line("<", name, attributes, ">");
     ++depth_;
   }
   void close(std::string_view name) {
     --depth_;
-    line("</" + std::string(name) + ">");
+    line("</", name, ">");
   }
   void empty(std::string_view name, std::string_view attributes = {}) {
-    line("<" + std::string(name) + std::string(attributes) + "/>");
+    line("<", name, attributes, "/>");
   }
   void text(std::string_view name, std::string_view value) {
-    line("<" + std::string(name) + ">" + xml_escaped(value) + "</" + std::string(name) + ">");
+    line("<", name, ">", xml_escaped(value), "</", name, ">");
   }
   // <Name><FullName>value</FullName></Name>
   void reference(std::string_view name, std::string_view full_name) {
@@ -47,7 +49,12 @@ class XmlWriter {
 };
 
 std::string attribute(std::string_view name, std::string_view value) {
-  return " " + std::string(name) + "=\"" + xml_escaped(value) + "\"";
+  std::string text(" ");
+  text += name;
+  text += "=\"";
+  text += xml_escaped(value);
+  text += '"';
+  return text;
 }
 
 std::string request_id(std::size_t index) {
