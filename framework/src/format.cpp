@@ -423,9 +423,34 @@ Section parse_text_section(std::string_view pattern) {
 void append_number(std::string& out, int width, int value) {
   char buffer[16];
   const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-  for (int length = static_cast<int>(result.ptr - buffer); length < width; ++length)
-    out.push_back('0');
-  out.append(buffer, result.ptr);
+  const auto length = static_cast<std::size_t>(result.ptr - buffer);
+  if (static_cast<int>(length) < width) out.append(static_cast<std::size_t>(width) - length, '0');
+  out.append(buffer, length);
+}
+
+// Writes the decimal digits of `value` leftwards so that they end just before `end`,
+// two at a time; returns where they begin. Zero writes no digit at all.
+char* digits_leftwards(char* end, std::uint64_t value) {
+  static constexpr char kPairs[] =
+      "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+      "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+      "8081828384858687888990919293949596979899";
+  while (value >= 100) {
+    const auto pair = static_cast<std::size_t>(value % 100) * 2;
+    value /= 100;
+    end -= 2;
+    end[0] = kPairs[pair];
+    end[1] = kPairs[pair + 1];
+  }
+  if (value >= 10) {
+    const auto pair = static_cast<std::size_t>(value) * 2;
+    end -= 2;
+    end[0] = kPairs[pair];
+    end[1] = kPairs[pair + 1];
+  } else if (value > 0) {
+    *--end = static_cast<char>('0' + value);
+  }
+  return end;
 }
 
 // --- Numbers -----------------------------------------------------------------------
@@ -513,12 +538,13 @@ bool scaled_and_rounded(double magnitude, int places, std::uint64_t& number) {
   static constexpr double kScale[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
   if (places < 0 || places > 4 || !(magnitude < 1e12)) return false;
   const double scaled = magnitude * kScale[places];
-  const double whole = std::floor(scaled);
-  const double fraction = scaled - whole;
+  // Below 10^16 the whole part fits the integer, and cutting it off is the floor.
+  const auto whole = static_cast<std::uint64_t>(scaled);
+  const double fraction = scaled - static_cast<double>(whole);
   // Room for the 15-digit rounding and the error of the multiplication.
   const double margin = scaled * 1e-13 + 1e-9;
   if (std::fabs(fraction - 0.5) <= margin) return false;
-  number = static_cast<std::uint64_t>(whole) + (fraction > 0.5 ? 1 : 0);
+  number = whole + (fraction > 0.5 ? 1 : 0);
   return true;
 }
 
@@ -571,9 +597,7 @@ bool render_digits_only(std::string& out, const Section& section, double value, 
   // to the right of it, then appended at once.
   char buffer[48];
   char* const point = buffer + 32;
-  char* first = point;
-  for (std::uint64_t rest = scaled / kScale[places]; rest != 0; rest /= 10)
-    *--first = static_cast<char>('0' + rest % 10);
+  char* first = digits_leftwards(point, scaled / kScale[places]);
   while (point - first < section.whole_forced) *--first = '0';
   if (value < 0.0 && write_sign) *--first = '-';
   char* last = point;
@@ -587,13 +611,24 @@ bool render_digits_only(std::string& out, const Section& section, double value, 
     while (written > section.fraction_forced && last[written - 1] == '0') --written;
     last += written;
   }
-  out.append(first, last);
+  out.append(first, static_cast<std::size_t>(last - first));
   return true;
 }
 
-void render_number(std::string& out, const Section& section, double value, bool write_sign,
-                   bool fast) {
+// Every number section but the digits-only ones on the fast path.
+void render_number_generally(std::string& out, const Section& section, double value,
+                             bool write_sign, bool fast);
+
+// Kept apart from the general machinery, so that the digits-only sections, which the
+// classes format by the million, do not pay for its set-up.
+inline void render_number(std::string& out, const Section& section, double value, bool write_sign,
+                          bool fast) {
   if (fast && section.digits_only && render_digits_only(out, section, value, write_sign)) return;
+  render_number_generally(out, section, value, write_sign, fast);
+}
+
+[[gnu::noinline]] void render_number_generally(std::string& out, const Section& section,
+                                               double value, bool write_sign, bool fast) {
   const double magnitude = std::fabs(value);
   Decimal decimal;
   int exponent = 0;
