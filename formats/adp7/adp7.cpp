@@ -7,6 +7,7 @@
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -32,15 +33,16 @@ constexpr std::string_view kCsvTitles = "Co Code,Batch ID,File #,Pay #,Shift,Reg
 
 // The five categories that carry a pay code of their own, in file order.
 struct ExtraCategory {
-  std::string_view property;
+  const PropertyName& property;
   ADP7::Position pay_code;
   ADP7::Position code_name;
 };
-constexpr ExtraCategory kExtraCategories[] = {{"OT2", ADP7::kOT2PayCode, ADP7::kOT2CodeName},
-                                              {"VAC", ADP7::kVACPayCode, ADP7::kVACCodeName},
-                                              {"HOL", ADP7::kHOLPayCode, ADP7::kHOLCodeName},
-                                              {"SIC", ADP7::kSICPayCode, ADP7::kSICCodeName},
-                                              {"OTH", ADP7::kOTHPayCode, ADP7::kOTHCodeName}};
+constexpr ExtraCategory kExtraCategories[] = {
+    {time_card::kOT2, ADP7::kOT2PayCode, ADP7::kOT2CodeName},
+    {time_card::kVAC, ADP7::kVACPayCode, ADP7::kVACCodeName},
+    {time_card::kHOL, ADP7::kHOLPayCode, ADP7::kHOLCodeName},
+    {time_card::kSIC, ADP7::kSICPayCode, ADP7::kSICCodeName},
+    {time_card::kOTH, ADP7::kOTHPayCode, ADP7::kOTHCodeName}};
 
 const FormatPattern& two_digits() {
   static const FormatPattern pattern("00");
@@ -126,19 +128,19 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
   const std::string& pay_number = settings.at(kPayNumber);
   const std::string& ot2_pay_code = settings.at(kOT2PayCode);
   for_each(cards, [&](const Variant& card) {
-    const double regular = to_double(get_property(card, "REG"));
-    const double overtime1 = to_double(get_property(card, "OT1"));
-    const double overtime2 = to_double(get_property(card, "OT2"));
+    const double regular = to_double(get_property(card, time_card::kREG));
+    const double overtime1 = to_double(get_property(card, time_card::kOT1));
+    const double overtime2 = to_double(get_property(card, time_card::kOT2));
     if (regular + overtime1 + overtime2 == 0) return;
 
     // Employee line: tagged fields, not padded.
     line.clear();
-    line += "B003";                                             // tag 003:
-    line += to_concat_text(get_property(card, "ExportID"));     //   export id
-    line += "004";                                              // tag 004:
-    line += pay_number;                                         //   pay number
-    line += "010";                                              // tag 010:
-    two_digits().append_to(line, get_property(card, "Shift"));  //   shift, "00"
+    line += "B003";                                                       // tag 003:
+    line += to_concat_text(get_property(card, time_card::kExportID));     //   export id
+    line += "004";                                                        // tag 004:
+    line += pay_number;                                                   //   pay number
+    line += "010";                                                        // tag 010:
+    two_digits().append_to(line, get_property(card, time_card::kShift));  //   shift, "00"
     if (regular != 0) {
       line += "012";                                           // tag 012:
       line_hundredths().append_to(line, hundredths(regular));  //   regular
@@ -208,9 +210,9 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
   const std::string& pay_number = settings.at(kPayNumber);
   std::string line;
   for_each(cards, [&](const Variant& card) {
-    const double regular = to_double(get_property(card, "REG"));
-    const double overtime1 = to_double(get_property(card, "OT1"));
-    const double overtime2 = to_double(get_property(card, "OT2"));
+    const double regular = to_double(get_property(card, time_card::kREG));
+    const double overtime1 = to_double(get_property(card, time_card::kOT1));
+    const double overtime2 = to_double(get_property(card, time_card::kOT2));
     if (regular + overtime1 + overtime2 == 0) return;
 
     line.clear();
@@ -218,11 +220,11 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
     line += ',';
     line += batch;  // Batch ID
     line += ',';
-    line += to_concat_text(get_property(card, "ExportID"));  // File #
+    line += to_concat_text(get_property(card, time_card::kExportID));  // File #
     line += ',';
     line += pay_number;  // Pay #
     line += ',';
-    line += to_concat_text(get_property(card, "Shift"));  // Shift
+    line += to_concat_text(get_property(card, time_card::kShift));  // Shift
     line += ',';
     csv_hours().append_to(line, regular / 60);  // Reg Hours
     line += ',';

@@ -6,6 +6,7 @@
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
 #include "zorvat/text.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -27,7 +28,6 @@ constexpr std::string_view kTabOptionSeparator = "    ";
 constexpr std::string_view kTitles[] = {
     "EXPORT ID",           "EmployeeNumber", "ShiftCode", "RegularHours", "FirstLevelOvertime",
     "SecondLevelOvertime", "VACATION",       "HOLIDAY",   "SICK",         "OTHER"};
-constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
 
 const FormatPattern& employee_number_pattern() {
   static const FormatPattern pattern("000000000");
@@ -195,10 +195,10 @@ void Generic::EmployeeRecord(const Variant& card, std::string& text) {
       close_field();
     };
 
-    text_field(get_property(card, "ExportID"));
-    pattern_field(employee_number_pattern(), get_property(card, "Number"));
-    pattern_field(shift_pattern(), get_property(card, "Shift"));
-    for (std::string_view category : kHourProperties) {
+    text_field(get_property(card, time_card::kExportID));
+    pattern_field(employee_number_pattern(), get_property(card, time_card::kNumber));
+    pattern_field(shift_pattern(), get_property(card, time_card::kShift));
+    for (const PropertyName& category : time_card::kHourCategories) {
       const double hours = Min2Hrs(to_double(get_property(card, category)));
       open_field();
       hours_pattern().append_to(text, hours);
@@ -206,22 +206,22 @@ void Generic::EmployeeRecord(const Variant& card, std::string& text) {
     }
     if (include_employee_information()) {
       if (include_full_name()) {
-        std::string full_name = to_concat_text(get_property(card, "FirstName"));
+        std::string full_name = to_concat_text(get_property(card, time_card::kFirstName));
         full_name += ' ';
-        full_name += to_concat_text(get_property(card, "MI"));
+        full_name += to_concat_text(get_property(card, time_card::kMI));
         full_name += ' ';
-        full_name += to_concat_text(get_property(card, "LastName"));
+        full_name += to_concat_text(get_property(card, time_card::kLastName));
         open_field();
         text += full_name;
         close_field();
       } else {
-        text_field(get_property(card, "LastName"));
-        text_field(get_property(card, "FirstName"));
+        text_field(get_property(card, time_card::kLastName));
+        text_field(get_property(card, time_card::kFirstName));
       }
       // The last column is titled "BadgeNumber" in both modes, but only the quoted
       // layout has ever carried the badge; the unquoted one repeats the employee
       // number, unformatted. Payroll imports built on either layout depend on it.
-      text_field(get_property(card, quote ? "Badge" : "Number"));
+      text_field(get_property(card, quote ? time_card::kBadge : time_card::kNumber));
     }
     text += LineTerminator();
   });

@@ -8,6 +8,7 @@
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -171,45 +172,45 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     // Every card yields its records, also one with no time at all.
     const std::string& company = company_part();
     std::string employee;
-    employee_part_pattern().append_to(employee,
-                                      Variant(last_four(to_text(get_property(card, "Number")))));
+    employee_part_pattern().append_to(
+        employee, Variant(last_four(to_text(get_property(card, time_card::kNumber)))));
 
     std::string& record = record_;
     auto put_pay_code = [&](Position position) { record += pay_code(position); };
 
     if (jr_) {
       // One record of 70 columns: plain hundredths, no shift, no signs.
-      auto amount = [&](const FormatPattern& pattern, std::string_view category) {
+      auto amount = [&](const FormatPattern& pattern, const PropertyName& category) {
         pattern.append_to(record, hundredths(to_double(get_property(card, category))));
       };
       record.clear();
-      record += company;                        // 1-4    company part
-      record += '4';                            // 5      "4"
-      record += employee;                       // 6-9    employee part
-      record += '8';                            // 10     "8"
-      amount(five_digit_hundredths(), "REG");   // 11-15  regular
-      amount(five_digit_hundredths(), "OT1");   // 16-20  overtime 1
-      put_pay_code(kPayCode2);                  // 21-22  overtime 2 pay code
-      amount(eight_digit_hundredths(), "OT2");  // 23-30  overtime 2
-      put_pay_code(kVACPayCode);                // 31-32  vacation pay code
-      amount(eight_digit_hundredths(), "VAC");  // 33-40  vacation
-      put_pay_code(kHOLPayCode);                // 41-42  holiday pay code
-      amount(eight_digit_hundredths(), "HOL");  // 43-50  holiday
-      put_pay_code(kSICPayCode);                // 51-52  sick pay code
-      amount(eight_digit_hundredths(), "SIC");  // 53-60  sick
-      put_pay_code(kOTHPayCode);                // 61-62  other pay code
-      amount(eight_digit_hundredths(), "OTH");  // 63-70  other
-      end_record(record, text);                 // 71-80  blanks
+      record += company;                                  // 1-4    company part
+      record += '4';                                      // 5      "4"
+      record += employee;                                 // 6-9    employee part
+      record += '8';                                      // 10     "8"
+      amount(five_digit_hundredths(), time_card::kREG);   // 11-15  regular
+      amount(five_digit_hundredths(), time_card::kOT1);   // 16-20  overtime 1
+      put_pay_code(kPayCode2);                            // 21-22  overtime 2 pay code
+      amount(eight_digit_hundredths(), time_card::kOT2);  // 23-30  overtime 2
+      put_pay_code(kVACPayCode);                          // 31-32  vacation pay code
+      amount(eight_digit_hundredths(), time_card::kVAC);  // 33-40  vacation
+      put_pay_code(kHOLPayCode);                          // 41-42  holiday pay code
+      amount(eight_digit_hundredths(), time_card::kHOL);  // 43-50  holiday
+      put_pay_code(kSICPayCode);                          // 51-52  sick pay code
+      amount(eight_digit_hundredths(), time_card::kSIC);  // 53-60  sick
+      put_pay_code(kOTHPayCode);                          // 61-62  other pay code
+      amount(eight_digit_hundredths(), time_card::kOTH);  // 63-70  other
+      end_record(record, text);                           // 71-80  blanks
       return;
     }
 
     // Two records with overpunched amounts. The second carries the four
     // miscellaneous categories, each negated when it is exported as a deduction.
-    const std::string shift = to_concat_text(get_property(card, "Shift"));
-    auto amount = [&](std::string_view category) {
+    const std::string shift = to_concat_text(get_property(card, time_card::kShift));
+    auto amount = [&](const PropertyName& category) {
       record += OverPunch(kAmountWidth, to_long(get_property(card, category)));
     };
-    auto signed_amount = [&](std::string_view category, Position deduct) {
+    auto signed_amount = [&](const PropertyName& category, Position deduct) {
       const double minutes = to_double(get_property(card, category));
       record += OverPunch(kAmountWidth, double_to_long(deduction(deduct) ? -minutes : minutes));
     };
@@ -221,28 +222,28 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     record += "8   ";          // 10-13  "8" and three blanks
     record += shift;           // 14     shift, as it stands
     put_pay_code(kPayCode0);   // 15-16  regular pay code
-    amount("REG");             // 17-23  regular
+    amount(time_card::kREG);   // 17-23  regular
     put_pay_code(kPayCode1);   // 24-25  overtime 1 pay code
-    amount("OT1");             // 26-32  overtime 1
+    amount(time_card::kOT1);   // 26-32  overtime 1
     put_pay_code(kPayCode2);   // 33-34  overtime 2 pay code
-    amount("OT2");             // 35-41  overtime 2
+    amount(time_card::kOT2);   // 35-41  overtime 2
     end_record(record, text);  // 42-80  blanks
 
     record.clear();
-    record += company;                 // 1-4    company part
-    record += '4';                     // 5      "4"
-    record += employee;                // 6-9    employee part
-    record += "8   ";                  // 10-13  "8" and three blanks
-    record += shift;                   // 14     shift
-    put_pay_code(kVACPayCode);         // 15-16  vacation pay code
-    signed_amount("VAC", kVACDeduct);  // 17-23  vacation
-    put_pay_code(kHOLPayCode);         // 24-25  holiday pay code
-    signed_amount("HOL", kHOLDeduct);  // 26-32  holiday
-    put_pay_code(kSICPayCode);         // 33-34  sick pay code
-    signed_amount("SIC", kSICDeduct);  // 35-41  sick
-    put_pay_code(kOTHPayCode);         // 42-43  other pay code
-    signed_amount("OTH", kOTHDeduct);  // 44-50  other
-    end_record(record, text);          // 51-80  blanks
+    record += company;                           // 1-4    company part
+    record += '4';                               // 5      "4"
+    record += employee;                          // 6-9    employee part
+    record += "8   ";                            // 10-13  "8" and three blanks
+    record += shift;                             // 14     shift
+    put_pay_code(kVACPayCode);                   // 15-16  vacation pay code
+    signed_amount(time_card::kVAC, kVACDeduct);  // 17-23  vacation
+    put_pay_code(kHOLPayCode);                   // 24-25  holiday pay code
+    signed_amount(time_card::kHOL, kHOLDeduct);  // 26-32  holiday
+    put_pay_code(kSICPayCode);                   // 33-34  sick pay code
+    signed_amount(time_card::kSIC, kSICDeduct);  // 35-41  sick
+    put_pay_code(kOTHPayCode);                   // 42-43  other pay code
+    signed_amount(time_card::kOTH, kOTHDeduct);  // 44-50  other
+    end_record(record, text);                    // 51-80  blanks
   });
 }
 

@@ -8,6 +8,7 @@
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -35,16 +36,19 @@ constexpr char kRecordEnd = '\n';
 // E0C): regular and overtime have fixed rates, the miscellaneous categories take the
 // earning code chosen for them in SetupData.
 struct Category {
-  std::string_view property;
+  const PropertyName& property;
   std::string_view fixed_rate;
   std::optional<PCPayLink::Position> earning_code;
   bool counts_employee;  // only regular time raises the employee count
 };
 constexpr Category kCategories[] = {
-    {"REG", "|E09R1|E0A", std::nullopt, true},  {"OT1", "|E09R1|E0C", std::nullopt, false},
-    {"OT2", "|E09R2|E0C", std::nullopt, false}, {"VAC", {}, PCPayLink::kVACPayCode, false},
-    {"HOL", {}, PCPayLink::kHOLPayCode, false}, {"SIC", {}, PCPayLink::kSICPayCode, false},
-    {"OTH", {}, PCPayLink::kOTHPayCode, false},
+    {time_card::kREG, "|E09R1|E0A", std::nullopt, true},
+    {time_card::kOT1, "|E09R1|E0C", std::nullopt, false},
+    {time_card::kOT2, "|E09R2|E0C", std::nullopt, false},
+    {time_card::kVAC, {}, PCPayLink::kVACPayCode, false},
+    {time_card::kHOL, {}, PCPayLink::kHOLPayCode, false},
+    {time_card::kSIC, {}, PCPayLink::kSICPayCode, false},
+    {time_card::kOTH, {}, PCPayLink::kOTHPayCode, false},
 };
 constexpr std::size_t kCategoryCount = std::size(kCategories);
 
@@ -175,7 +179,7 @@ void PCPayLink::EmployeeRecord(const Variant& card, std::string& text) {
 
     // The employee number, "0000", the same in each of the employee's records.
     std::string number;
-    employee_number_pattern().append_to(number, get_property(card, "Number"));
+    employee_number_pattern().append_to(number, get_property(card, time_card::kNumber));
     records_.clear();
     std::int32_t line_number = 1;
     for (std::size_t i = 0; i < kCategoryCount; ++i) {

@@ -8,6 +8,7 @@
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -27,8 +28,7 @@ constexpr std::size_t kNameWidth = 25;
 constexpr std::size_t kHoursWidth = 8;
 constexpr std::string_view kEarningsRecord = "E";
 
-constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
-constexpr std::size_t kHourTypes = std::size(kHourProperties);
+constexpr std::size_t kHourTypes = time_card::kHourCategoryCount;
 // The settings field holding each hour type's pay code, in the order above.
 constexpr std::size_t kPayCodeFields[] = {
     PCPreview::kRegularPayCode,  PCPreview::kOvertime1PayCode, PCPreview::kOvertime2PayCode,
@@ -115,20 +115,20 @@ void PCPreview::EmployeeRecord(const Variant& card, std::string& output) {
     double minutes[kHourTypes];
     double total = 0;
     for (std::size_t type = 0; type < kHourTypes; ++type) {
-      minutes[type] = to_double(get_property(card, kHourProperties[type]));
+      minutes[type] = to_double(get_property(card, time_card::kHourCategories[type]));
       total += minutes[type];
     }
     // A card whose time adds up to nothing yields no record, even when some types
     // hold time that others cancel.
     if (total == 0) return;
 
-    std::string name = to_concat_text(get_property(card, "FirstName"));
+    std::string name = to_concat_text(get_property(card, time_card::kFirstName));
     name += ' ';
-    name += to_concat_text(get_property(card, "LastName"));
+    name += to_concat_text(get_property(card, time_card::kLastName));
 
     for (std::size_t type = 0; type < kHourTypes; ++type) {
       if (!(minutes[type] > 0)) continue;
-      const Variant number = get_property(card, "Number");
+      const Variant number = get_property(card, time_card::kNumber);
       hours_text_.clear();
       hours_pattern().append_to(hours_text_, Min2Hrs(minutes[type]));
 

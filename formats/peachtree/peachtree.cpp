@@ -8,6 +8,7 @@
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -40,8 +41,6 @@ constexpr std::string_view kTitleRow =
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kDescription = "From Horalis";
 
-constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
-
 const FormatPattern& ticket_date_pattern() {
   static const FormatPattern pattern("mm/dd/yy");
   return pattern;
@@ -66,9 +65,14 @@ bool Peachtree::Execute(const Variant& pcTimeCards) {
     ValidateSetupData(SetupData());
 
     SettingsFields fields(setup_data());
+    // What the tickets keep from card to card starts afresh with each export.
+    ticket_counter_.reset();
+    pay_levels_ = {};
+    ticket_date_.reset();
     std::string output;
     if (field_equals_number(fields.at(kOutputFieldTitles), 1)) OutputHeader(output);
     for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(fields, card, output); });
+    ticket_counter_.reset();  // it counts in `fields`, which ends here
 
     if (!save_text({std::string(kFileFilter), {}}, output)) return false;
 
@@ -121,27 +125,48 @@ void Peachtree::EmployeeRecord(SettingsFields& fields, const Variant& card, std:
     // The card's ID and a day's date are read at the day's first ticket, as a card or
     // day without tickets never reads them, and kept for the tickets after it.
     std::optional<std::string> recorded_by_of_card;
-    for_each(get_property(card, "Days"), [&](const Variant& day) {
+    for_each(get_property(card, time_card::kDays), [&](const Variant& day) {
       // A day without worked time yields no ticket, whatever its categories hold.
-      if (to_double(get_property(day, "Hours")) == 0) return;
+      if (to_double(get_property(day, time_card::kHours)) == 0) return;
       std::optional<Date> date_of_day;
       for (std::size_t type = 0; type < kHourTypes; ++type) {
-        const Variant minutes = get_property(day, kHourProperties[type]);
+        const Variant minutes = get_property(day, time_card::kHourCategories[type]);
         // Negative minutes are time too: only zero writes nothing.
         if (to_double(minutes) == 0) continue;
-        if (!recorded_by_of_card) recorded_by_of_card = to_text(get_property(card, "ExportID"));
+        if (!recorded_by_of_card)
+          recorded_by_of_card = to_text(get_property(card, time_card::kExportID));
         const std::string& recorded_by = *recorded_by_of_card;
-        const std::int32_t ticket_number = to_long(Variant(fields.at(kBatchSequence)));
-        if (!date_of_day) date_of_day = to_date(get_property(day, "DayDate"));
+        FieldCounter& batch_sequence = ticket_counter(fields);
+        const std::int32_t ticket_number = double_to_long(batch_sequence.value());
+        if (!date_of_day) date_of_day = to_date(get_property(day, time_card::kDayDate));
         const Date ticket_date = *date_of_day;
         const std::string& activity_item = fields.at(kPayItemCodeReg + type);
-        const std::int32_t pay_level = to_long(Variant(fields.at(kPayLevelReg + type)));
-        DataRecord(output, recorded_by, ticket_number, ticket_date, activity_item, pay_level,
-                   to_long(minutes), kDescription);
-        advance_counter(fields.at(kBatchSequence), kNoHighestTicketNumber);
+        DataRecord(output, recorded_by, ticket_number, ticket_date, activity_item,
+                   pay_level(fields, type), to_long(minutes), kDescription);
+        batch_sequence.advance();
       }
     });
   });
+}
+
+FieldCounter& Peachtree::ticket_counter(SettingsFields& fields) {
+  if (!ticket_counter_) ticket_counter_.emplace(fields.at(kBatchSequence), kNoHighestTicketNumber);
+  return *ticket_counter_;
+}
+
+std::int32_t Peachtree::pay_level(const SettingsFields& fields, std::size_t type) {
+  std::optional<std::int32_t>& level = pay_levels_[type];
+  if (!level) level = to_long(Variant(fields.at(kPayLevelReg + type)));
+  return *level;
+}
+
+const std::string& Peachtree::ticket_date_text(Date date) {
+  if (!ticket_date_ || ticket_date_->serial != date.serial) {
+    ticket_date_text_.clear();
+    ticket_date_pattern().append_to(ticket_date_text_, Variant(date));
+    ticket_date_ = date;
+  }
+  return ticket_date_text_;
 }
 
 void Peachtree::DataRecord(std::string& output, const std::string& recordedBy,
@@ -153,42 +178,40 @@ void Peachtree::DataRecord(std::string& output, const std::string& recordedBy,
     // nearest whole hour rather than cutting the fraction: 90 minutes are "2:30". The
     // importers of these files rely on it.
     const double hours = Min2Hrs(minutes);
-
-    std::string ticket_date;  // "mm/dd/yy"
-    ticket_date_pattern().append_to(ticket_date, Variant(ticketDate));
-    std::string duration;  // hours "##0", ":", minutes of the hour "00"
-    whole_hours_pattern().append_to(duration, hours);
-    duration += ':';
-    minutes_pattern().append_to(duration, static_cast<double>(minutes % 60));
-    std::string unit_duration;  // hours "##0.00"
-    unit_duration_pattern().append_to(unit_duration, hours);
+    const std::string& ticket_date = ticket_date_text(ticketDate);  // "mm/dd/yy"
 
     // Columns 2 to 23 each follow a ",".
     auto column = [&](std::string_view text) {
       output += ',';
       output += text;
     };
-    output += '0';                         //  1 Employee/Vendor
-    column(recordedBy);                    //  2 Recorded by ID
-    column(std::to_string(ticketNumber));  //  3 Ticket Number
-    column(ticket_date);                   //  4 Ticket Date
-    column("FALSE");                       //  5 Has been used in Sales/Invoicing
-    column("");                            //  6 Invoice Number Used
-    column(activityItem);                  //  7 Activity Item ID
-    column("3");                           //  8 Customer/Job/Adm
-    column("");                            //  9 Completed for ID
-    column(std::to_string(payLevel));      // 10 Pay Level
-    column("FALSE");                       // 11 Has been used in Payroll
-    column("1");                           // 12 Manual/Timed Option
-    column("");                            // 13 Start Time
-    column("");                            // 14 End Time
-    column("");                            // 15 Break
-    column(duration);                      // 16 Duration
-    column("");                            // 17 Internal Memo
-    output += ",0,0,2";                    // 18-20 Billing Type, Billing Rate, Billing Status
-    column(unit_duration);                 // 21 Unit Duration
-    column("0");                           // 22 Billing Amount
-    column(description);                   // 23 Ticket Description for Invoicing
+    auto formatted_column = [&](const FormatPattern& pattern, double value) {
+      output += ',';
+      pattern.append_to(output, value);
+    };
+    output += '0';                                   //  1 Employee/Vendor
+    column(recordedBy);                              //  2 Recorded by ID
+    column(std::to_string(ticketNumber));            //  3 Ticket Number
+    column(ticket_date);                             //  4 Ticket Date
+    column("FALSE");                                 //  5 Has been used in Sales/Invoicing
+    column("");                                      //  6 Invoice Number Used
+    column(activityItem);                            //  7 Activity Item ID
+    column("3");                                     //  8 Customer/Job/Adm
+    column("");                                      //  9 Completed for ID
+    column(std::to_string(payLevel));                // 10 Pay Level
+    column("FALSE");                                 // 11 Has been used in Payroll
+    column("1");                                     // 12 Manual/Timed Option
+    column("");                                      // 13 Start Time
+    column("");                                      // 14 End Time
+    column("");                                      // 15 Break
+    formatted_column(whole_hours_pattern(), hours);  // 16 Duration: hours "##0", ":",
+    output += ':';                                   //    minutes of the hour "00"
+    minutes_pattern().append_to(output, static_cast<double>(minutes % 60));
+    column("");                                        // 17 Internal Memo
+    output += ",0,0,2";                                // 18-20 Billing Type, Rate, Status
+    formatted_column(unit_duration_pattern(), hours);  // 21 Unit Duration: hours "##0.00"
+    column("0");                                       // 22 Billing Amount
+    column(description);                               // 23 Ticket Description for Invoicing
     output += kLineEnd;
   });
 }

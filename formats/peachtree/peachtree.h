@@ -4,13 +4,16 @@
 // which advances with every ticket and is saved back once the file is written.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "zorvat/date.h"
 #include "zorvat/export_class.h"
 #include "zorvat/settings.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 
@@ -68,6 +71,17 @@ class Peachtree final : public ExportClass {
   double Min2Hrs(double minutes);
   // Kept with the class; the tickets carry hours and minutes, not hundredths.
   std::int32_t Min2HrsinHun(std::int32_t minutes);
+
+  // What the tickets of one export keep from card to card: the batch sequence counted
+  // in memory, each hour type's pay level read at its first ticket, and the ticket date
+  // of the day being written, formatted once for all of the day's tickets.
+  FieldCounter& ticket_counter(SettingsFields& fields);
+  std::int32_t pay_level(const SettingsFields& fields, std::size_t type);
+  const std::string& ticket_date_text(Date date);
+  std::optional<FieldCounter> ticket_counter_;
+  std::array<std::optional<std::int32_t>, time_card::kHourCategoryCount> pay_levels_{};
+  std::optional<Date> ticket_date_;
+  std::string ticket_date_text_;
 };
 
 }  // namespace zorvat::formats

@@ -8,6 +8,7 @@
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -32,8 +33,7 @@ constexpr std::string_view kRecorderName = "Brantell Time Recorder";
 constexpr std::size_t kRecorderNameWidth = 37;
 constexpr std::string_view kLineEnd = "\r\n";
 
-constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
-constexpr std::size_t kHourTypes = std::size(kHourProperties);
+constexpr std::size_t kHourTypes = time_card::kHourCategoryCount;
 constexpr std::size_t kRegular = 0;
 // The settings field holding each hour type's pay code, in the order above. Regular
 // time has none; other time is written with the sick pay code, as PrimePay's import
@@ -127,7 +127,7 @@ void PrimePay::ValidateSetupData(std::string_view psSetup) {
 void PrimePay::OutputHeader(std::string& output) {
   guarded(kOutputHeaderSource, [&] {
     const Variant today(context().clock.today());
-    const Variant period_end = get_property(time_cards_, "PeriodEnd");
+    const Variant period_end = get_property(time_cards_, time_card::kPeriodEnd);
     output += 'H';                                                     //  1     "H"
     output += "PTA10001";                                              //  2-9   "PTA10001"
     date_pattern().append_to(output, today);                           // 10-17  today
@@ -147,7 +147,7 @@ void PrimePay::EmployeeRecord(const Variant& card, std::string& output) {
     double minutes[kHourTypes];
     double total = 0;
     for (std::size_t type = 0; type < kHourTypes; ++type) {
-      minutes[type] = to_double(get_property(card, kHourProperties[type]));
+      minutes[type] = to_double(get_property(card, time_card::kHourCategories[type]));
       total += minutes[type];
     }
     // A card whose time adds up to nothing yields no line, even when some types hold
@@ -157,7 +157,7 @@ void PrimePay::EmployeeRecord(const Variant& card, std::string& output) {
     for (std::size_t type = 0; type < kHourTypes; ++type) {
       if (!(minutes[type] > 0)) continue;
       const double hundredths = Min2HrsinHun(double_to_long(minutes[type]));
-      const Variant number = get_property(card, "Number");
+      const Variant number = get_property(card, time_card::kNumber);
 
       if (type == kRegular) {
         output += 'D';                                          //  1     "D"

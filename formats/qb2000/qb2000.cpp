@@ -6,6 +6,7 @@
 #include "qb2000/qb2000_requests.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
+#include "zorvat/time_card.h"
 #include "zorvat/variant.h"
 
 namespace zorvat::formats {
@@ -127,7 +128,7 @@ bool QB2000::Execute(const Variant& pcTimeCards) {
 bool QB2000::ExportToQuickBooks(const Variant& pcTimeCards) {
   ValidateSetupData(SetupData());
 
-  const double cards = to_double(get_property(pcTimeCards, "Count"));
+  const double cards = to_double(get_property(pcTimeCards, time_card::kCount));
   OpenProgressWindow(double_to_long(cards + kStepsBesideCards));
   progress_->UpdateMessage(std::string(kConnecting));
 

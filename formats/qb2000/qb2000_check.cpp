@@ -6,12 +6,10 @@
 #include "qb2000/qb2000_requests.h"
 #include "zorvat/automation.h"
 #include "zorvat/settings.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats::qb2000 {
 namespace {
-
-constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
-constexpr std::string_view kEditProperties[] = {"EditREG", "EditOT1", "EditOT2"};
 
 quickbooks::TimeTrackingAdd entry(std::string name, const std::string& item, std::string notes) {
   quickbooks::TimeTrackingAdd add;
@@ -32,9 +30,9 @@ std::vector<CardFieldProblem> field_limit_problems(const Variant& cards, std::st
   std::size_t card_number = 0;
   for_each(cards, [&](const Variant& card) {
     ++card_number;
-    const std::string first = to_concat_text(get_property(card, "FirstName"));
-    const std::string middle = to_concat_text(get_property(card, "MI"));
-    const std::string last = to_concat_text(get_property(card, "LastName"));
+    const std::string first = to_concat_text(get_property(card, time_card::kFirstName));
+    const std::string middle = to_concat_text(get_property(card, time_card::kMI));
+    const std::string last = to_concat_text(get_property(card, time_card::kLastName));
 
     std::vector<quickbooks::Request> requests;
     requests.emplace_back(quickbooks::EmployeeAdd{first, middle, last});
@@ -43,16 +41,16 @@ std::vector<CardFieldProblem> field_limit_problems(const Variant& cards, std::st
         trim_spaces(first + " " + (middle.empty() ? "" : middle + " ") + last);
     const std::string last_first =
         trim_spaces(last + ", " + (first.empty() ? "" : first + " ") + middle);
-    for_each(get_property(card, "Days"), [&](const Variant& day) {
-      for (std::size_t type = 0; type < std::size(kHourProperties); ++type) {
-        if (to_double(get_property(day, kHourProperties[type])) <= 0) continue;
+    for_each(get_property(card, time_card::kDays), [&](const Variant& day) {
+      for (std::size_t type = 0; type < std::size(time_card::kHourCategories); ++type) {
+        if (to_double(get_property(day, time_card::kHourCategories[type])) <= 0) continue;
         const std::string& code = item(QB2000::kRegularItem + type);
         for (const std::string& name : {first_first, last_first})
           requests.emplace_back(entry(name, code, "HLS - " + code));
       }
     });
-    for (std::size_t type = 0; type < std::size(kEditProperties); ++type)
-      if (to_double(get_property(card, kEditProperties[type])) > 0)
+    for (std::size_t type = 0; type < time_card::kEditCategoryCount; ++type)
+      if (to_double(get_property(card, time_card::kEditCategories[type])) > 0)
         requests.emplace_back(entry(first + "," + middle + "," + last,
                                     item(QB2000::kRegularItem + type), "HLS - Edit Totals"));
 

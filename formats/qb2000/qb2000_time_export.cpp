@@ -8,6 +8,7 @@
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -18,17 +19,16 @@ constexpr std::string_view kExportEditTotalsSource = "zorvat.QB2000.ExportEditTo
 constexpr std::string_view kMin2HrsSource = "zorvat.QB2000.Min2Hrs";
 constexpr std::string_view kMin2HrsinHunSource = "zorvat.QB2000.Min2HrsinHun";
 
-constexpr std::string_view kHourProperties[] = {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"};
-constexpr std::size_t kHourTypes = std::size(kHourProperties);
+constexpr std::size_t kHourTypes = time_card::kHourCategoryCount;
 
 // The edit totals that are sent, with the settings field of their payroll item.
 struct EditTotal {
-  std::string_view property;
+  const PropertyName& property;
   std::size_t item_field;
 };
-constexpr EditTotal kEditTotals[] = {{"EditREG", QB2000::kRegularItem},
-                                     {"EditOT1", QB2000::kOvertime1Item},
-                                     {"EditOT2", QB2000::kOvertime2Item}};
+constexpr EditTotal kEditTotals[] = {{time_card::kEditCategories[0], QB2000::kRegularItem},
+                                     {time_card::kEditCategories[1], QB2000::kOvertime1Item},
+                                     {time_card::kEditCategories[2], QB2000::kOvertime2Item}};
 
 constexpr std::string_view kNotesPrefix = "HLS - ";
 constexpr std::string_view kEditTotalNotes = "HLS - Edit Totals";
@@ -64,13 +64,14 @@ void check_time_tracking(const quickbooks::ResponseSet& responses, std::string_v
 void QB2000::ExportTimeCard(const Variant& time_card, quickbooks::SessionManager& session,
                             const QbxmlVersion& version) {
   guarded(kExportTimeCardSource, [&] {
-    const std::string employee_key = to_concat_text(get_property(time_card, "FirstName")) + "," +
-                                     to_concat_text(get_property(time_card, "MI")) + "," +
-                                     to_concat_text(get_property(time_card, "LastName"));
+    const std::string employee_key =
+        to_concat_text(get_property(time_card, time_card::kFirstName)) + "," +
+        to_concat_text(get_property(time_card, time_card::kMI)) + "," +
+        to_concat_text(get_property(time_card, time_card::kLastName));
 
-    for_each(get_property(time_card, "Days"), [&](const Variant& day) {
+    for_each(get_property(time_card, time_card::kDays), [&](const Variant& day) {
       double total = 0;
-      for (std::string_view property : kHourProperties)
+      for (const PropertyName& property : time_card::kHourCategories)
         total += to_double(get_property(day, property));
       if (total > 0) ExportTCData(employee_key, day, session, version);
     });
@@ -79,7 +80,8 @@ void QB2000::ExportTimeCard(const Variant& time_card, quickbooks::SessionManager
     for (const EditTotal& edit : kEditTotals) {
       const Variant minutes = get_property(time_card, edit.property);
       if (to_double(minutes) > 0)
-        ExportEditTotals(employee_key, to_long(minutes), get_property(time_card, "PeriodStart"),
+        ExportEditTotals(employee_key, to_long(minutes),
+                         get_property(time_card, time_card::kPeriodStart),
                          fields.at(edit.item_field), session, version);
     }
   });
@@ -102,13 +104,13 @@ void QB2000::ExportTCData(const std::string& employee_key, const Variant& day,
     quickbooks::RequestSet request_set = qb2000::new_request_set(version);
     for (std::size_t type = 0; type < kHourTypes; ++type) {
       // Minutes are whole: a fraction of a minute rounds away before the test.
-      const std::int32_t minutes = to_long(get_property(day, kHourProperties[type]));
+      const std::int32_t minutes = to_long(get_property(day, time_card::kHourCategories[type]));
       if (minutes <= 0) continue;
       const std::string& item = fields.at(kRegularItem + type);
       quickbooks::TimeTrackingAdd entry;
       entry.entity_full_name = name;
       entry.duration = {Min2Hrs(minutes), minutes % 60, 0};
-      entry.txn_date = entry_date(get_property(day, "DayDate"));
+      entry.txn_date = entry_date(get_property(day, time_card::kDayDate));
       entry.payroll_item_wage_full_name = item;
       entry.is_billable = false;
       entry.notes = std::string(kNotesPrefix) + item;

@@ -8,6 +8,7 @@
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/text.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::formats {
 namespace {
@@ -67,9 +68,9 @@ std::string QB2000::VerifyEmpsInQB(const Variant& pcTimeCards, quickbooks::Sessi
 
     std::string missing;
     for_each(pcTimeCards, [&](const Variant& card) {
-      const std::string first = to_concat_text(get_property(card, "FirstName"));
-      const std::string middle = to_concat_text(get_property(card, "MI"));
-      const std::string last = to_concat_text(get_property(card, "LastName"));
+      const std::string first = to_concat_text(get_property(card, time_card::kFirstName));
+      const std::string middle = to_concat_text(get_property(card, time_card::kMI));
+      const std::string last = to_concat_text(get_property(card, time_card::kLastName));
 
       bool found = false;
       if (response.detail) {

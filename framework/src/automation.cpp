@@ -21,4 +21,18 @@ Variant get_property(const Variant& object, std::string_view property) {
   return object_of(object).get(property);
 }
 
+Variant get_property(const Variant& object, const PropertyName& property) {
+  return object_of(object).get(property);
+}
+
+std::uint32_t PropertyName::take_ordinal() const {
+  static std::atomic<std::uint32_t> next{1};
+  const std::uint32_t mine = next.fetch_add(1, std::memory_order_relaxed);
+  std::uint32_t expected = 0;
+  // Two threads reading a name for the first time at once agree on one of their
+  // numbers; the other number is simply never used.
+  if (ordinal_.compare_exchange_strong(expected, mine, std::memory_order_relaxed)) return mine - 1;
+  return expected - 1;
+}
+
 }  // namespace zorvat

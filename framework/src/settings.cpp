@@ -1,5 +1,7 @@
 #include "zorvat/settings.h"
 
+#include <cmath>
+
 #include "zorvat/error.h"
 #include "zorvat/variant.h"
 
@@ -52,8 +54,32 @@ bool field_in_range(std::string_view field, double low, double high) {
 }
 
 void advance_counter(std::string& field, double highest) {
-  const double next = to_double(Variant(field)) + 1;
-  field = next > highest ? "0" : general_number_text(next);
+  FieldCounter(field, highest).advance();
+}
+
+double FieldCounter::value() {
+  if (!read_) {
+    value_ = to_double(Variant(*field_));
+    read_ = true;
+  }
+  return value_;
+}
+
+void FieldCounter::advance() {
+  const double next = value() + 1;
+  if (next > highest_) {
+    field_->assign(1, '0');
+    value_ = 0;
+    return;
+  }
+  *field_ = general_number_text(next);
+  // A whole number of up to fifteen digits is written in full and reads back as it
+  // is; anything else (a fraction, a huge count) is read back from the text, as the
+  // next step of advance_counter would read it.
+  if (next != std::floor(next) || std::fabs(next) >= 1e15)
+    value_ = to_double(Variant(*field_));
+  else
+    value_ = next;
 }
 
 std::string pay_level_range_message(double low, double high) {

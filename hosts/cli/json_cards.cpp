@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <unordered_map>
@@ -183,6 +184,25 @@ class Store {
     slot = {name.data(), std::string(name), exact, fold_id, known};
     return known;
   }
+  // The same for a name the classes declared: the answer is kept under the name's
+  // ordinal, so that every read after the first is one index.
+  bool lookup(const PropertyName& name, std::uint32_t& exact, std::uint32_t& fold_id) const {
+    const std::uint32_t ordinal = name.ordinal();
+    if (ordinal < resolved_.size() && resolved_[ordinal].resolved) {
+      const Resolved& answer = resolved_[ordinal];
+      exact = answer.exact;
+      fold_id = answer.fold_id;
+      return fold_id != kNone;
+    }
+    const bool known = lookup(name.text(), exact, fold_id);
+    // Declared names are a few dozen constants; a process that kept making new ones
+    // would only lose the shortcut.
+    if (ordinal < kMostResolvedNames) {
+      if (ordinal >= resolved_.size()) resolved_.resize(ordinal + 1);
+      resolved_[ordinal] = {exact, fold_id, true};
+    }
+    return known;
+  }
   // Property names are a few characters long: compared in line, without a call.
   static bool same_short_text(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) return false;
@@ -226,6 +246,13 @@ class Store {
     bool known = false;
   };
   mutable std::array<CacheSlot, 256> cache_{};
+  struct Resolved {
+    std::uint32_t exact = kNone;
+    std::uint32_t fold_id = kNone;
+    bool resolved = false;
+  };
+  static constexpr std::uint32_t kMostResolvedNames = 4096;
+  mutable std::vector<Resolved> resolved_;
 };
 using StoreRef = std::shared_ptr<const Store>;
 
@@ -282,9 +309,12 @@ class CellObject final : public AutomationObject {
   Variant get(std::string_view property) const override {
     const Cell* field = find(property);
     if (field != nullptr) return to_variant(store_, *field);
-    if (cell_.kind == Kind::Array && iequals(property, "count"))
-      return Variant(static_cast<std::int32_t>(cell_.span.count));
-    raise_not_supported();
+    return get_missing(property);
+  }
+  Variant get(const PropertyName& property) const override {
+    const Cell* field = find(property);
+    if (field != nullptr) return to_variant(store_, *field);
+    return get_missing(property.text());
   }
 
   std::unique_ptr<Enumerator> enumerate() const override {
@@ -300,16 +330,35 @@ class CellObject final : public AutomationObject {
   // it: see CellEnumerator).
   void reset(const Cell& cell) { cell_ = cell; }
 
-  const Cell* find(std::string_view property) const {
+  // The field named `property` (a name or a PropertyName), in any case; null when
+  // the object has none.
+  template <class Name>
+  const Cell* find(const Name& property) const {
     if (cell_.kind != Kind::Object) return nullptr;
-    ReadTrail& trail = store_->trail;
     std::uint32_t exact = 0, fold_id = 0;
     const bool known = store_->lookup(property, exact, fold_id);
+    return find_resolved(exact, fold_id, known, property);
+  }
+
+ private:
+  Variant get_missing(std::string_view property) const {
+    if (cell_.kind == Kind::Array && iequals(property, "count"))
+      return Variant(static_cast<std::int32_t>(cell_.span.count));
+    raise_not_supported();
+  }
+
+  static std::string_view text_of(std::string_view property) { return property; }
+  static std::string_view text_of(const PropertyName& property) { return property.text(); }
+
+  template <class Name>
+  const Cell* find_resolved(std::uint32_t exact, std::uint32_t fold_id, bool known,
+                            const Name& property) const {
+    ReadTrail& trail = store_->trail;
     if (trail.card != ReadTrail::kNone)
       trail.reads.push_back({cell_.span, known ? fold_id : ReadTrail::kNone,
                              cell_.span.first == trail.card_object ? ReadTrail::kNone : trail.day});
     if (!known) {
-      trail.unknown = property;
+      trail.unknown = text_of(property);
       return nullptr;
     }
     const Cell* begin = store_->cells.data() + cell_.span.first;
@@ -329,7 +378,6 @@ class CellObject final : public AutomationObject {
     return nullptr;
   }
 
- private:
   StoreRef store_;
   Cell cell_;
 };
@@ -351,6 +399,11 @@ class CardCollection final : public AutomationObject {
   const Store& store() const { return *store_; }
   Variant get(std::string_view property) const override {
     if (property.size() == 5 && folded(property) == "count") return cards_.get(property);
+    return top_.get(property);
+  }
+  Variant get(const PropertyName& property) const override {
+    const std::string_view text = property.text();
+    if (text.size() == 5 && folded(text) == "count") return cards_.get(text);
     return top_.get(property);
   }
   std::unique_ptr<Enumerator> enumerate() const override { return cards_.enumerate(); }
@@ -425,6 +478,23 @@ std::string_view without_byte_order_mark(std::string_view json) {
   return json.substr(0, kMark.size()) == kMark ? json.substr(kMark.size()) : json;
 }
 
+// The cells and the text of a large file fill hundreds of megabytes front to back;
+// where the system offers huge pages on request, they are asked for, which spares the
+// hundred thousand faults of taking the same memory 4 KB at a time.
+void prefer_huge_pages(const void* data, std::size_t bytes) {
+#if ZORVAT_HAVE_MMAP && defined(MADV_HUGEPAGE)
+  constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
+  const auto start = reinterpret_cast<std::uintptr_t>(data);
+  const std::uintptr_t first = (start + kHugePage - 1) & ~(kHugePage - 1);
+  const std::uintptr_t last = (start + bytes) & ~(kHugePage - 1);
+  // Advice only: a system without huge pages answers with an error, and nothing changes.
+  if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#else
+  static_cast<void>(data);
+  static_cast<void>(bytes);
+#endif
+}
+
 class Loader {
  public:
   // `mapped`: `json` is a private read-only mapping of the file, whose pages the
@@ -439,6 +509,8 @@ class Loader {
     // arrays never move while they grow.
     store_->cells.reserve(json.size() / 4 + 16);
     store_->text.reserve(json.size() / 2 + 16);
+    prefer_huge_pages(store_->cells.data(), store_->cells.capacity() * sizeof(Cell));
+    prefer_huge_pages(store_->text.data(), store_->text.capacity());
   }
 
   Variant load() {
@@ -625,12 +697,12 @@ class Loader {
 
   void convert_cards(std::string_view piece, std::size_t count, std::vector<Cell>& card_cells) {
     buffer_.clear();
-    buffer_.reserve(piece.size() + 2);
+    reserve_buffer(piece.size() + 2);
     buffer_.push_back('[');
     buffer_.append(piece);
     buffer_.push_back(']');
     simdjson::dom::element root;
-    if (parser_.parse(buffer_.data(), buffer_.size(), true).get(root) != simdjson::SUCCESS)
+    if (parser_.parse(buffer_.data(), buffer_.size(), false).get(root) != simdjson::SUCCESS)
       syntax_error();
     simdjson::dom::array cards = root.get_array().value_unsafe();
     std::size_t converted = 0;
@@ -645,9 +717,10 @@ class Loader {
   }
 
   Cell convert_piece(std::string_view piece, const std::string& key) {
+    reserve_buffer(piece.size());
     buffer_.assign(piece);
     simdjson::dom::element root;
-    if (parser_.parse(buffer_.data(), buffer_.size(), true).get(root) != simdjson::SUCCESS)
+    if (parser_.parse(buffer_.data(), buffer_.size(), false).get(root) != simdjson::SUCCESS)
       syntax_error();
     const Where where{nullptr, "top level", Store::kNone, -1};
     return convert(root, store_->key_id(key), where);
@@ -834,8 +907,9 @@ class Loader {
     const std::size_t start = pos_;
     skip_string();
     simdjson::dom::element key;
+    reserve_buffer(pos_ - start);
     buffer_.assign(json_.substr(start, pos_ - start));
-    if (parser_.parse(buffer_.data(), buffer_.size(), true).get(key) != simdjson::SUCCESS ||
+    if (parser_.parse(buffer_.data(), buffer_.size(), false).get(key) != simdjson::SUCCESS ||
         !key.is_string())
       syntax_error();
     return std::string(key.get_string().value_unsafe());
@@ -917,6 +991,12 @@ class Loader {
   std::size_t pos_ = 0;
   std::shared_ptr<Store> store_;
   simdjson::dom::parser parser_;
+  // The parser reads up to SIMDJSON_PADDING bytes past the text: the buffer is made that
+  // much larger before it is filled, so that the parser takes it in place instead of
+  // copying it into a padded buffer of its own.
+  void reserve_buffer(std::size_t size) {
+    buffer_.reserve(size + simdjson::SIMDJSON_PADDING);
+  }
   std::string buffer_;
   std::size_t depth_ = 0;
   std::vector<std::vector<std::uint32_t>> keys_by_depth_;

@@ -38,20 +38,12 @@ class DispatchObject final : public AutomationObject {
   Variant get(std::string_view property) const override {
     MemberCache::Member* member = cache_->find(property);
     if (member == nullptr) member = &cache_->add(property, resolve(property));
-    unique_variant result;
-    unique_excepinfo exception;
-    HRESULT hr = read(member->id, result, exception);
-    if (hr == DISP_E_MEMBERNOTFOUND) {
-      // This object is not of the class the cache was filled from: ask it directly.
-      result.reset();
-      hr = read(resolve(property), result, exception);
-    }
-    if (FAILED(hr)) raise_call_failure(hr, &exception);
-    if (V_VT(&result) == VT_DISPATCH || V_VT(&result) == VT_UNKNOWN) {
-      if (!member->objects) member->objects = std::make_shared<MemberCache>();
-      return from_variant(result, member->objects);
-    }
-    return from_variant(result, cache_);
+    return read_member(*member, property);
+  }
+  Variant get(const PropertyName& property) const override {
+    MemberCache::Member* member = cache_->find(property);
+    if (member == nullptr) member = &cache_->add(property, resolve(property.text()));
+    return read_member(*member, property.text());
   }
 
   std::unique_ptr<Enumerator> enumerate() const override {
@@ -69,6 +61,23 @@ class DispatchObject final : public AutomationObject {
   IDispatch* dispatch() const { return object_.Get(); }
 
  private:
+  Variant read_member(MemberCache::Member& member, std::string_view property) const {
+    unique_variant result;
+    unique_excepinfo exception;
+    HRESULT hr = read(member.id, result, exception);
+    if (hr == DISP_E_MEMBERNOTFOUND) {
+      // This object is not of the class the cache was filled from: ask it directly.
+      result.reset();
+      hr = read(resolve(property), result, exception);
+    }
+    if (FAILED(hr)) raise_call_failure(hr, &exception);
+    if (V_VT(&result) == VT_DISPATCH || V_VT(&result) == VT_UNKNOWN) {
+      if (!member.objects) member.objects = std::make_shared<MemberCache>();
+      return from_variant(result, member.objects);
+    }
+    return from_variant(result, cache_);
+  }
+
   DISPID resolve(std::string_view property) const {
     std::wstring name = to_wide(property);
     LPOLESTR names[] = {name.data()};
@@ -134,6 +143,28 @@ MemberCache::Member* MemberCache::find(std::string_view name) {
 MemberCache::Member& MemberCache::add(std::string_view name, DISPID id) {
   members_.push_back({std::string(name), id, nullptr});
   return members_.back();
+}
+
+MemberCache::Member* MemberCache::find(const PropertyName& name) {
+  const std::uint32_t ordinal = name.ordinal();
+  if (ordinal < by_ordinal_.size() && by_ordinal_[ordinal] != 0)
+    return &members_[by_ordinal_[ordinal] - 1];
+  Member* member = find(name.text());
+  if (member != nullptr) remember(ordinal, *member);
+  return member;
+}
+
+MemberCache::Member& MemberCache::add(const PropertyName& name, DISPID id) {
+  Member& member = add(name.text(), id);
+  remember(name.ordinal(), member);
+  return member;
+}
+
+void MemberCache::remember(std::uint32_t ordinal, const Member& member) {
+  // Declared names are a few dozen constants; past that the name is looked up by text.
+  if (ordinal >= kMostOrdinals) return;
+  if (ordinal >= by_ordinal_.size()) by_ordinal_.resize(ordinal + 1, 0);
+  by_ordinal_[ordinal] = static_cast<std::uint32_t>(&member - members_.data()) + 1;
 }
 
 const std::shared_ptr<MemberCache>& MemberCache::elements() {

@@ -9,6 +9,7 @@
 // does not know is resolved again for that object alone.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -32,11 +33,17 @@ class MemberCache {
   // The member named exactly `name`, or null when it has not been resolved yet.
   Member* find(std::string_view name);
   Member& add(std::string_view name, DISPID id);
+  // The same for a declared name: found by its ordinal once it has been resolved.
+  Member* find(const PropertyName& name);
+  Member& add(const PropertyName& name, DISPID id);
   // The cache shared by the elements the collection's enumerator yields.
   const std::shared_ptr<MemberCache>& elements();
 
  private:
+  void remember(std::uint32_t ordinal, const Member& member);
+  static constexpr std::uint32_t kMostOrdinals = 4096;
   std::vector<Member> members_;
+  std::vector<std::uint32_t> by_ordinal_;  // index in members_ + 1; 0: not resolved
   std::shared_ptr<MemberCache> elements_;
 };
 

@@ -112,6 +112,7 @@ class MemoryObject final : public AutomationObject {
     return *this;
   }
 
+  using AutomationObject::get;  // declared names are read by their text
   Variant get(std::string_view property) const override;
   std::unique_ptr<Enumerator> enumerate() const override;
 

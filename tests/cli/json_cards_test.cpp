@@ -15,6 +15,7 @@
 
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
+#include "zorvat/time_card.h"
 
 namespace zorvat::cli {
 namespace {
@@ -266,6 +267,60 @@ TEST(JsonCards, AbsentPropertiesRaise438) {
       EXPECT_EQ(error.number(), 438);
     }
   });
+}
+
+// Reads `name` from every card of `cards` as a number, or "#" and the error number.
+std::string read_declared(const Variant& cards, const PropertyName& name) {
+  std::string line;
+  for_each(cards, [&](const Variant& card) {
+    try {
+      line += std::to_string(to_long(get_property(card, name))) + " ";
+    } catch (const Error& error) {
+      line += "#" + std::to_string(error.number()) + " ";
+    }
+  });
+  return line;
+}
+
+TEST(JsonCards, DeclaredNamesReadWhatTheirTextReadsInEveryFileTheyMeet) {
+  // The resolution a declared name keeps belongs to one file: files that spell the
+  // field otherwise, place it elsewhere, or lack it are read as they stand, also when
+  // they take turns, and a second name of the same text reads alike.
+  static const PropertyName kRegular{"REG"};
+  static const PropertyName kRegularAgain{"REG"};
+  EXPECT_NE(kRegular.ordinal(), kRegularAgain.ordinal());
+  const Variant upper = load_cards_json(R"({"cards": [{"A": 0, "REG": 1}, {"REG": 2}]})", "upper");
+  const Variant lower =
+      load_cards_json(R"({"cards": [{"reg": 10, "B": 0}, {"Reg": 20}]})", "lower");
+  const Variant none = load_cards_json(R"({"cards": [{"OT1": 5}]})", "none");
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(read_declared(upper, kRegular), "1 2 ");
+    EXPECT_EQ(read_declared(lower, kRegular), "10 20 ");
+    EXPECT_EQ(read_declared(none, kRegular), "#438 ");
+    EXPECT_EQ(read_declared(lower, kRegularAgain), "10 20 ");
+    EXPECT_EQ(read_declared(upper, kRegularAgain), "1 2 ");
+  }
+  // The names of the collection answer too: the count of cards, the period.
+  const Variant period =
+      load_cards_json(R"({"PeriodEnd": "2004-03-06", "cards": [{}, {}, {}]})", "period");
+  EXPECT_EQ(to_long(get_property(period, time_card::kCount)), 3);
+  EXPECT_EQ(to_date(get_property(period, time_card::kPeriodEnd)).serial,
+            Date::from_civil(2004, 3, 6).serial);
+}
+
+TEST(JsonCards, ADeclaredNameAbsentFromACardStillNamesItInTheReadPlace) {
+  const Variant cards = load_cards_json(R"({"cards": [{"ExportID": "E1", "REG": 60}]})", "place");
+  try {
+    for_each(cards, [](const Variant& card) { get_property(card, time_card::kOT1); });
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number(), 438);
+    const auto place = card_being_read(cards, error.number());
+    ASSERT_TRUE(place.has_value());
+    EXPECT_EQ(place->index, 0u);
+    EXPECT_EQ(place->id, "E1");
+    EXPECT_EQ(place->property, "OT1");
+  }
 }
 
 }  // namespace

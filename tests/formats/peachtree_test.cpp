@@ -153,6 +153,38 @@ TEST_F(PeachtreeTest, TicketNumbersContinueAcrossCardsAndDays) {
   EXPECT_EQ(peachtree.SetupData(), setup_with_ticket("21"));
 }
 
+TEST_F(PeachtreeTest, TicketNumberWithAFractionIsRoundedHalfToEvenAtEachTicket) {
+  // 7.5 numbers its ticket 8, 8.5 also 8, 9.5 10, 10.5 also 10; 11.5 is left for the
+  // next export.
+  const Variant ann = employee("E100", {day(3, 1, 240, {60, 60, 60, 60, 0, 0, 0})});
+  ASSERT_TRUE(run(setup_with_ticket("7.5"), cards({ann})));
+  EXPECT_EQ(written(),
+            "0,E100,8,03/01/04,FALSE,,ADMN-01000,3,,1,FALSE,1,,,,1:00,,0,0,2,1.00,0,From "
+            "Horalis\r\n"
+            "0,E100,8,03/01/04,FALSE,,ADMN-01001,3,,2,FALSE,1,,,,1:00,,0,0,2,1.00,0,From "
+            "Horalis\r\n"
+            "0,E100,10,03/01/04,FALSE,,ADMN-01002,3,,3,FALSE,1,,,,1:00,,0,0,2,1.00,0,From "
+            "Horalis\r\n"
+            "0,E100,10,03/01/04,FALSE,,ADMN-02000,3,,4,FALSE,1,,,,1:00,,0,0,2,1.00,0,From "
+            "Horalis\r\n");
+  EXPECT_EQ(peachtree.SetupData(), setup_with_ticket("11.5"));
+}
+
+TEST_F(PeachtreeTest, EachExportTakesItsPayLevelsAndTicketNumberFromItsOwnSettings) {
+  const Variant ann = employee("E100", {day(3, 1, 90, {60, 30, 0, 0, 0, 0, 0})});
+  ASSERT_TRUE(run(kSetup, cards({ann})));
+  // A second export by the same object, with other pay levels and ticket number.
+  ASSERT_TRUE(
+      run("9,8,7,6,5,4,3,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,"
+          "ADMN-02002,ADMN-02003,0,40",
+          cards({ann})));
+  EXPECT_EQ(written(),
+            "0,E100,40,03/01/04,FALSE,,ADMN-01000,3,,9,FALSE,1,,,,1:00,,0,0,2,1.00,0,From "
+            "Horalis\r\n"
+            "0,E100,41,03/01/04,FALSE,,ADMN-01001,3,,8,FALSE,1,,,,1:30,,0,0,2,0.50,0,From "
+            "Horalis\r\n");
+}
+
 TEST_F(PeachtreeTest, EachHourTypeTakesItsOwnPayLevelAndItem) {
   ASSERT_TRUE(run(kSetup, cards({employee("E100", {day(3, 1, 1, {60, 60, 60, 60, 60, 60, 60})})})));
   EXPECT_EQ(written(),

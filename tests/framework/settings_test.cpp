@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "zorvat/error.h"
+#include "zorvat/variant.h"
 
 namespace zorvat {
 namespace {
+
+constexpr double kNoWrap = std::numeric_limits<double>::infinity();
 
 TEST(SettingsFields, AnEmptyStringHasNoFields) {
   const SettingsFields fields("");
@@ -105,6 +110,83 @@ TEST(SettingsCounters, ANonNumericCounterIsATypeMismatchAndStaysAsItWas) {
   std::string field = "A";
   try {
     advance_counter(field, 99);
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number(), rt::kTypeMismatch);
+  }
+  EXPECT_EQ(field, "A");
+}
+
+TEST(SettingsCounters, AKeptCounterReadsItsFieldOnceAndWritesEachStepAsAdvanceDoes) {
+  std::string field = "17";
+  FieldCounter counter(field, kNoWrap);
+  EXPECT_EQ(counter.value(), 17);
+  field = "garbage";  // read once: what the field holds later is not read again
+  EXPECT_EQ(counter.value(), 17);
+  counter.advance();
+  EXPECT_EQ(field, "18");
+  EXPECT_EQ(counter.value(), 18);
+  counter.advance();
+  counter.advance();
+  EXPECT_EQ(field, "20");
+  EXPECT_EQ(counter.value(), 20);
+}
+
+TEST(SettingsCounters, AKeptCounterWithAFractionTakesItsValueFromTheText) {
+  std::string field = "7.5";
+  FieldCounter counter(field, kNoWrap);
+  const double expected[] = {7.5, 8.5, 9.5, 10.5};
+  for (double value : expected) {
+    EXPECT_EQ(counter.value(), value);
+    counter.advance();
+  }
+  EXPECT_EQ(field, "11.5");
+}
+
+TEST(SettingsCounters, AKeptCounterWrapsToZeroPastItsHighest) {
+  std::string field = "98";
+  FieldCounter counter(field, 99);
+  counter.advance();
+  EXPECT_EQ(field, "99");
+  counter.advance();
+  EXPECT_EQ(field, "0");
+  EXPECT_EQ(counter.value(), 0);
+  counter.advance();
+  EXPECT_EQ(field, "1");
+}
+
+TEST(SettingsCounters, AKeptCounterPastFifteenDigitsStaysWhereItsTextLeavesIt) {
+  // 10^15 is written "1E+15"; adding 1 to what that text reads gives a number whose
+  // fifteen digits are the same, so the text stays.
+  std::string field = "999999999999999";
+  FieldCounter counter(field, kNoWrap);
+  counter.advance();
+  EXPECT_EQ(field, "1E+15");
+  EXPECT_EQ(counter.value(), 1e15);
+  counter.advance();
+  EXPECT_EQ(field, "1E+15");
+  EXPECT_EQ(counter.value(), 1e15);
+}
+
+TEST(SettingsCounters, AKeptCounterStepsAsAdvancingTheFieldAfreshEachTimeWould) {
+  for (const char* start : {"0", "-3", "05", "12.5", "0.1", "1E3", "99999999999998", "2147483646",
+                            "-0.25", "1e15", "123456789012345.5"}) {
+    std::string kept = start, fresh = start;
+    FieldCounter counter(kept, kNoWrap);
+    for (int step = 0; step < 5; ++step) {
+      counter.advance();
+      advance_counter(fresh, kNoWrap);
+      EXPECT_EQ(kept, fresh) << "from " << start << ", step " << step;
+      EXPECT_EQ(counter.value(), to_double(Variant(fresh))) << "from " << start;
+    }
+  }
+}
+
+TEST(SettingsCounters, AKeptCounterOverNonNumericTextIsATypeMismatchAndLeavesIt) {
+  std::string field = "A";
+  FieldCounter counter(field, 99);
+  try {
+    counter.advance();
     FAIL();
   } catch (const Error& error) {
     EXPECT_EQ(error.number(), rt::kTypeMismatch);

@@ -7,12 +7,38 @@
 // 438, never a default.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 
 #include "zorvat/variant.h"
 
 namespace zorvat {
+
+// A property name the classes read from card after card, declared once as a constant
+// (see zorvat/time_card.h). A host that resolves names, to a field of its key table or
+// to a DISPID, keeps the answer under the name's ordinal: every read after the first
+// skips the lookup, as a compiled automation client binds its DISPIDs once.
+class PropertyName {
+ public:
+  constexpr explicit PropertyName(std::string_view text) : text_(text) {}
+  PropertyName(const PropertyName&) = delete;
+  PropertyName& operator=(const PropertyName&) = delete;
+
+  std::string_view text() const { return text_; }
+  // A small number, distinct for every PropertyName object of the process, taken at
+  // the first call; hosts index their resolutions by it.
+  std::uint32_t ordinal() const {
+    const std::uint32_t taken = ordinal_.load(std::memory_order_relaxed);
+    return taken != 0 ? taken - 1 : take_ordinal();
+  }
+
+ private:
+  std::uint32_t take_ordinal() const;
+  std::string_view text_;
+  mutable std::atomic<std::uint32_t> ordinal_{0};  // the ordinal + 1; 0 until taken
+};
 
 class Enumerator {
  public:
@@ -26,6 +52,9 @@ class AutomationObject {
   virtual ~AutomationObject() = default;
   // Reads a property by name. Raises 438 when the object has no such property.
   virtual Variant get(std::string_view property) const = 0;
+  // The same read by a declared name; hosts that resolve names override it to keep
+  // the resolution.
+  virtual Variant get(const PropertyName& property) const { return get(property.text()); }
   // Starts a for-each over the object. Raises 438 when it is not a collection.
   virtual std::unique_ptr<Enumerator> enumerate() const;
 };
@@ -33,6 +62,7 @@ class AutomationObject {
 // Reads a property of a Variant that must hold an object (13 Type mismatch
 // otherwise, as a late-bound call on a non-object fails).
 Variant get_property(const Variant& object, std::string_view property);
+Variant get_property(const Variant& object, const PropertyName& property);
 
 // Calls `visit(element)` for each element of the collection held by `collection`,
 // in the collection's own order.

@@ -60,4 +60,22 @@ std::string pay_item_code_length_message(std::size_t length);
 // A field that is not numeric raises 13 Type mismatch and is left as it was.
 void advance_counter(std::string& field, double highest);
 
+// A counter in a settings field that one run advances many times (a ticket number per
+// record): the field's number is read at the first use and then kept beside the text,
+// which each step rewrites exactly as advance_counter does.
+class FieldCounter {
+ public:
+  FieldCounter(std::string& field, double highest) : field_(&field), highest_(highest) {}
+  // The field's number (13 Type mismatch for text that is not a number).
+  double value();
+  // advance_counter(field, highest), without reading the text back.
+  void advance();
+
+ private:
+  std::string* field_;
+  double highest_;
+  double value_ = 0;
+  bool read_ = false;
+};
+
 }  // namespace zorvat

@@ -12,6 +12,9 @@
 
 namespace simdjson {
 
+// What the parser may read past the end of its text (nothing, here).
+constexpr std::size_t SIMDJSON_PADDING = 64;
+
 enum error_code { SUCCESS = 0, TAPE_ERROR = 3, INCORRECT_TYPE = 16 };
 
 template <class T>
