@@ -478,23 +478,6 @@ std::string_view without_byte_order_mark(std::string_view json) {
   return json.substr(0, kMark.size()) == kMark ? json.substr(kMark.size()) : json;
 }
 
-// The cells and the text of a large file fill hundreds of megabytes front to back;
-// where the system offers huge pages on request, they are asked for, which spares the
-// hundred thousand faults of taking the same memory 4 KB at a time.
-void prefer_huge_pages(const void* data, std::size_t bytes) {
-#if ZORVAT_HAVE_MMAP && defined(MADV_HUGEPAGE)
-  constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
-  const auto start = reinterpret_cast<std::uintptr_t>(data);
-  const std::uintptr_t first = (start + kHugePage - 1) & ~(kHugePage - 1);
-  const std::uintptr_t last = (start + bytes) & ~(kHugePage - 1);
-  // Advice only: a system without huge pages answers with an error, and nothing changes.
-  if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-#else
-  static_cast<void>(data);
-  static_cast<void>(bytes);
-#endif
-}
-
 class Loader {
  public:
   // `mapped`: `json` is a private read-only mapping of the file, whose pages the
@@ -509,8 +492,6 @@ class Loader {
     // arrays never move while they grow.
     store_->cells.reserve(json.size() / 4 + 16);
     store_->text.reserve(json.size() / 2 + 16);
-    prefer_huge_pages(store_->cells.data(), store_->cells.capacity() * sizeof(Cell));
-    prefer_huge_pages(store_->text.data(), store_->text.capacity());
   }
 
   Variant load() {
