@@ -337,7 +337,7 @@ class CellObject final : public AutomationObject {
     if (cell_.kind != Kind::Object) return nullptr;
     std::uint32_t exact = 0, fold_id = 0;
     const bool known = store_->lookup(property, exact, fold_id);
-    return find_resolved(exact, fold_id, known, property);
+    return find_resolved(exact, fold_id, known, text_of(property));
   }
 
  private:
@@ -350,15 +350,14 @@ class CellObject final : public AutomationObject {
   static std::string_view text_of(std::string_view property) { return property; }
   static std::string_view text_of(const PropertyName& property) { return property.text(); }
 
-  template <class Name>
   const Cell* find_resolved(std::uint32_t exact, std::uint32_t fold_id, bool known,
-                            const Name& property) const {
+                            std::string_view property) const {
     ReadTrail& trail = store_->trail;
     if (trail.card != ReadTrail::kNone)
       trail.reads.push_back({cell_.span, known ? fold_id : ReadTrail::kNone,
                              cell_.span.first == trail.card_object ? ReadTrail::kNone : trail.day});
     if (!known) {
-      trail.unknown = text_of(property);
+      trail.unknown = property;
       return nullptr;
     }
     const Cell* begin = store_->cells.data() + cell_.span.first;
