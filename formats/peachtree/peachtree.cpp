@@ -65,14 +65,14 @@ bool Peachtree::Execute(const Variant& pcTimeCards) {
     ValidateSetupData(SetupData());
 
     SettingsFields fields(setup_data());
-    // What the tickets keep from card to card starts afresh with each export.
-    ticket_counter_.reset();
+    // The pay levels are read afresh by each export, at their first tickets.
     pay_levels_ = {};
-    ticket_date_.reset();
+    // The batch sequence is read at the first ticket and counted from there.
+    FieldCounter batch_sequence(fields.at(kBatchSequence), kNoHighestTicketNumber);
     std::string output;
     if (field_equals_number(fields.at(kOutputFieldTitles), 1)) OutputHeader(output);
-    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(fields, card, output); });
-    ticket_counter_.reset();  // it counts in `fields`, which ends here
+    for_each(pcTimeCards,
+             [&](const Variant& card) { EmployeeRecord(fields, batch_sequence, card, output); });
 
     if (!save_text({std::string(kFileFilter), {}}, output)) return false;
 
@@ -120,7 +120,8 @@ void Peachtree::OutputHeader(std::string& output) {
   });
 }
 
-void Peachtree::EmployeeRecord(SettingsFields& fields, const Variant& card, std::string& output) {
+void Peachtree::EmployeeRecord(const SettingsFields& fields, FieldCounter& batch_sequence,
+                               const Variant& card, std::string& output) {
   guarded(kEmployeeRecordSource, [&] {
     // The card's ID and a day's date are read at the day's first ticket, as a card or
     // day without tickets never reads them, and kept for the tickets after it.
@@ -136,7 +137,6 @@ void Peachtree::EmployeeRecord(SettingsFields& fields, const Variant& card, std:
         if (!recorded_by_of_card)
           recorded_by_of_card = to_text(get_property(card, time_card::kExportID));
         const std::string& recorded_by = *recorded_by_of_card;
-        FieldCounter& batch_sequence = ticket_counter(fields);
         const std::int32_t ticket_number = double_to_long(batch_sequence.value());
         if (!date_of_day) date_of_day = to_date(get_property(day, time_card::kDayDate));
         const Date ticket_date = *date_of_day;
@@ -147,11 +147,6 @@ void Peachtree::EmployeeRecord(SettingsFields& fields, const Variant& card, std:
       }
     });
   });
-}
-
-FieldCounter& Peachtree::ticket_counter(SettingsFields& fields) {
-  if (!ticket_counter_) ticket_counter_.emplace(fields.at(kBatchSequence), kNoHighestTicketNumber);
-  return *ticket_counter_;
 }
 
 std::int32_t Peachtree::pay_level(const SettingsFields& fields, std::size_t type) {

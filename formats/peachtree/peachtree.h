@@ -63,8 +63,9 @@ class Peachtree final : public ExportClass {
 
  private:
   void OutputHeader(std::string& output);
-  // Advances the batch sequence in `fields` by one for every ticket written.
-  void EmployeeRecord(SettingsFields& fields, const Variant& card, std::string& output);
+  // Advances the batch sequence (counting in `fields`) by one for every ticket written.
+  void EmployeeRecord(const SettingsFields& fields, FieldCounter& batch_sequence,
+                      const Variant& card, std::string& output);
   void DataRecord(std::string& output, const std::string& recordedBy, std::int32_t ticketNumber,
                   Date ticketDate, const std::string& activityItem, std::int32_t payLevel,
                   std::int32_t minutes, std::string_view description);
@@ -72,13 +73,11 @@ class Peachtree final : public ExportClass {
   // Kept with the class; the tickets carry hours and minutes, not hundredths.
   std::int32_t Min2HrsinHun(std::int32_t minutes);
 
-  // What the tickets of one export keep from card to card: the batch sequence counted
-  // in memory, each hour type's pay level read at its first ticket, and the ticket date
-  // of the day being written, formatted once for all of the day's tickets.
-  FieldCounter& ticket_counter(SettingsFields& fields);
+  // What the tickets keep from card to card: each hour type's pay level, read at its
+  // first ticket of the export, and the ticket date of the day being written, formatted
+  // once for all of the day's tickets.
   std::int32_t pay_level(const SettingsFields& fields, std::size_t type);
   const std::string& ticket_date_text(Date date);
-  std::optional<FieldCounter> ticket_counter_;
   std::array<std::optional<std::int32_t>, time_card::kHourCategoryCount> pay_levels_{};
   std::optional<Date> ticket_date_;
   std::string ticket_date_text_;

@@ -419,15 +419,6 @@ Section parse_text_section(std::string_view pattern) {
   return section;
 }
 
-// Writes `value` zero-padded to at least `width` digits.
-void append_number(std::string& out, int width, int value) {
-  char buffer[16];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-  const auto length = static_cast<std::size_t>(result.ptr - buffer);
-  if (static_cast<int>(length) < width) out.append(static_cast<std::size_t>(width) - length, '0');
-  out.append(buffer, length);
-}
-
 // Writes the decimal digits of `value` leftwards so that they end just before `end`,
 // two at a time; returns where they begin. Zero writes no digit at all.
 char* digits_leftwards(char* end, std::uint64_t value) {
@@ -451,6 +442,22 @@ char* digits_leftwards(char* end, std::uint64_t value) {
     *--end = static_cast<char>('0' + value);
   }
   return end;
+}
+
+// Writes `value` zero-padded to at least `width` digits.
+void append_number(std::string& out, int width, int value) {
+  if (value < 0) {
+    out.push_back('-');
+    value = -value;
+  }
+  char buffer[16];
+  char* const end = buffer + sizeof buffer;
+  const char* const first = digits_leftwards(end, static_cast<std::uint64_t>(value));
+  const auto digits = static_cast<int>(end - first);
+  // Zero takes one digit at least.
+  const int padding = std::max(width, 1) - digits;
+  if (padding > 0) out.append(static_cast<std::size_t>(padding), '0');
+  out.append(first, static_cast<std::size_t>(digits));
 }
 
 // --- Numbers -----------------------------------------------------------------------
