@@ -74,13 +74,17 @@ class Peachtree final : public ExportClass {
   std::int32_t Min2HrsinHun(std::int32_t minutes);
 
   // What the tickets keep from card to card: each hour type's pay level, read at its
-  // first ticket of the export, and the ticket date of the day being written, formatted
-  // once for all of the day's tickets.
+  // first ticket of the export, and the ticket dates of the days met last, each
+  // formatted once.
   std::int32_t pay_level(const SettingsFields& fields, std::size_t type);
   const std::string& ticket_date_text(Date date);
   std::array<std::optional<std::int32_t>, time_card::kHourCategoryCount> pay_levels_{};
-  std::optional<Date> ticket_date_;
-  std::string ticket_date_text_;
+  struct TicketDate {
+    Date date;
+    std::optional<std::string> text;  // none: the slot is free
+  };
+  std::array<TicketDate, 16> ticket_dates_{};
+  std::size_t next_ticket_date_ = 0;
 };
 
 }  // namespace zorvat::formats

@@ -238,6 +238,42 @@ TEST_F(PeachtreeTest, TicketDateIsTwoDigitMonthDayAndYear) {
             "Horalis\r\n");
 }
 
+TEST_F(PeachtreeTest, EveryDayOfALongPeriodCarriesItsOwnDateWhateverTheOrderOfTheDays) {
+  // Thirty-one days of March, then the first three again, then February's last days:
+  // more dates than a pay period has, met again after others.
+  std::vector<Variant> days;
+  std::vector<std::string> expected_dates;
+  auto add = [&](int month, int day_of_month, const char* text) {
+    days.push_back(day(month, day_of_month, 60, {60, 0, 0, 0, 0, 0, 0}));
+    expected_dates.push_back(text);
+  };
+  const char* march[] = {"03/01/04", "03/02/04", "03/03/04", "03/04/04", "03/05/04", "03/06/04",
+                         "03/07/04", "03/08/04", "03/09/04", "03/10/04", "03/11/04", "03/12/04",
+                         "03/13/04", "03/14/04", "03/15/04", "03/16/04", "03/17/04", "03/18/04",
+                         "03/19/04", "03/20/04", "03/21/04", "03/22/04", "03/23/04", "03/24/04",
+                         "03/25/04", "03/26/04", "03/27/04", "03/28/04", "03/29/04", "03/30/04",
+                         "03/31/04"};
+  for (int d = 1; d <= 31; ++d) add(3, d, march[d - 1]);
+  add(3, 1, "03/01/04");
+  add(3, 2, "03/02/04");
+  add(3, 3, "03/03/04");
+  add(2, 28, "02/28/04");
+  add(2, 29, "02/29/04");
+  ASSERT_TRUE(run(kSetup, cards({employee("E1", std::move(days))})));
+  const std::string file = written();
+  std::size_t line_start = 0;
+  for (std::size_t i = 0; i < expected_dates.size(); ++i) {
+    SCOPED_TRACE(i);
+    const std::size_t line_end = file.find("\r\n", line_start);
+    ASSERT_NE(line_end, std::string::npos);
+    EXPECT_EQ(file.substr(line_start, line_end - line_start),
+              "0,E1," + std::to_string(17 + i) + "," + expected_dates[i] +
+                  ",FALSE,,ADMN-01000,3,,1,FALSE,1,,,,1:00,,0,0,2,1.00,0,From Horalis");
+    line_start = line_end + 2;
+  }
+  EXPECT_EQ(line_start, file.size());
+}
+
 TEST_F(PeachtreeTest, ValuesArriveAsTheHostHandsThem) {
   // Minutes as a double and as numeric text, the employee identifier as a number.
   auto numeric_id = card("x", std::int32_t{1});
