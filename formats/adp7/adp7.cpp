@@ -128,9 +128,9 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
   const std::string& pay_number = settings.at(kPayNumber);
   const std::string& ot2_pay_code = settings.at(kOT2PayCode);
   for_each(cards, [&](const Variant& card) {
-    const double regular = to_double(get_property(card, time_card::kREG));
-    const double overtime1 = to_double(get_property(card, time_card::kOT1));
-    const double overtime2 = to_double(get_property(card, time_card::kOT2));
+    const double regular = get_number(card, time_card::kREG);
+    const double overtime1 = get_number(card, time_card::kOT1);
+    const double overtime2 = get_number(card, time_card::kOT2);
     if (regular + overtime1 + overtime2 == 0) return;
 
     // Employee line: tagged fields, not padded.
@@ -210,9 +210,9 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
   const std::string& pay_number = settings.at(kPayNumber);
   std::string line;
   for_each(cards, [&](const Variant& card) {
-    const double regular = to_double(get_property(card, time_card::kREG));
-    const double overtime1 = to_double(get_property(card, time_card::kOT1));
-    const double overtime2 = to_double(get_property(card, time_card::kOT2));
+    const double regular = get_number(card, time_card::kREG);
+    const double overtime1 = get_number(card, time_card::kOT1);
+    const double overtime2 = get_number(card, time_card::kOT2);
     if (regular + overtime1 + overtime2 == 0) return;
 
     line.clear();
@@ -233,7 +233,7 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
       const std::string& pay_code = settings.at(extra.pay_code);
       if (pay_code.empty()) continue;
       const double minutes =
-          extra.pay_code == kOT2PayCode ? overtime2 : to_double(get_property(card, extra.property));
+          extra.pay_code == kOT2PayCode ? overtime2 : get_number(card, extra.property);
       if (minutes == 0) continue;
       line += ',';
       line += pay_code;  // <name> Code

@@ -199,7 +199,7 @@ void Generic::EmployeeRecord(const Variant& card, std::string& text) {
     pattern_field(employee_number_pattern(), get_property(card, time_card::kNumber));
     pattern_field(shift_pattern(), get_property(card, time_card::kShift));
     for (const PropertyName& category : time_card::kHourCategories) {
-      const double hours = Min2Hrs(to_double(get_property(card, category)));
+      const double hours = Min2Hrs(get_number(card, category));
       open_field();
       hours_pattern().append_to(text, hours);
       close_field();

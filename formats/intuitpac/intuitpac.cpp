@@ -181,7 +181,7 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     if (jr_) {
       // One record of 70 columns: plain hundredths, no shift, no signs.
       auto amount = [&](const FormatPattern& pattern, const PropertyName& category) {
-        pattern.append_to(record, hundredths(to_double(get_property(card, category))));
+        pattern.append_to(record, hundredths(get_number(card, category)));
       };
       record.clear();
       record += company;                                  // 1-4    company part
@@ -208,10 +208,10 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     // miscellaneous categories, each negated when it is exported as a deduction.
     const std::string shift = to_concat_text(get_property(card, time_card::kShift));
     auto amount = [&](const PropertyName& category) {
-      record += OverPunch(kAmountWidth, to_long(get_property(card, category)));
+      record += OverPunch(kAmountWidth, double_to_long(get_number(card, category)));
     };
     auto signed_amount = [&](const PropertyName& category, Position deduct) {
-      const double minutes = to_double(get_property(card, category));
+      const double minutes = get_number(card, category);
       record += OverPunch(kAmountWidth, double_to_long(deduction(deduct) ? -minutes : minutes));
     };
 

@@ -171,7 +171,7 @@ void PCPayLink::EmployeeRecord(const Variant& card, std::string& text) {
     double minutes[kCategoryCount];
     double total = 0;
     for (std::size_t i = 0; i < kCategoryCount; ++i) {
-      minutes[i] = to_double(get_property(card, kCategories[i].property));
+      minutes[i] = get_number(card, kCategories[i].property);
       total += minutes[i];
     }
     // No time in sum, no records: also when some categories cancel out.

@@ -130,12 +130,12 @@ void Peachtree::EmployeeRecord(const SettingsFields& fields, FieldCounter& batch
     std::optional<std::string> recorded_by_of_card;
     for_each(get_property(card, time_card::kDays), [&](const Variant& day) {
       // A day without worked time yields no ticket, whatever its categories hold.
-      if (to_double(get_property(day, time_card::kHours)) == 0) return;
+      if (get_number(day, time_card::kHours) == 0) return;
       std::optional<Date> date_of_day;
       for (std::size_t type = 0; type < kHourTypes; ++type) {
-        const Variant minutes = get_property(day, time_card::kHourCategories[type]);
+        const double minutes = get_number(day, time_card::kHourCategories[type]);
         // Negative minutes are time too: only zero writes nothing.
-        if (to_double(minutes) == 0) continue;
+        if (minutes == 0) continue;
         if (!recorded_by_of_card)
           recorded_by_of_card = to_text(get_property(card, time_card::kExportID));
         const std::string& recorded_by = *recorded_by_of_card;
@@ -144,7 +144,7 @@ void Peachtree::EmployeeRecord(const SettingsFields& fields, FieldCounter& batch
         const Date ticket_date = *date_of_day;
         const std::string& activity_item = fields.at(kPayItemCodeReg + type);
         DataRecord(output, recorded_by, ticket_number, ticket_date, activity_item,
-                   pay_level(fields, type), to_long(minutes), kDescription);
+                   pay_level(fields, type), double_to_long(minutes), kDescription);
         batch_sequence.advance();
       }
     });

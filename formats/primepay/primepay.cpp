@@ -147,7 +147,7 @@ void PrimePay::EmployeeRecord(const Variant& card, std::string& output) {
     double minutes[kHourTypes];
     double total = 0;
     for (std::size_t type = 0; type < kHourTypes; ++type) {
-      minutes[type] = to_double(get_property(card, time_card::kHourCategories[type]));
+      minutes[type] = get_number(card, time_card::kHourCategories[type]);
       total += minutes[type];
     }
     // A card whose time adds up to nothing yields no line, even when some types hold

@@ -128,7 +128,7 @@ bool QB2000::Execute(const Variant& pcTimeCards) {
 bool QB2000::ExportToQuickBooks(const Variant& pcTimeCards) {
   ValidateSetupData(SetupData());
 
-  const double cards = to_double(get_property(pcTimeCards, time_card::kCount));
+  const double cards = get_number(pcTimeCards, time_card::kCount);
   OpenProgressWindow(double_to_long(cards + kStepsBesideCards));
   progress_->UpdateMessage(std::string(kConnecting));
 

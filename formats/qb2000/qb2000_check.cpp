@@ -43,14 +43,14 @@ std::vector<CardFieldProblem> field_limit_problems(const Variant& cards, std::st
         trim_spaces(last + ", " + (first.empty() ? "" : first + " ") + middle);
     for_each(get_property(card, time_card::kDays), [&](const Variant& day) {
       for (std::size_t type = 0; type < std::size(time_card::kHourCategories); ++type) {
-        if (to_double(get_property(day, time_card::kHourCategories[type])) <= 0) continue;
+        if (get_number(day, time_card::kHourCategories[type]) <= 0) continue;
         const std::string& code = item(QB2000::kRegularItem + type);
         for (const std::string& name : {first_first, last_first})
           requests.emplace_back(entry(name, code, "HLS - " + code));
       }
     });
     for (std::size_t type = 0; type < time_card::kEditCategoryCount; ++type)
-      if (to_double(get_property(card, time_card::kEditCategories[type])) > 0)
+      if (get_number(card, time_card::kEditCategories[type]) > 0)
         requests.emplace_back(entry(first + "," + middle + "," + last,
                                     item(QB2000::kRegularItem + type), "HLS - Edit Totals"));
 

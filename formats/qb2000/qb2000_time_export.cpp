@@ -72,7 +72,7 @@ void QB2000::ExportTimeCard(const Variant& time_card, quickbooks::SessionManager
     for_each(get_property(time_card, time_card::kDays), [&](const Variant& day) {
       double total = 0;
       for (const PropertyName& property : time_card::kHourCategories)
-        total += to_double(get_property(day, property));
+        total += get_number(day, property);
       if (total > 0) ExportTCData(employee_key, day, session, version);
     });
 

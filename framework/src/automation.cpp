@@ -25,6 +25,10 @@ Variant get_property(const Variant& object, const PropertyName& property) {
   return object_of(object).get(property);
 }
 
+double get_number(const Variant& object, const PropertyName& property) {
+  return object_of(object).get_number(property);
+}
+
 std::uint32_t PropertyName::take_ordinal() const {
   static std::atomic<std::uint32_t> next{1};
   const std::uint32_t mine = next.fetch_add(1, std::memory_order_relaxed);

@@ -316,6 +316,13 @@ class CellObject final : public AutomationObject {
     if (field != nullptr) return to_variant(store_, *field);
     return get_missing(property.text());
   }
+  double get_number(const PropertyName& property) const override {
+    const Cell* field = find(property);
+    if (field == nullptr) return to_double(get_missing(property.text()));
+    if (field->kind == Kind::Long) return field->long_value;
+    if (field->kind == Kind::Double) return field->number;
+    return to_double(to_variant(store_, *field));
+  }
 
   std::unique_ptr<Enumerator> enumerate() const override {
     if (cell_.kind != Kind::Array) raise_not_supported();

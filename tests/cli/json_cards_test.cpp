@@ -323,5 +323,60 @@ TEST(JsonCards, ADeclaredNameAbsentFromACardStillNamesItInTheReadPlace) {
   }
 }
 
+TEST(JsonCards, NumbersReadAsNumbersConvertEveryKindOfValueAsTheVariantDoes) {
+  // Each value read as a number, written out by hand, and the error numbers of those
+  // that are no number; the Variant read and then converted must agree with each.
+  static const PropertyName kLong{"Long"}, kFraction{"Fraction"}, kBig{"Big"}, kText{"Text"},
+      kWord{"Word"}, kNothing{"Nothing"}, kYes{"Yes"}, kNo{"No"}, kStart{"PeriodStart"},
+      kList{"List"}, kAbsent{"Absent"};
+  const Variant cards = load_cards_json(
+      R"({"cards": [{"ExportID": "E7", "Long": -60, "Fraction": 1.5, "Big": 3000000000,
+          "Text": "45", "Word": "x", "Nothing": null, "Yes": true, "No": false,
+          "PeriodStart": "2004-02-29", "List": [1]}]})",
+      "kinds");
+  struct Expected {
+    const PropertyName& name;
+    double value;  // when `error` is 0
+    long error;
+  };
+  const Expected expected[] = {
+      {kLong, -60, 0}, {kFraction, 1.5, 0}, {kBig, 3000000000.0, 0},
+      {kText, 45, 0},  {kWord, 0, 13},      {kNothing, 0, 94},
+      {kYes, -1, 0},   {kNo, 0, 0},         {kStart, Date::from_civil(2004, 2, 29).serial, 0},
+      {kList, 0, 13},  {kAbsent, 0, 438}};
+  for_each(cards, [&](const Variant& card) {
+    for (const Expected& each : expected) {
+      SCOPED_TRACE(std::string(each.name.text()));
+      auto read = [&](auto how) -> std::pair<double, long> {
+        try {
+          return {how(), 0};
+        } catch (const Error& error) {
+          return {0, error.number()};
+        }
+      };
+      const auto as_number = read([&] { return get_number(card, each.name); });
+      const auto through_variant = read([&] { return to_double(get_property(card, each.name)); });
+      EXPECT_EQ(as_number, std::make_pair(each.value, each.error));
+      EXPECT_EQ(through_variant, as_number);
+    }
+  });
+  // Minutes that cannot be read as a number name their property in the read place.
+  const Variant eight =
+      load_cards_json(R"({"cards": [{"ExportID": "E8", "OT1": 60, "REG": "eight"}]})", "eight");
+  try {
+    for_each(eight, [&](const Variant& card) {
+      EXPECT_EQ(get_number(card, time_card::kOT1), 60);
+      get_number(card, time_card::kREG);
+    });
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number(), 13);
+    const auto place = card_being_read(eight, error.number());
+    ASSERT_TRUE(place.has_value());
+    EXPECT_EQ(place->id, "E8");
+    EXPECT_EQ(place->property, "REG");
+  }
+}
+
 }  // namespace
 }  // namespace zorvat::cli

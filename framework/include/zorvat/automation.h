@@ -55,6 +55,10 @@ class AutomationObject {
   // The same read by a declared name; hosts that resolve names override it to keep
   // the resolution.
   virtual Variant get(const PropertyName& property) const { return get(property.text()); }
+  // The same read converted to a number as to_double converts it (the minutes of a
+  // card). Hosts that hold numbers as numbers override it to hand them over without
+  // a Variant; any other value still goes through to_double, with its errors.
+  virtual double get_number(const PropertyName& property) const { return to_double(get(property)); }
   // Starts a for-each over the object. Raises 438 when it is not a collection.
   virtual std::unique_ptr<Enumerator> enumerate() const;
 };
@@ -63,6 +67,8 @@ class AutomationObject {
 // otherwise, as a late-bound call on a non-object fails).
 Variant get_property(const Variant& object, std::string_view property);
 Variant get_property(const Variant& object, const PropertyName& property);
+// to_double(get_property(object, property)), through the host's own conversion.
+double get_number(const Variant& object, const PropertyName& property);
 
 // Calls `visit(element)` for each element of the collection held by `collection`,
 // in the collection's own order.
