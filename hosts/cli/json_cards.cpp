@@ -113,7 +113,7 @@ class Store {
     // Every card repeats the same few names: a small table by a cheap hash answers
     // before the general map is asked.
     auto& slot = key_cache_[quick_hash(name) % key_cache_.size()];
-    if (slot.id != kNone && slot.text == name) return slot.id;
+    if (slot.id != kNone && same_short_text(slot.text, name)) return slot.id;
     std::uint32_t id = kNone;
     if (auto found = ids_.find(name); found != ids_.end()) {
       id = found->second;
@@ -203,10 +203,25 @@ class Store {
     }
     return known;
   }
-  // Property names are a few characters long: compared in line, without a call.
+  // Property names are a few characters long: compared in line, without a call. From
+  // four bytes on, two words are compared, one from each end of the names (they overlap
+  // when the name is shorter than two words), so that no byte past either name is read.
   static bool same_short_text(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i)
+    const std::size_t size = a.size();
+    if (size != b.size()) return false;
+    auto same_ends = [&](auto word) {
+      constexpr std::size_t kWord = sizeof word;
+      decltype(word) a_head, b_head, a_tail, b_tail;
+      std::memcpy(&a_head, a.data(), kWord);
+      std::memcpy(&b_head, b.data(), kWord);
+      std::memcpy(&a_tail, a.data() + size - kWord, kWord);
+      std::memcpy(&b_tail, b.data() + size - kWord, kWord);
+      return ((a_head ^ b_head) | (a_tail ^ b_tail)) == 0;
+    };
+    if (size >= 8 && size <= 16) return same_ends(std::uint64_t{});
+    if (size >= 4 && size < 8) return same_ends(std::uint32_t{});
+    if (size > 16) return std::memcmp(a.data(), b.data(), size) == 0;
+    for (std::size_t i = 0; i < size; ++i)
       if (a[i] != b[i]) return false;
     return true;
   }
@@ -777,7 +792,8 @@ class Loader {
           std::vector<std::uint32_t>& expected = keys_by_depth_[depth];
           const std::size_t place = at - first;
           std::uint32_t field_key = Store::kNone;
-          if (place < expected.size() && store_->name_of(expected[place]) == field.key) {
+          if (place < expected.size() &&
+              Store::same_short_text(store_->name_of(expected[place]), field.key)) {
             field_key = expected[place];
           } else {
             field_key = store_->key_id(field.key);

@@ -323,6 +323,35 @@ TEST(JsonCards, ADeclaredNameAbsentFromACardStillNamesItInTheReadPlace) {
   }
 }
 
+TEST(JsonCards, NamesThatDifferInOneByteAreToldApartWhateverTheirLength) {
+  // Card after card the same place holds a name differing from the one before in a
+  // single byte, at every position of names of 1 to 20 bytes: each card is read by
+  // its own name, and the other name is absent from it.
+  for (std::size_t length = 1; length <= 20; ++length) {
+    for (std::size_t position = 0; position < length; ++position) {
+      std::string first(length, 'k');
+      for (std::size_t i = 0; i < length; ++i) first[i] = static_cast<char>('a' + i % 26);
+      std::string second = first;
+      second[position] = 'Z';
+      const std::string text =
+          "{\"cards\": [{\"" + first + "\": 1}, {\"" + second + "\": 2}, {\"" + first + "\": 3}]}";
+      SCOPED_TRACE(text);
+      const Variant cards = load_cards_json(text, "names");
+      std::string read;
+      for_each(cards, [&](const Variant& card) {
+        for (const std::string& name : {first, second}) {
+          try {
+            read += std::to_string(to_long(get_property(card, name))) + " ";
+          } catch (const Error& error) {
+            read += "#" + std::to_string(error.number()) + " ";
+          }
+        }
+      });
+      EXPECT_EQ(read, "1 #438 #438 2 3 #438 ");
+    }
+  }
+}
+
 TEST(JsonCards, NumbersReadAsNumbersConvertEveryKindOfValueAsTheVariantDoes) {
   // Each value read as a number, written out by hand, and the error numbers of those
   // that are no number; the Variant read and then converted must agree with each.
