@@ -14,6 +14,10 @@
 //                                  `zorvat reconcile`, which must account for every
 //                                  minute of the cards.
 //
+// The command and its floor run three times each, taking turns, and the summary keeps
+// the fastest of each (as the class alone keeps its fastest pass): on a shared machine
+// a run is only ever slowed down by its neighbours, never sped up.
+//
 // Layouts: Generic, ADP7 (EPIP and CSV), IntuitPAC (full and Jr editions), PCPayLink,
 // PCPreview, Peachtree (whose cards carry five day records) and PrimePay.
 #include <benchmark/benchmark.h>
@@ -168,12 +172,15 @@ void BM_Core(benchmark::State& state, const Layout& layout) {
   SaveTo ui;
   KeepInMemory files;
   Today today;
-  const double cpu_start = thread_cpu_seconds();
+  double fastest_pass = 0;
   for (auto _ : state) {
+    const double pass_start = thread_cpu_seconds();
     auto export_class = formats::builtin_formats().create(layout.class_name, {ui, files, today});
     export_class->Title = layout.title;
     export_class->SetupData(layout.setup);
     if (!export_class->Execute(cards)) state.SkipWithError("Execute returned False");
+    const double pass = thread_cpu_seconds() - pass_start;
+    if (fastest_pass == 0 || pass < fastest_pass) fastest_pass = pass;
   }
   state.SetItemsProcessed(state.iterations() * n);
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(files.contents.size()));
@@ -184,9 +191,7 @@ void BM_Core(benchmark::State& state, const Layout& layout) {
   Figures& figures = summary()[layout.label];
   if (n >= figures.core_cards && state.iterations() > 0) {
     figures.core_cards = n;
-    figures.core_us_per_card = (thread_cpu_seconds() - cpu_start) /
-                               static_cast<double>(state.iterations()) / static_cast<double>(n) *
-                               1e6;
+    figures.core_us_per_card = fastest_pass / static_cast<double>(n) * 1e6;
   }
 }
 
@@ -255,7 +260,10 @@ void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
                                             input.string(), "--setup", layout.setup,      "--title",
                                             layout.title,   "--out",   output.string(),   "--today",
                                             "2004-03-08"};
-  double peak = 0, export_seconds = 0, floor_seconds = 0;
+  double peak = 0, fastest_export = 0, fastest_floor = 0;
+  auto keep_fastest = [](double& fastest, double seconds) {
+    if (fastest == 0 || seconds < fastest) fastest = seconds;
+  };
   for (auto _ : state) {
     const auto start = std::chrono::steady_clock::now();
     const Finished finished = run(command);
@@ -265,10 +273,10 @@ void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
       break;
     }
     state.SetIterationTime(seconds);
-    export_seconds += seconds;
+    keep_fastest(fastest_export, seconds);
     peak = std::max(peak, finished.peak_mib);
     state.PauseTiming();
-    floor_seconds += io_floor(input, fs::file_size(output), output);
+    keep_fastest(fastest_floor, io_floor(input, fs::file_size(output), output));
     state.ResumeTiming();
   }
   if (state.error_occurred()) return;
@@ -279,20 +287,20 @@ void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
   if (reconciled.exit_code != 0) state.SkipWithError("the written file does not reconcile");
   const double in_out_mib =
       static_cast<double>(fs::file_size(input) + fs::file_size(output)) / (1024.0 * 1024.0);
-  const double runs = static_cast<double>(state.iterations());
   state.counters["in+out_MiB"] = in_out_mib;
   state.counters["peak_MiB"] = peak;
   state.counters["peak_per_in+out"] = peak / in_out_mib;
-  state.counters["floor_ms"] = floor_seconds / runs * 1e3;
-  state.counters["x_floor"] = export_seconds / floor_seconds;
+  state.counters["fastest_ms"] = fastest_export * 1e3;
+  state.counters["floor_ms"] = fastest_floor * 1e3;
+  state.counters["x_floor"] = fastest_export / fastest_floor;
   state.SetItemsProcessed(state.iterations() * n);
   state.SetComplexityN(n);
   fs::remove(output);
   Figures& figures = summary()[layout.label];
   if (n >= figures.end_to_end_cards) {
     figures.end_to_end_cards = n;
-    figures.end_to_end_ms = export_seconds / runs * 1e3;
-    figures.floor_ms = floor_seconds / runs * 1e3;
+    figures.end_to_end_ms = fastest_export * 1e3;
+    figures.floor_ms = fastest_floor * 1e3;
     figures.peak_mib = peak;
     figures.in_out_mib = in_out_mib;
   }
@@ -310,6 +318,7 @@ const bool registered = [] {
         ->Range(1000, 1000000)
         ->Unit(benchmark::kMillisecond)
         ->UseManualTime()
+        ->Iterations(3)
         ->Complexity(benchmark::oN);
   for (const Layout& layout : kLayouts)
     benchmark::RegisterBenchmark((std::string("BM_Core/") + layout.label).c_str(), BM_Core, layout)
@@ -320,8 +329,9 @@ const bool registered = [] {
   return true;
 }();
 
-// One line per layout after the run: the largest end-to-end run against the I/O floor
-// of the same run, the class alone per card, and peak memory against input + output.
+// One line per layout after the run: the largest end-to-end run (its fastest of three)
+// against the I/O floor of the same run (also its fastest), the class alone per card
+// (its fastest pass), and peak memory against input + output.
 void print_summary() {
   if (summary().empty()) return;
   std::printf("\n%-13s %9s %10s %9s %7s %9s %9s %8s %8s %9s\n", "layout", "cards", "export ms",
