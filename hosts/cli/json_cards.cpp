@@ -593,7 +593,8 @@ class Loader {
   // position it returns, calling `separator(position)` for each comma between two of
   // its elements. Sixty-four bytes are classified at a time: where a block holds a
   // quote, a prefix XOR of the quote bits tells which bytes lie inside strings, and
-  // only the brackets and commas outside them are visited. A block with a backslash
+  // only the brackets outside them, and the commas between the array's own elements,
+  // are visited. A block with a backslash
   // (an escape) is walked byte by byte. Only the nesting is checked here; the pieces'
   // parser checks the rest.
   template <class Separator>
@@ -654,12 +655,22 @@ class Loader {
       const std::uint64_t quotes = block_mask<'"'>(begin + at);
       std::uint64_t inside = prefix_xor(quotes) ^ (in_string ? ~std::uint64_t{0} : 0);
       in_string = (inside >> 63) != 0;
-      std::uint64_t marks = block_mask<'{', '[', '}', ']', ','>(begin + at) & ~inside;
-      while (marks != 0) {
-        const int bit = __builtin_ctzll(marks);
-        const std::size_t position = at + static_cast<std::size_t>(bit);
+      // Only the brackets change the depth: they are visited one by one, and the
+      // commas between two of them only where the depth is the array's own (a
+      // card's own commas, twenty-odd to one separator, are passed over together).
+      std::uint64_t brackets = block_mask<'{', '[', '}', ']'>(begin + at) & ~inside;
+      std::uint64_t commas = block_mask<','>(begin + at) & ~inside;
+      while (true) {
+        const std::uint64_t bracket = brackets & (~brackets + 1);  // the lowest, or none
+        const std::uint64_t before = bracket != 0 ? bracket - 1 : ~std::uint64_t{0};
+        for (std::uint64_t separators = depth == 0 ? commas & before : 0; separators != 0;
+             separators &= separators - 1)
+          separator(at + static_cast<std::size_t>(__builtin_ctzll(separators)));
+        commas &= ~before;
+        if (bracket == 0) break;
+        const std::size_t position = at + static_cast<std::size_t>(__builtin_ctzll(bracket));
         if (structural(position, begin[position])) return position;
-        marks &= marks - 1;
+        brackets &= brackets - 1;
       }
       at += 64;
     }
