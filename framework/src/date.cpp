@@ -92,10 +92,20 @@ std::string general_date_text(Date date) {
 
 std::optional<Date> parse_iso_date(std::string_view text) {
   if (text.size() != 10 || text[4] != '-' || text[7] != '-') return std::nullopt;
+  // Exactly four, two and two decimal digits: no sign, no blank. (Every card carries
+  // dates in this form, so they are read digit by digit rather than by a general
+  // number parser.)
+  auto digits = [&](std::size_t first, std::size_t count, int& value) {
+    value = 0;
+    for (std::size_t i = first; i < first + count; ++i) {
+      const auto digit = static_cast<unsigned>(text[i]) - static_cast<unsigned>('0');
+      if (digit > 9) return false;
+      value = value * 10 + static_cast<int>(digit);
+    }
+    return true;
+  };
   int year = 0, month = 0, day = 0;
-  if (!parse_int(text.substr(0, 4), year) || !parse_int(text.substr(5, 2), month) ||
-      !parse_int(text.substr(8, 2), day))
-    return std::nullopt;
+  if (!digits(0, 4, year) || !digits(5, 2, month) || !digits(8, 2, day)) return std::nullopt;
   if (!is_valid_civil(year, month, day)) return std::nullopt;
   return Date::from_civil(year, month, day);
 }

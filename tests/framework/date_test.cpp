@@ -29,6 +29,13 @@ TEST(Date, IsoParsingIsStrict) {
   EXPECT_FALSE(parse_iso_date("2004-13-01"));
   EXPECT_FALSE(parse_iso_date("20040306"));
   EXPECT_FALSE(parse_iso_date("0099-01-01"));
+  // Every place of the year, month and day takes a decimal digit and nothing else.
+  EXPECT_EQ(parse_iso_date("0100-01-01"), Date::from_civil(100, 1, 1));
+  EXPECT_EQ(parse_iso_date("9999-12-31"), Date::from_civil(9999, 12, 31));
+  for (const char* text :
+       {"-004-03-06", "+004-03-06", " 004-03-06", "200a-03-06", "2004--3-06", "2004-+3-06",
+        "2004- 3-06", "2004-0:-06", "2004-03-+6", "2004-03- 6", "2004-03-0/", "2004-03-1x"})
+    EXPECT_FALSE(parse_iso_date(text)) << text;
 }
 
 TEST(Date, TypedDatesAcceptTwoDigitYears) {
