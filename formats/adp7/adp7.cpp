@@ -136,7 +136,7 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
     // Employee line: tagged fields, not padded.
     line.clear();
     line += "B003";                                                       // tag 003:
-    line += to_concat_text(get_property(card, time_card::kExportID));     //   export id
+    append_text(line, card, time_card::kExportID);                        //   export id
     line += "004";                                                        // tag 004:
     line += pay_number;                                                   //   pay number
     line += "010";                                                        // tag 010:
@@ -220,11 +220,11 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
     line += ',';
     line += batch;  // Batch ID
     line += ',';
-    line += to_concat_text(get_property(card, time_card::kExportID));  // File #
+    append_text(line, card, time_card::kExportID);  // File #
     line += ',';
     line += pay_number;  // Pay #
     line += ',';
-    line += to_concat_text(get_property(card, time_card::kShift));  // Shift
+    append_text(line, card, time_card::kShift);  // Shift
     line += ',';
     csv_hours().append_to(line, regular / 60);  // Reg Hours
     line += ',';

@@ -184,9 +184,9 @@ void Generic::EmployeeRecord(const Variant& card, std::string& text) {
     auto close_field = [&] {
       if (quote) text.push_back('"');
     };
-    auto text_field = [&](const Variant& value) {
+    auto text_field = [&](const PropertyName& property) {
       open_field();
-      text += to_concat_text(value);
+      append_text(text, card, property);
       close_field();
     };
     auto pattern_field = [&](const FormatPattern& pattern, const Variant& value) {
@@ -195,7 +195,7 @@ void Generic::EmployeeRecord(const Variant& card, std::string& text) {
       close_field();
     };
 
-    text_field(get_property(card, time_card::kExportID));
+    text_field(time_card::kExportID);
     pattern_field(employee_number_pattern(), get_property(card, time_card::kNumber));
     pattern_field(shift_pattern(), get_property(card, time_card::kShift));
     for (const PropertyName& category : time_card::kHourCategories) {
@@ -206,22 +206,23 @@ void Generic::EmployeeRecord(const Variant& card, std::string& text) {
     }
     if (include_employee_information()) {
       if (include_full_name()) {
-        std::string full_name = to_concat_text(get_property(card, time_card::kFirstName));
+        std::string full_name;
+        append_text(full_name, card, time_card::kFirstName);
         full_name += ' ';
-        full_name += to_concat_text(get_property(card, time_card::kMI));
+        append_text(full_name, card, time_card::kMI);
         full_name += ' ';
-        full_name += to_concat_text(get_property(card, time_card::kLastName));
+        append_text(full_name, card, time_card::kLastName);
         open_field();
         text += full_name;
         close_field();
       } else {
-        text_field(get_property(card, time_card::kLastName));
-        text_field(get_property(card, time_card::kFirstName));
+        text_field(time_card::kLastName);
+        text_field(time_card::kFirstName);
       }
       // The last column is titled "BadgeNumber" in both modes, but only the quoted
       // layout has ever carried the badge; the unquoted one repeats the employee
       // number, unformatted. Payroll imports built on either layout depend on it.
-      text_field(get_property(card, quote ? time_card::kBadge : time_card::kNumber));
+      text_field(quote ? time_card::kBadge : time_card::kNumber);
     }
     text += LineTerminator();
   });

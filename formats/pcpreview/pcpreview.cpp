@@ -122,9 +122,10 @@ void PCPreview::EmployeeRecord(const Variant& card, std::string& output) {
     // hold time that others cancel.
     if (total == 0) return;
 
-    std::string name = to_concat_text(get_property(card, time_card::kFirstName));
+    std::string name;
+    append_text(name, card, time_card::kFirstName);
     name += ' ';
-    name += to_concat_text(get_property(card, time_card::kLastName));
+    append_text(name, card, time_card::kLastName);
 
     for (std::size_t type = 0; type < kHourTypes; ++type) {
       if (!(minutes[type] > 0)) continue;

@@ -29,6 +29,10 @@ double get_number(const Variant& object, const PropertyName& property) {
   return object_of(object).get_number(property);
 }
 
+void append_text(std::string& out, const Variant& object, const PropertyName& property) {
+  object_of(object).append_text(property, out);
+}
+
 std::uint32_t PropertyName::take_ordinal() const {
   static std::atomic<std::uint32_t> next{1};
   const std::uint32_t mine = next.fetch_add(1, std::memory_order_relaxed);

@@ -338,6 +338,16 @@ class CellObject final : public AutomationObject {
     if (field->kind == Kind::Double) return field->number;
     return to_double(to_variant(store_, *field));
   }
+  void append_text(const PropertyName& property, std::string& out) const override {
+    const Cell* field = find(property);
+    if (field == nullptr) {
+      out += to_concat_text(get_missing(property.text()));
+    } else if (field->kind == Kind::Text) {
+      out.append(store_->text, field->span.first, field->span.count);
+    } else {
+      out += to_concat_text(to_variant(store_, *field));
+    }
+  }
 
   std::unique_ptr<Enumerator> enumerate() const override {
     if (cell_.kind != Kind::Array) raise_not_supported();

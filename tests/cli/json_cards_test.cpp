@@ -323,6 +323,48 @@ TEST(JsonCards, ADeclaredNameAbsentFromACardStillNamesItInTheReadPlace) {
   }
 }
 
+TEST(JsonCards, TextAppendedStraightFromTheFileReadsAsTheVariantWritesIt) {
+  // Each value appended as text after what the line already holds, written out by
+  // hand, or the error number; the Variant read and then written must agree.
+  static const PropertyName kName{"Name"}, kEscaped{"Escaped"}, kEmpty{"Empty"}, kLong{"Long"},
+      kFraction{"Fraction"}, kNothing{"Nothing"}, kYes{"Yes"}, kStart{"PeriodStart"}, kList{"List"},
+      kAbsent{"Absent"};
+  const Variant cards = load_cards_json(
+      R"({"cards": [{"Name": "Ann Lee", "Escaped": "a\"b\\c\u00e9", "Empty": "", "Long": 315,
+          "Fraction": 1.5, "Nothing": null, "Yes": true, "PeriodStart": "2004-02-29",
+          "List": [1]}]})",
+      "text");
+  struct Expected {
+    const PropertyName& name;
+    std::string line;  // after "> ", when `error` is 0
+    long error;
+  };
+  const Expected expected[] = {{kName, "> Ann Lee", 0}, {kEscaped, "> a\"b\\c\xC3\xA9", 0},
+                               {kEmpty, "> ", 0},       {kLong, "> 315", 0},
+                               {kFraction, "> 1.5", 0}, {kNothing, "> ", 0},
+                               {kYes, "> True", 0},     {kStart, "> 2/29/2004", 0},
+                               {kList, "", 13},         {kAbsent, "", 438}};
+  for_each(cards, [&](const Variant& card) {
+    for (const Expected& each : expected) {
+      SCOPED_TRACE(std::string(each.name.text()));
+      auto read = [&](auto how) -> std::pair<std::string, long> {
+        std::string line = "> ";
+        try {
+          how(line);
+          return {line, 0};
+        } catch (const Error& error) {
+          return {"", error.number()};
+        }
+      };
+      const auto appended = read([&](std::string& line) { append_text(line, card, each.name); });
+      const auto through_variant =
+          read([&](std::string& line) { line += to_concat_text(get_property(card, each.name)); });
+      EXPECT_EQ(appended, std::make_pair(each.line, each.error));
+      EXPECT_EQ(through_variant, appended);
+    }
+  });
+}
+
 TEST(JsonCards, NamesThatDifferInOneByteAreToldApartWhateverTheirLength) {
   // Card after card the same place holds a name differing from the one before in a
   // single byte, at every position of names of 1 to 20 bytes: each card is read by

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "zorvat/variant.h"
@@ -59,6 +60,12 @@ class AutomationObject {
   // card). Hosts that hold numbers as numbers override it to hand them over without
   // a Variant; any other value still goes through to_double, with its errors.
   virtual double get_number(const PropertyName& property) const { return to_double(get(property)); }
+  // The same read appended to `out` as to_concat_text writes it (the text of an ID or
+  // a name). Hosts that hold text as text override it to copy it once, straight from
+  // where they keep it; any other value still goes through to_concat_text.
+  virtual void append_text(const PropertyName& property, std::string& out) const {
+    out += to_concat_text(get(property));
+  }
   // Starts a for-each over the object. Raises 438 when it is not a collection.
   virtual std::unique_ptr<Enumerator> enumerate() const;
 };
@@ -69,6 +76,8 @@ Variant get_property(const Variant& object, std::string_view property);
 Variant get_property(const Variant& object, const PropertyName& property);
 // to_double(get_property(object, property)), through the host's own conversion.
 double get_number(const Variant& object, const PropertyName& property);
+// out += to_concat_text(get_property(object, property)), through the host's own copy.
+void append_text(std::string& out, const Variant& object, const PropertyName& property);
 
 // Calls `visit(element)` for each element of the collection held by `collection`,
 // in the collection's own order.
