@@ -162,10 +162,9 @@ const std::string& Peachtree::ticket_date_text(Date date) {
     if (known.text && known.date.serial == date.serial) return *known.text;
   // A pay period has a week or two of days, which every card repeats: the days are
   // kept in turn, so that the period's dates are each formatted once.
-  TicketDate& slot = ticket_dates_[next_ticket_date_];
-  slot.text.reset();
   std::string text;
   ticket_date_pattern().append_to(text, Variant(date));
+  TicketDate& slot = ticket_dates_[next_ticket_date_];
   slot = {date, std::move(text)};
   next_ticket_date_ = (next_ticket_date_ + 1) % ticket_dates_.size();
   return *slot.text;
@@ -182,35 +181,42 @@ void Peachtree::DataRecord(std::string& output, const std::string& recordedBy,
     const double hours = Min2Hrs(minutes);
     const std::string& ticket_date = ticket_date_text(ticketDate);  // "mm/dd/yy"
 
-    // Columns 2 to 23 each follow a ","; the columns every ticket writes the same are
-    // written together with the separators around them.
-    auto append_integer = [&](std::int32_t value) {
+    // Columns 2 to 23 each follow a ","; a run of columns every ticket writes the same
+    // is written as one piece, separators included.
+    auto column = [&](std::string_view text) {
+      output += ',';
+      output += text;
+    };
+    auto integer_column = [&](std::int32_t value) {
       char digits[12];
       const auto written = std::to_chars(std::begin(digits), std::end(digits), value);
-      output.append(digits, static_cast<std::size_t>(written.ptr - digits));
+      column({digits, static_cast<std::size_t>(written.ptr - digits)});
     };
-    output += "0,";                                  //  1 Employee/Vendor
-    output += recordedBy;                            //  2 Recorded by ID
-    output += ',';                                   //
-    append_integer(ticketNumber);                    //  3 Ticket Number
-    output += ',';                                   //
-    output += ticket_date;                           //  4 Ticket Date
-    output += ",FALSE,,";                            //  5 Has been used in Sales/Invoicing,
+    auto formatted_column = [&](const FormatPattern& pattern, double value) {
+      output += ',';
+      pattern.append_to(output, value);
+    };
+    output += '0';                                   //  1 Employee/Vendor
+    column(recordedBy);                              //  2 Recorded by ID
+    integer_column(ticketNumber);                    //  3 Ticket Number
+    column(ticket_date);                             //  4 Ticket Date
+    output += ",FALSE,";                             //  5 Has been used in Sales/Invoicing,
                                                      //  6 Invoice Number Used (empty)
-    output += activityItem;                          //  7 Activity Item ID
-    output += ",3,,";                                //  8 Customer/Job/Adm, 9 Completed for ID
-    append_integer(payLevel);                        // 10 Pay Level
-    output += ",FALSE,1,,,,";                        // 11 Has been used in Payroll, 12 Manual/
-                                                     //    Timed Option, 13-15 Start Time, End
-                                                     //    Time, Break (empty)
-    whole_hours_pattern().append_to(output, hours);  // 16 Duration: hours "##0", ":",
+    column(activityItem);                            //  7 Activity Item ID
+    output += ",3,";                                 //  8 Customer/Job/Adm,
+                                                     //  9 Completed for ID (empty)
+    integer_column(payLevel);                        // 10 Pay Level
+    output += ",FALSE,1,,,";                         // 11 Has been used in Payroll,
+                                                     // 12 Manual/Timed Option, 13-15 Start
+                                                     //    Time, End Time, Break (empty)
+    formatted_column(whole_hours_pattern(), hours);  // 16 Duration: hours "##0", ":",
     output += ':';                                   //    minutes of the hour "00"
     minutes_pattern().append_to(output, static_cast<double>(minutes % 60));
-    output += ",,0,0,2,";                              // 17 Internal Memo (empty), 18-20
+    output += ",,0,0,2";                               // 17 Internal Memo (empty), 18-20
                                                        //    Billing Type, Rate, Status
-    unit_duration_pattern().append_to(output, hours);  // 21 Unit Duration: hours "##0.00"
-    output += ",0,";                                   // 22 Billing Amount
-    output += description;                             // 23 Ticket Description for Invoicing
+    formatted_column(unit_duration_pattern(), hours);  // 21 Unit Duration: hours "##0.00"
+    output += ",0";                                    // 22 Billing Amount
+    column(description);                               // 23 Ticket Description for Invoicing
     output += kLineEnd;
   });
 }

@@ -604,9 +604,8 @@ class Loader {
   // its elements. Sixty-four bytes are classified at a time: where a block holds a
   // quote, a prefix XOR of the quote bits tells which bytes lie inside strings, and
   // only the brackets outside them, and the commas between the array's own elements,
-  // are visited. A block with a backslash
-  // (an escape) is walked byte by byte. Only the nesting is checked here; the pieces'
-  // parser checks the rest.
+  // are visited. A block with a backslash (an escape) is walked byte by byte. Only the
+  // nesting is checked here; the pieces' parser checks the rest.
   template <class Separator>
   std::size_t scan_array(std::size_t from, Separator&& separator) {
     const char* begin = json_.data();
