@@ -127,7 +127,7 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
 
   const std::string& pay_number = settings.at(kPayNumber);
   const std::string& ot2_pay_code = settings.at(kOT2PayCode);
-  for_each(cards, [&](const Variant& card) {
+  for_each_record(cards, text, [&](const Variant& card) {
     const double regular = get_number(card, time_card::kREG);
     const double overtime1 = get_number(card, time_card::kOT1);
     const double overtime2 = get_number(card, time_card::kOT2);
@@ -209,7 +209,7 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
   const std::string& batch = settings.at(kBatchSeqNum);
   const std::string& pay_number = settings.at(kPayNumber);
   std::string line;
-  for_each(cards, [&](const Variant& card) {
+  for_each_record(cards, text, [&](const Variant& card) {
     const double regular = get_number(card, time_card::kREG);
     const double overtime1 = get_number(card, time_card::kOT1);
     const double overtime2 = get_number(card, time_card::kOT2);

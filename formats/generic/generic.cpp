@@ -57,7 +57,7 @@ bool Generic::Execute(const Variant& pcTimeCards) {
     if (field_equals_number(settings_.at(kOutputFieldTitles), 1)) CreateHeader(text);
 
     // Every card yields a line, in the collection's own order, also one with no time.
-    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, text); });
+    for_each_record(pcTimeCards, text, [&](const Variant& card) { EmployeeRecord(card, text); });
 
     if (field_is_true(settings_.at(kRemoveBlanks))) std::erase(text, ' ');
 

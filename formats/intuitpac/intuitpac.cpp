@@ -114,7 +114,7 @@ bool IntuitPAC::Execute(const Variant& pcTimeCards) {
 
     // The whole file is built before the dialog; it has no header and no trailer.
     std::string text;
-    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, text); });
+    for_each_record(pcTimeCards, text, [&](const Variant& card) { EmployeeRecord(card, text); });
 
     if (!save_text({std::string(kFileFilter), {}}, text)) return false;
     SetupData(settings_.join());

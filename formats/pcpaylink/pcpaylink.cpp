@@ -98,7 +98,7 @@ bool PCPayLink::Execute(const Variant& pcTimeCards) {
     employee_count_ = 0;
     detail_count_ = 0;
 
-    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, text); });
+    for_each_record(pcTimeCards, text, [&](const Variant& card) { EmployeeRecord(card, text); });
 
     // Trailer record: the control counts in plain decimal, no terminator.
     text += "FF05B";

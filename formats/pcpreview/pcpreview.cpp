@@ -64,7 +64,8 @@ bool PCPreview::Execute(const Variant& pcTimeCards) {
 
     // All records of all cards, in collection order, as one text.
     std::string output;
-    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, output); });
+    for_each_record(pcTimeCards, output,
+                    [&](const Variant& card) { EmployeeRecord(card, output); });
 
     // The file is named by the client number: client 12 gives "0012_TA.txt".
     const std::string client = client_number_pattern()(Variant(fields_.at(kClientNumber)));

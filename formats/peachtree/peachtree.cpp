@@ -73,8 +73,9 @@ bool Peachtree::Execute(const Variant& pcTimeCards) {
     FieldCounter batch_sequence(fields.at(kBatchSequence), kNoHighestTicketNumber);
     std::string output;
     if (field_equals_number(fields.at(kOutputFieldTitles), 1)) OutputHeader(output);
-    for_each(pcTimeCards,
-             [&](const Variant& card) { EmployeeRecord(fields, batch_sequence, card, output); });
+    for_each_record(pcTimeCards, output, [&](const Variant& card) {
+      EmployeeRecord(fields, batch_sequence, card, output);
+    });
 
     if (!save_text({std::string(kFileFilter), {}}, output)) return false;
 

@@ -84,7 +84,8 @@ bool PrimePay::Execute(const Variant& pcTimeCards) {
 
     std::string output;
     OutputHeader(output);
-    for_each(pcTimeCards, [&](const Variant& card) { EmployeeRecord(card, output); });
+    for_each_record(pcTimeCards, output,
+                    [&](const Variant& card) { EmployeeRecord(card, output); });
 
     // The file keeps its settings as they were: nothing here advances.
     return save_text({std::string(kFileFilter), {}}, output);

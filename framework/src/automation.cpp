@@ -1,5 +1,8 @@
 #include "zorvat/automation.h"
 
+#include <new>
+#include <stdexcept>
+
 #include "zorvat/error.h"
 
 namespace zorvat {
@@ -31,6 +34,20 @@ double get_number(const Variant& object, const PropertyName& property) {
 
 void append_text(std::string& out, const Variant& object, const PropertyName& property) {
   object_of(object).append_text(property, out);
+}
+
+void reserve_for_records(std::string& text, std::size_t record_bytes, std::size_t remaining) {
+  if (remaining == 0 || record_bytes > text.max_size() / 2) return;
+  // A quarter more than the first record's size for each: IDs and names vary in
+  // length from card to card, and a room too small costs a full copy of the text.
+  const std::size_t per_record = record_bytes + record_bytes / 4 + 1;
+  if (per_record > (text.max_size() - text.size()) / remaining) return;
+  try {
+    text.reserve(text.size() + per_record * remaining);
+  } catch (const std::bad_alloc&) {
+    // No address space for it (a 32-bit process): the text grows as it always has.
+  } catch (const std::length_error&) {
+  }
 }
 
 std::uint32_t PropertyName::take_ordinal() const {

@@ -304,6 +304,8 @@ class CellEnumerator final : public Enumerator {
     element = next_object(store_->cells[next_++]);
     return true;
   }
+  // The file's arrays are counted as they are read.
+  std::size_t remaining_hint() const override { return end_ - next_; }
 
  private:
   Variant next_object(const Cell& cell);

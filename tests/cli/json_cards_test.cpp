@@ -215,6 +215,25 @@ TEST(JsonCards, ACardKeptByTheClassKeepsItsValuesWhileTheOthersAreRead) {
   EXPECT_EQ(to_long(get_property(kept[1], "REG")), 3);
 }
 
+TEST(JsonCards, EnumerationsTellHowManyElementsAreStillToCome) {
+  const Variant cards = load_cards_json(
+      R"({"cards": [{"Days": [{"A": 1}, {"A": 2}]}, {"Days": []}, {"Days": [{"A": 3}]}]})",
+      "counted");
+  auto card_enumerator = object_of(cards).enumerate();
+  std::vector<std::size_t> cards_left{card_enumerator->remaining_hint()};
+  std::vector<std::size_t> days_left;
+  Variant card;
+  while (card_enumerator->next(card)) {
+    cards_left.push_back(card_enumerator->remaining_hint());
+    auto day_enumerator = object_of(get_property(card, "Days")).enumerate();
+    days_left.push_back(day_enumerator->remaining_hint());
+    Variant day;
+    while (day_enumerator->next(day)) days_left.push_back(day_enumerator->remaining_hint());
+  }
+  EXPECT_EQ(cards_left, (std::vector<std::size_t>{3, 2, 1, 0}));
+  EXPECT_EQ(days_left, (std::vector<std::size_t>{2, 1, 0, 0, 1, 0}));
+}
+
 TEST(JsonCards, MalformedArraysAreRejected) {
   for (const char* text :
        {"{\"cards\": [{\"a\": 1},]}", "{\"cards\": [,]}", "{\"cards\": [{\"a\": \"]}",

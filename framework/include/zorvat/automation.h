@@ -8,6 +8,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -46,6 +47,11 @@ class Enumerator {
   virtual ~Enumerator() = default;
   // Fetches the next element into `element`; false once the collection is exhausted.
   virtual bool next(Variant& element) = 0;
+  // How many elements are still to come, where the host knows it without a call on
+  // the collection (a count it keeps itself); 0 when it does not. Only a hint for
+  // making room: the enumeration alone decides where the collection ends, and no
+  // host asks the collection for its Count to answer this.
+  virtual std::size_t remaining_hint() const { return 0; }
 };
 
 class AutomationObject {
@@ -84,6 +90,18 @@ void append_text(std::string& out, const Variant& object, const PropertyName& pr
 template <class Visit>
 void for_each(const Variant& collection, Visit&& visit);
 
+// for_each for a record loop: `write(element)` appends each element's records to
+// `text`. At the first element that writes anything, when the host knows how many
+// elements follow, `text` is given room for them all at that element's size, with
+// a margin; the file then grows in place instead of being copied at each doubling.
+// The room is only reserved: pages are taken as records are written.
+template <class Write>
+void for_each_record(const Variant& collection, std::string& text, Write&& write);
+
+// Makes room in `text` for `remaining` more records of about `record_bytes` each.
+// A room too large to reserve is skipped; the text then grows as it would have.
+void reserve_for_records(std::string& text, std::size_t record_bytes, std::size_t remaining);
+
 // Raises 438 "Object doesn't support this property or method".
 [[noreturn]] void raise_not_supported();
 
@@ -94,6 +112,21 @@ void for_each(const Variant& collection, Visit&& visit) {
   auto enumerator = object_of(collection).enumerate();
   Variant element;
   while (enumerator->next(element)) visit(element);
+}
+
+template <class Write>
+void for_each_record(const Variant& collection, std::string& text, Write&& write) {
+  auto enumerator = object_of(collection).enumerate();
+  Variant element;
+  bool reserved = false;
+  while (enumerator->next(element)) {
+    const std::size_t before = text.size();
+    write(element);
+    if (!reserved && text.size() != before) {
+      reserve_for_records(text, text.size() - before, enumerator->remaining_hint());
+      reserved = true;
+    }
+  }
 }
 
 }  // namespace zorvat
