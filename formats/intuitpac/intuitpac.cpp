@@ -208,11 +208,11 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     // miscellaneous categories, each negated when it is exported as a deduction.
     const std::string shift = to_concat_text(get_property(card, time_card::kShift));
     auto amount = [&](const PropertyName& category) {
-      record += OverPunch(kAmountWidth, double_to_long(get_number(card, category)));
+      OverPunch(kAmountWidth, double_to_long(get_number(card, category)), record);
     };
     auto signed_amount = [&](const PropertyName& category, Position deduct) {
       const double minutes = get_number(card, category);
-      record += OverPunch(kAmountWidth, double_to_long(deduction(deduct) ? -minutes : minutes));
+      OverPunch(kAmountWidth, double_to_long(deduction(deduct) ? -minutes : minutes), record);
     };
 
     record.clear();
@@ -272,25 +272,23 @@ bool IntuitPAC::deduction(Position flag) {
   return *cached;
 }
 
-std::string IntuitPAC::OverPunch(std::int16_t iLength, std::int32_t lMinutes) const {
-  return guarded(kOverPunchSource, [&] {
+void IntuitPAC::OverPunch(std::int16_t iLength, std::int32_t lMinutes, std::string& record) const {
+  guarded(kOverPunchSource, [&] {
     const std::size_t offset = lMinutes < 0 ? 10 : 0;
     // The lowest Long has no positive counterpart.
     if (lMinutes == std::numeric_limits<std::int32_t>::min()) raise_runtime(rt::kOverflow);
     const double magnitude = hundredths(std::abs(lMinutes));
 
     // Hundredths rounded to a whole number and zero-filled to the field's length.
-    std::string digits;
     if (iLength == kAmountWidth) {
-      amount_pattern().append_to(digits, magnitude);
+      amount_pattern().append_to(record, magnitude);
     } else {
       if (iLength < 1) raise_runtime(rt::kInvalidProcedureCall);
       FormatPattern(std::string(static_cast<std::size_t>(iLength), '0'))
-          .append_to(digits, magnitude);
+          .append_to(record, magnitude);
     }
-    const std::size_t last = static_cast<std::size_t>(digits.back() - '0');
-    digits.back() = kOverPunchCharacters[last + offset];
-    return digits;
+    const std::size_t last = static_cast<std::size_t>(record.back() - '0');
+    record.back() = kOverPunchCharacters[last + offset];
   });
 }
 

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 
 #include "zorvat/error.h"
@@ -597,16 +598,18 @@ bool render_digits_only(std::string& out, const Section& section, double value, 
   static constexpr std::uint64_t kScale[] = {1, 10, 100, 1000, 10000};
   const int places = section.fraction_places;
   std::uint64_t scaled = 0;
-  if (section.whole_forced > 24 || !scaled_and_rounded(std::fabs(value), places, scaled))
-    return false;
-  std::uint64_t fraction = scaled % kScale[places];
+  const auto whole_forced = static_cast<std::size_t>(section.whole_forced);  // never negative
+  if (whole_forced > 24 || !scaled_and_rounded(std::fabs(value), places, scaled)) return false;
+  // Whole numbers (the zero-filled patterns) need no division.
+  const std::uint64_t whole = places == 0 ? scaled : scaled / kScale[places];
+  std::uint64_t fraction = places == 0 ? 0 : scaled % kScale[places];
   // Laid out in a buffer, the whole digits leftwards from the point and the fraction
-  // to the right of it, then appended at once.
+  // to the right of it, then appended at once. The 24 places before the point start
+  // as zeros, so padding to the forced places only moves where the text starts.
   char buffer[48];
   char* const point = buffer + 32;
-  char* first = digits_leftwards(point, scaled / kScale[places]);
-  while (point - first < section.whole_forced) *--first = '0';
-  if (value < 0.0 && write_sign) *--first = '-';
+  std::memset(point - 24, '0', 24);
+  char* first = std::min(digits_leftwards(point, whole), point - whole_forced);
   char* last = point;
   if (section.has_point) {
     *last++ = '.';
@@ -618,6 +621,7 @@ bool render_digits_only(std::string& out, const Section& section, double value, 
     while (written > section.fraction_forced && last[written - 1] == '0') --written;
     last += written;
   }
+  if (value < 0.0 && write_sign) out.push_back('-');
   out.append(first, static_cast<std::size_t>(last - first));
   return true;
 }
