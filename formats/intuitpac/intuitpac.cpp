@@ -86,12 +86,12 @@ double hundredths(double minutes) {
   return minutes / 60.0 * 100.0;
 }
 
-// Fills a record with blanks to 80 columns and ends it. A record already wider makes
-// the count of blanks negative, which raises 5.
-void end_record(std::string& record, std::string& text) {
-  append_spaces(record, kRecordWidth - static_cast<long>(record.size()));
-  record += kRecordEnd;
-  text += record;
+// Fills the record that starts at `record_start` in `text` with blanks to 80 columns
+// and ends it. A record already wider makes the count of blanks negative, which
+// raises 5.
+void end_record(std::string& text, std::size_t record_start) {
+  append_spaces(text, kRecordWidth - static_cast<long>(text.size() - record_start));
+  text += kRecordEnd;
 }
 
 bool company_name_fits(const std::string& code, bool jr) {
@@ -175,19 +175,19 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     employee_part_pattern().append_to(
         employee, Variant(last_four(to_text(get_property(card, time_card::kNumber)))));
 
-    std::string& record = record_;
-    auto put_pay_code = [&](Position position) { record += pay_code(position); };
+    // The records are written straight into the file, each from where it starts.
+    std::size_t record_start = text.size();
+    auto put_pay_code = [&](Position position) { text += pay_code(position); };
 
     if (jr_) {
       // One record of 70 columns: plain hundredths, no shift, no signs.
       auto amount = [&](const FormatPattern& pattern, const PropertyName& category) {
-        pattern.append_to(record, hundredths(get_number(card, category)));
+        pattern.append_to(text, hundredths(get_number(card, category)));
       };
-      record.clear();
-      record += company;                                  // 1-4    company part
-      record += '4';                                      // 5      "4"
-      record += employee;                                 // 6-9    employee part
-      record += '8';                                      // 10     "8"
+      text += company;                                    // 1-4    company part
+      text += '4';                                        // 5      "4"
+      text += employee;                                   // 6-9    employee part
+      text += '8';                                        // 10     "8"
       amount(five_digit_hundredths(), time_card::kREG);   // 11-15  regular
       amount(five_digit_hundredths(), time_card::kOT1);   // 16-20  overtime 1
       put_pay_code(kPayCode2);                            // 21-22  overtime 2 pay code
@@ -200,7 +200,7 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
       amount(eight_digit_hundredths(), time_card::kSIC);  // 53-60  sick
       put_pay_code(kOTHPayCode);                          // 61-62  other pay code
       amount(eight_digit_hundredths(), time_card::kOTH);  // 63-70  other
-      end_record(record, text);                           // 71-80  blanks
+      end_record(text, record_start);                     // 71-80  blanks
       return;
     }
 
@@ -208,33 +208,32 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     // miscellaneous categories, each negated when it is exported as a deduction.
     const std::string shift = to_concat_text(get_property(card, time_card::kShift));
     auto amount = [&](const PropertyName& category) {
-      OverPunch(kAmountWidth, double_to_long(get_number(card, category)), record);
+      OverPunch(kAmountWidth, double_to_long(get_number(card, category)), text);
     };
     auto signed_amount = [&](const PropertyName& category, Position deduct) {
       const double minutes = get_number(card, category);
-      OverPunch(kAmountWidth, double_to_long(deduction(deduct) ? -minutes : minutes), record);
+      OverPunch(kAmountWidth, double_to_long(deduction(deduct) ? -minutes : minutes), text);
     };
 
-    record.clear();
-    record += company;         // 1-4    company part
-    record += '4';             // 5      "4"
-    record += employee;        // 6-9    employee part
-    record += "8   ";          // 10-13  "8" and three blanks
-    record += shift;           // 14     shift, as it stands
-    put_pay_code(kPayCode0);   // 15-16  regular pay code
-    amount(time_card::kREG);   // 17-23  regular
-    put_pay_code(kPayCode1);   // 24-25  overtime 1 pay code
-    amount(time_card::kOT1);   // 26-32  overtime 1
-    put_pay_code(kPayCode2);   // 33-34  overtime 2 pay code
-    amount(time_card::kOT2);   // 35-41  overtime 2
-    end_record(record, text);  // 42-80  blanks
+    text += company;                 // 1-4    company part
+    text += '4';                     // 5      "4"
+    text += employee;                // 6-9    employee part
+    text += "8   ";                  // 10-13  "8" and three blanks
+    text += shift;                   // 14     shift, as it stands
+    put_pay_code(kPayCode0);         // 15-16  regular pay code
+    amount(time_card::kREG);         // 17-23  regular
+    put_pay_code(kPayCode1);         // 24-25  overtime 1 pay code
+    amount(time_card::kOT1);         // 26-32  overtime 1
+    put_pay_code(kPayCode2);         // 33-34  overtime 2 pay code
+    amount(time_card::kOT2);         // 35-41  overtime 2
+    end_record(text, record_start);  // 42-80  blanks
 
-    record.clear();
-    record += company;                           // 1-4    company part
-    record += '4';                               // 5      "4"
-    record += employee;                          // 6-9    employee part
-    record += "8   ";                            // 10-13  "8" and three blanks
-    record += shift;                             // 14     shift
+    record_start = text.size();
+    text += company;                             // 1-4    company part
+    text += '4';                                 // 5      "4"
+    text += employee;                            // 6-9    employee part
+    text += "8   ";                              // 10-13  "8" and three blanks
+    text += shift;                               // 14     shift
     put_pay_code(kVACPayCode);                   // 15-16  vacation pay code
     signed_amount(time_card::kVAC, kVACDeduct);  // 17-23  vacation
     put_pay_code(kHOLPayCode);                   // 24-25  holiday pay code
@@ -243,7 +242,7 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     signed_amount(time_card::kSIC, kSICDeduct);  // 35-41  sick
     put_pay_code(kOTHPayCode);                   // 42-43  other pay code
     signed_amount(time_card::kOTH, kOTHDeduct);  // 44-50  other
-    end_record(record, text);                    // 51-80  blanks
+    end_record(text, record_start);              // 51-80  blanks
   });
 }
 

@@ -83,7 +83,6 @@ class IntuitPAC final : public ExportClass {
   std::optional<std::string> company_part_;
   std::array<std::optional<std::string>, kFieldCount> pay_codes_;
   std::array<std::optional<bool>, kFieldCount> deductions_;
-  std::string record_;  // the record being written, reused from card to card
 };
 
 }  // namespace zorvat::formats

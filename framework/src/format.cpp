@@ -909,6 +909,10 @@ struct FormatPattern::Tokens {
   Kind kind = Kind::Number;
   std::vector<Section> sections;
   std::string choice_true, choice_false;  // Kind::Choice
+  // The pattern's one section, when it is a number section of digit placeholders
+  // alone ("000000000", "###0.00"): every value goes to it, signed, so the fast path
+  // is tried before any of the general dispatch.
+  const Section* lone_digits_section = nullptr;
 };
 
 FormatPattern::FormatPattern(std::string_view pattern)
@@ -948,6 +952,9 @@ FormatPattern::FormatPattern(std::string_view pattern)
         break;
     }
   }
+  if (tokens_->kind == Kind::Number && tokens_->sections.size() == 1 &&
+      tokens_->sections[0].digits_only)
+    tokens_->lone_digits_section = &tokens_->sections[0];
 }
 
 FormatPattern::~FormatPattern() = default;
@@ -997,6 +1004,8 @@ void FormatPattern::append_double(std::string& out, double value, bool fast) con
 }
 
 void FormatPattern::append_to(std::string& out, double value) const {
+  const Section* digits = tokens_->lone_digits_section;
+  if (digits != nullptr && render_digits_only(out, *digits, value, true)) return;
   append_double(out, value, true);
 }
 
