@@ -1,6 +1,9 @@
 #include "zorvat/settings.h"
 
+#include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <iterator>
 
 #include "zorvat/error.h"
 #include "zorvat/variant.h"
@@ -72,14 +75,20 @@ void FieldCounter::advance() {
     value_ = 0;
     return;
   }
-  *field_ = general_number_text(next);
-  // A whole number of up to fifteen digits is written in full and reads back as it
-  // is; anything else (a fraction, a huge count) is read back from the text, as the
-  // next step of advance_counter would read it.
-  if (next != std::floor(next) || std::fabs(next) >= 1e15)
-    value_ = to_double(Variant(*field_));
-  else
+  // A whole number of up to fifteen digits is written in full, as its plain integer
+  // digits, and reads back as it is; anything else (a fraction, a huge count) is
+  // written as general_number_text writes it and read back from the text, as the next
+  // step of advance_counter would read it.
+  if (next == std::floor(next) && std::fabs(next) < 1e15) {
+    char digits[24];
+    const auto written =
+        std::to_chars(std::begin(digits), std::end(digits), static_cast<std::int64_t>(next));
+    field_->assign(digits, written.ptr);
     value_ = next;
+    return;
+  }
+  *field_ = general_number_text(next);
+  value_ = to_double(Variant(*field_));
 }
 
 std::string pay_level_range_message(double low, double high) {

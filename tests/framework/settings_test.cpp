@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
+#include <vector>
 
 #include "zorvat/error.h"
 #include "zorvat/variant.h"
@@ -180,6 +182,30 @@ TEST(SettingsCounters, AKeptCounterStepsAsAdvancingTheFieldAfreshEachTimeWould) 
       EXPECT_EQ(counter.value(), to_double(Variant(fresh))) << "from " << start;
     }
   }
+}
+
+TEST(SettingsCounters, AKeptCounterWritesWholeNumbersInPlainDigitsThroughZero) {
+  std::string field = "-3";
+  FieldCounter counter(field, kNoWrap);
+  std::vector<std::string> written;
+  for (int step = 0; step < 5; ++step) {
+    counter.advance();
+    written.push_back(field);
+  }
+  EXPECT_EQ(written, (std::vector<std::string>{"-2", "-1", "0", "1", "2"}));
+
+  field = "99999999999998";  // fourteen digits, then fifteen
+  FieldCounter long_counter(field, kNoWrap);
+  long_counter.advance();
+  EXPECT_EQ(field, "99999999999999");
+  long_counter.advance();
+  EXPECT_EQ(field, "100000000000000");
+  EXPECT_EQ(long_counter.value(), 100000000000000.0);
+
+  field = "-0.5";  // a fraction stays a fraction: -0.5 + 1 reads "0.5"
+  FieldCounter fraction_counter(field, kNoWrap);
+  fraction_counter.advance();
+  EXPECT_EQ(field, "0.5");
 }
 
 TEST(SettingsCounters, AKeptCounterOverNonNumericTextIsATypeMismatchAndLeavesIt) {
