@@ -82,6 +82,17 @@ std::string last_four(const std::string& text) {
   return text.substr(text.size() - 4);
 }
 
+// The employee part: the last four characters of the number's text, zero-filled to
+// four digits where they read as a number. A Long of 1000 or more is written in four
+// digits or more, so its last four characters are the number's last four digits.
+void append_employee_part(std::string& out, const Variant& number) {
+  if (number.type() == Variant::Type::Long && number.as_long() >= 1000) {
+    employee_part_pattern().append_to(out, static_cast<double>(number.as_long() % 10000));
+    return;
+  }
+  employee_part_pattern().append_to(out, Variant(last_four(to_text(number))));
+}
+
 double hundredths(double minutes) {
   return minutes / 60.0 * 100.0;
 }
@@ -172,8 +183,7 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     // Every card yields its records, also one with no time at all.
     const std::string& company = company_part();
     std::string employee;
-    employee_part_pattern().append_to(
-        employee, Variant(last_four(to_text(get_property(card, time_card::kNumber)))));
+    append_employee_part(employee, get_property(card, time_card::kNumber));
 
     // The records are written straight into the file, each from where it starts.
     std::size_t record_start = text.size();

@@ -294,6 +294,25 @@ TEST_F(IntuitPACTest, EmployeeNumberKeepsItsLastFourCharacters) {
                 rest);
 }
 
+TEST_F(IntuitPACTest, EmployeeNumbersTakeTheLastFourCharactersOfTheirTextAtEveryWidth) {
+  // Numbers from four digits up end in four digits; negative ones keep their sign in
+  // the text, so "-123" reads as -123 and is zero-filled a column wider.
+  const std::pair<std::int32_t, std::string> numbers[] = {
+      {1000, "1000"},   {1001, "1001"},     {9999, "9999"},       {10000, "0000"},
+      {12345, "2345"},  {99990000, "0000"}, {2147483647, "3647"}, {-2147483647 - 1, "3648"},
+      {-12345, "2345"}, {-1234, "1234"},    {-123, "-0123"}};
+  std::vector<Variant> all;
+  for (const auto& number : numbers) all.push_back(object(employee(number.first)));
+  ASSERT_TRUE(run(kJrTitle, "ABC1234,1,2,3,4,5,6,7", cards(all)));
+  std::string expected;
+  for (const auto& number : numbers) {
+    const std::string record = "12344" + number.second + "8" + "0000000000" + "0300000000" +
+                               "0400000000" + "0500000000" + "0600000000" + "0700000000";
+    expected += record + std::string(80 - record.size(), ' ') + "\r\n";
+  }
+  EXPECT_EQ(written(), expected);
+}
+
 TEST_F(IntuitPACTest, CurrencyAndParenthesisTailsAreReadAsNumbers) {
   // "$345" is 345 and "(45)" is -45 to the classic conversion: zero-filled to four
   // digits, the negative one a column wider, which leaves one blank less.
