@@ -1,7 +1,7 @@
 #include "zorvat/automation.h"
 
+#include <limits>
 #include <new>
-#include <stdexcept>
 
 #include "zorvat/error.h"
 
@@ -41,12 +41,16 @@ void reserve_for_records(std::string& text, std::size_t record_bytes, std::size_
   // A quarter more than the first record's size for each: IDs and names vary in
   // length from card to card, and a room too small costs a full copy of the text.
   const std::size_t per_record = record_bytes + record_bytes / 4 + 1;
-  if (per_record > (text.max_size() - text.size()) / remaining) return;
+  // Never more than an eighth of the address space, so that a 32-bit process keeps
+  // room for everything else it holds; past that the text grows as it always has.
+  constexpr std::size_t kLargestRoom = std::numeric_limits<std::size_t>::max() / 8;
+  if (per_record > kLargestRoom / remaining) return;
+  const std::size_t room = per_record * remaining;
+  if (room > text.max_size() - text.size()) return;
   try {
-    text.reserve(text.size() + per_record * remaining);
+    text.reserve(text.size() + room);
   } catch (const std::bad_alloc&) {
-    // No address space for it (a 32-bit process): the text grows as it always has.
-  } catch (const std::length_error&) {
+    // No memory for it now: the text grows as it always has.
   }
 }
 

@@ -112,11 +112,17 @@ TEST(RecordLoop, AHintTooLargeToReserveIsPassedOver) {
   EXPECT_EQ(text, "HEAD\nxxxxxxxxx\nxxxxxxxxx\nxxxxxxxxx\n");
   EXPECT_LT(capacities.back(), 1000u);
 
-  // Reserved straight, a room that cannot be had is skipped, not raised.
+  // Reserved straight, a room that cannot be had is skipped, not raised: past the
+  // size a text can have, past an eighth of the address space, or records as large
+  // as memory.
+  constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();
   std::string direct = "abc";
-  reserve_for_records(direct, 1u << 20, std::numeric_limits<std::size_t>::max() >> 21);
-  reserve_for_records(direct, std::numeric_limits<std::size_t>::max() / 2, 3);
+  const std::size_t capacity = direct.capacity();
+  reserve_for_records(direct, 1u << 20, kMost >> 21);
+  reserve_for_records(direct, 999, kMost / 8 / 1000);
+  reserve_for_records(direct, kMost / 2, 3);
   EXPECT_EQ(direct, "abc");
+  EXPECT_EQ(direct.capacity(), capacity);
 }
 
 }  // namespace
