@@ -184,14 +184,24 @@ class Store {
     slot = {name.data(), std::string(name), exact, fold_id, known};
     return known;
   }
+  // What a declared name was found to stand for.
+  struct Resolved {
+    std::uint32_t exact = kNone;
+    std::uint32_t fold_id = kNone;
+    bool resolved = false;
+  };
+  // The answer kept for the declared name of `ordinal`; null before its first lookup.
+  const Resolved* resolved(std::uint32_t ordinal) const {
+    return ordinal < resolved_.size() && resolved_[ordinal].resolved ? &resolved_[ordinal]
+                                                                     : nullptr;
+  }
   // The same for a name the classes declared: the answer is kept under the name's
   // ordinal, so that every read after the first is one index.
   bool lookup(const PropertyName& name, std::uint32_t& exact, std::uint32_t& fold_id) const {
     const std::uint32_t ordinal = name.ordinal();
-    if (ordinal < resolved_.size() && resolved_[ordinal].resolved) {
-      const Resolved& answer = resolved_[ordinal];
-      exact = answer.exact;
-      fold_id = answer.fold_id;
+    if (const Resolved* answer = resolved(ordinal)) {
+      exact = answer->exact;
+      fold_id = answer->fold_id;
       return fold_id != kNone;
     }
     const bool known = lookup(name.text(), exact, fold_id);
@@ -261,11 +271,6 @@ class Store {
     bool known = false;
   };
   mutable std::array<CacheSlot, 256> cache_{};
-  struct Resolved {
-    std::uint32_t exact = kNone;
-    std::uint32_t fold_id = kNone;
-    bool resolved = false;
-  };
   static constexpr std::uint32_t kMostResolvedNames = 4096;
   mutable std::vector<Resolved> resolved_;
 };
@@ -364,14 +369,25 @@ class CellObject final : public AutomationObject {
   // it: see CellEnumerator).
   void reset(const Cell& cell) { cell_ = cell; }
 
-  // The field named `property` (a name or a PropertyName), in any case; null when
-  // the object has none.
-  template <class Name>
-  const Cell* find(const Name& property) const {
-    if (cell_.kind != Kind::Object) return nullptr;
-    std::uint32_t exact = 0, fold_id = 0;
-    const bool known = store_->lookup(property, exact, fold_id);
-    return find_resolved(exact, fold_id, known, text_of(property));
+  // The field named `property`, in any case; null when the object has none.
+  const Cell* find(std::string_view property) const { return find_generally(property); }
+  // The same by a declared name. The common read, a name resolved before and standing
+  // where the object before had it, is small enough to be written into every read;
+  // everything else is done out of line.
+  const Cell* find(const PropertyName& property) const {
+    if (cell_.kind == Kind::Object) {
+      const Store::Resolved* answer = store_->resolved(property.ordinal());
+      if (answer != nullptr && answer->exact != Store::kNone) {
+        note_read(true, answer->fold_id);
+        const std::uint32_t hint = store_->position_hint(answer->exact);
+        if (hint < cell_.span.count) {
+          const Cell* guess = store_->cells.data() + cell_.span.first + hint;
+          if (guess->key == answer->exact) return guess;
+        }
+        return search(answer->exact, answer->fold_id);
+      }
+    }
+    return find_generally(property);
   }
 
  private:
@@ -384,16 +400,29 @@ class CellObject final : public AutomationObject {
   static std::string_view text_of(std::string_view property) { return property; }
   static std::string_view text_of(const PropertyName& property) { return property.text(); }
 
-  const Cell* find_resolved(std::uint32_t exact, std::uint32_t fold_id, bool known,
-                            std::string_view property) const {
+  template <class Name>
+  [[gnu::noinline]] const Cell* find_generally(const Name& property) const {
+    if (cell_.kind != Kind::Object) return nullptr;
+    std::uint32_t exact = 0, fold_id = 0;
+    const bool known = store_->lookup(property, exact, fold_id);
+    note_read(known, fold_id);
+    if (!known) {
+      store_->trail.unknown = text_of(property);
+      return nullptr;
+    }
+    return search(exact, fold_id);
+  }
+
+  // Puts the read on the trail while a card is being read.
+  void note_read(bool known, std::uint32_t fold_id) const {
     ReadTrail& trail = store_->trail;
     if (trail.card != ReadTrail::kNone)
       trail.reads.push_back({cell_.span, known ? fold_id : ReadTrail::kNone,
                              cell_.span.first == trail.card_object ? ReadTrail::kNone : trail.day});
-    if (!known) {
-      trail.unknown = property;
-      return nullptr;
-    }
+  }
+
+  // The field of a known name: where the object before had it, else wherever it is.
+  [[gnu::noinline]] const Cell* search(std::uint32_t exact, std::uint32_t fold_id) const {
     const Cell* begin = store_->cells.data() + cell_.span.first;
     const Cell* end = begin + cell_.span.count;
     if (exact != Store::kNone) {
