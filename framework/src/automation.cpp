@@ -37,13 +37,13 @@ void append_text(std::string& out, const Variant& object, const PropertyName& pr
 }
 
 void reserve_for_records(std::string& text, std::size_t record_bytes, std::size_t remaining) {
-  if (remaining == 0 || record_bytes > text.max_size() / 2) return;
-  // A quarter more than the first record's size for each: IDs and names vary in
-  // length from card to card, and a room too small costs a full copy of the text.
-  const std::size_t per_record = record_bytes + record_bytes / 4 + 1;
   // Never more than an eighth of the address space, so that a 32-bit process keeps
   // room for everything else it holds; past that the text grows as it always has.
   constexpr std::size_t kLargestRoom = std::numeric_limits<std::size_t>::max() / 8;
+  if (remaining == 0 || record_bytes > kLargestRoom) return;
+  // A quarter more than the first record's size for each: IDs and names vary in
+  // length from card to card, and a room too small costs a full copy of the text.
+  const std::size_t per_record = record_bytes + record_bytes / 4 + 1;
   if (per_record > kLargestRoom / remaining) return;
   const std::size_t room = per_record * remaining;
   if (room > text.max_size() - text.size()) return;

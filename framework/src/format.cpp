@@ -909,10 +909,10 @@ struct FormatPattern::Tokens {
   Kind kind = Kind::Number;
   std::vector<Section> sections;
   std::string choice_true, choice_false;  // Kind::Choice
-  // The pattern's one section, when it is a number section of digit placeholders
-  // alone ("000000000", "###0.00"): every value goes to it, signed, so the fast path
-  // is tried before any of the general dispatch.
-  const Section* lone_digits_section = nullptr;
+  // The pattern is one number section of digit placeholders alone ("000000000",
+  // "###0.00"): every value goes to it, signed, so the fast path is tried before any
+  // of the general dispatch.
+  bool digits_only = false;
 };
 
 FormatPattern::FormatPattern(std::string_view pattern)
@@ -952,9 +952,8 @@ FormatPattern::FormatPattern(std::string_view pattern)
         break;
     }
   }
-  if (tokens_->kind == Kind::Number && tokens_->sections.size() == 1 &&
-      tokens_->sections[0].digits_only)
-    tokens_->lone_digits_section = &tokens_->sections[0];
+  tokens_->digits_only = tokens_->kind == Kind::Number && tokens_->sections.size() == 1 &&
+                         tokens_->sections[0].digits_only;
 }
 
 FormatPattern::~FormatPattern() = default;
@@ -1004,8 +1003,7 @@ void FormatPattern::append_double(std::string& out, double value, bool fast) con
 }
 
 void FormatPattern::append_to(std::string& out, double value) const {
-  const Section* digits = tokens_->lone_digits_section;
-  if (digits != nullptr && render_digits_only(out, *digits, value, true)) return;
+  if (tokens_->digits_only && render_digits_only(out, tokens_->sections[0], value, true)) return;
   append_double(out, value, true);
 }
 
