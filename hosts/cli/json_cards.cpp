@@ -600,6 +600,7 @@ class Loader {
 
  private:
   static constexpr std::size_t kPieceBytes = 4 << 20;
+  static constexpr std::size_t kParseGranule = 256 << 10;
 
   // The cards array: each piece of whole cards is parsed and turned into cells; the
   // card cells themselves are gathered and laid down together at the end.
@@ -749,11 +750,22 @@ class Loader {
   }
 
   void convert_cards(std::string_view piece, std::size_t count, std::vector<Cell>& card_cells) {
+    // The parser keeps its buffers for the longest text it has been given and makes
+    // new ones for a longer one. The full pieces of a large file are all a few bytes
+    // either side of the same size: blanks after the array round each one up to a
+    // whole number of granules, so that the buffers are made once instead of again
+    // (and paged in again) each time a piece comes out a little longer than any
+    // before it. A smaller text (a small file, the last piece) is parsed as it is.
+    const std::size_t length = piece.size() + 2;
+    const std::size_t padded = length < kPieceBytes
+                                   ? length
+                                   : (length + kParseGranule - 1) / kParseGranule * kParseGranule;
     buffer_.clear();
-    reserve_buffer(piece.size() + 2);
+    reserve_buffer(padded);
     buffer_.push_back('[');
     buffer_.append(piece);
     buffer_.push_back(']');
+    buffer_.resize(padded, ' ');
     simdjson::dom::element root;
     if (parser_.parse(buffer_.data(), buffer_.size(), false).get(root) != simdjson::SUCCESS)
       syntax_error();
