@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -89,15 +90,29 @@ struct ReadTrail {
   std::uint32_t card = kNone;         // index in "cards" of the card handed out last
   std::uint32_t day = kNone;          // index in the card's "Days" of the day handed out last
   std::uint32_t card_object = kNone;  // first field of the current card
-  std::vector<Read> reads;            // from the current card, in order
   std::string unknown;                // the last name asked for that no object has
 
   void start_card(std::uint32_t index, std::uint32_t object) {
     card = index;
     card_object = object;
     day = kNone;
-    reads.clear();
+    read_count_ = 0;
   }
+  // Every read of a card comes here. The room for more is made out of line, so that
+  // the read itself needs no call.
+  void note(const Read& read) {
+    if (read_count_ == room_.size()) [[unlikely]]
+      make_room();
+    room_[read_count_++] = read;
+  }
+  // The reads of the current card, in order.
+  std::span<const Read> reads() const { return {room_.data(), read_count_}; }
+
+ private:
+  [[gnu::noinline]] void make_room() { room_.resize(room_.size() * 2 + 32); }
+
+  std::vector<Read> room_;
+  std::size_t read_count_ = 0;
 };
 
 class Store {
@@ -338,12 +353,21 @@ class CellObject final : public AutomationObject {
     if (field != nullptr) return to_variant(store_, *field);
     return get_missing(property.text());
   }
+  // A number where the object before had it is answered in line; everything else,
+  // out of line.
   double get_number(const PropertyName& property) const override {
-    const Cell* field = find(property);
-    if (field == nullptr) return to_double(get_missing(property.text()));
-    if (field->kind == Kind::Long) return field->long_value;
-    if (field->kind == Kind::Double) return field->number;
-    return to_double(to_variant(store_, *field));
+    const Guess read = guess(property);
+    if (read.field != nullptr) {
+      if (read.field->kind == Kind::Long) {
+        note_read(true, read.fold_id);
+        return read.field->long_value;
+      }
+      if (read.field->kind == Kind::Double) {
+        note_read(true, read.fold_id);
+        return read.field->number;
+      }
+    }
+    return get_number_generally(property);
   }
   void append_text(const PropertyName& property, std::string& out) const override {
     const Cell* field = find(property);
@@ -375,22 +399,52 @@ class CellObject final : public AutomationObject {
   // where the object before had it, is small enough to be written into every read;
   // everything else is done out of line.
   const Cell* find(const PropertyName& property) const {
+    if (const Guess read = guess(property); read.field != nullptr) {
+      note_read(true, read.fold_id);
+      return read.field;
+    }
+    return find_slowly(property);
+  }
+
+ private:
+  // The field of a declared name, resolved before, found where the object before had
+  // it (the cards of a file list their fields in one order); null when any of that
+  // does not hold. Nothing is put on the trail yet.
+  struct Guess {
+    const Cell* field = nullptr;
+    std::uint32_t fold_id = 0;
+  };
+  Guess guess(const PropertyName& property) const {
+    if (cell_.kind != Kind::Object) return {};
+    const Store::Resolved* answer = store_->resolved(property.ordinal_if_taken());
+    if (answer == nullptr || answer->exact == Store::kNone) return {};
+    const std::uint32_t hint = store_->position_hint(answer->exact);
+    if (hint >= cell_.span.count) return {};
+    const Cell* field = store_->cells.data() + cell_.span.first + hint;
+    if (field->key != answer->exact) return {};
+    return {field, answer->fold_id};
+  }
+
+  // A declared name's field wherever it stands, or the name looked up first.
+  [[gnu::noinline]] const Cell* find_slowly(const PropertyName& property) const {
     if (cell_.kind == Kind::Object) {
       const Store::Resolved* answer = store_->resolved(property.ordinal());
       if (answer != nullptr && answer->exact != Store::kNone) {
         note_read(true, answer->fold_id);
-        const std::uint32_t hint = store_->position_hint(answer->exact);
-        if (hint < cell_.span.count) {
-          const Cell* guess = store_->cells.data() + cell_.span.first + hint;
-          if (guess->key == answer->exact) return guess;
-        }
         return search(answer->exact, answer->fold_id);
       }
     }
     return find_generally(property);
   }
 
- private:
+  [[gnu::noinline]] double get_number_generally(const PropertyName& property) const {
+    const Cell* field = find(property);
+    if (field == nullptr) return to_double(get_missing(property.text()));
+    if (field->kind == Kind::Long) return field->long_value;
+    if (field->kind == Kind::Double) return field->number;
+    return to_double(to_variant(store_, *field));
+  }
+
   Variant get_missing(std::string_view property) const {
     if (cell_.kind == Kind::Array && iequals(property, "count"))
       return Variant(static_cast<std::int32_t>(cell_.span.count));
@@ -417,8 +471,8 @@ class CellObject final : public AutomationObject {
   void note_read(bool known, std::uint32_t fold_id) const {
     ReadTrail& trail = store_->trail;
     if (trail.card != ReadTrail::kNone)
-      trail.reads.push_back({cell_.span, known ? fold_id : ReadTrail::kNone,
-                             cell_.span.first == trail.card_object ? ReadTrail::kNone : trail.day});
+      trail.note({cell_.span, known ? fold_id : ReadTrail::kNone,
+                  cell_.span.first == trail.card_object ? ReadTrail::kNone : trail.day});
   }
 
   // The field of a known name: where the object before had it, else wherever it is.
@@ -1152,15 +1206,15 @@ std::optional<CardReadPlace> card_being_read(const Variant& cards, long error_nu
   CardReadPlace place;
   place.index = trail.card;
   place.id = id_of(store, store.cells[store.cards.span.first + trail.card], place.id_name);
-  if (trail.reads.empty()) return place;
+  if (trail.reads().empty()) return place;
   // A class may read several values before it converts them: a conversion error
   // belongs to the first value read that cannot be converted (none: the error did not
   // come from the card's values, and no property is named); anything else (a property
   // the card lacks) to the last property read.
-  const ReadTrail::Read* culprit = &trail.reads.back();
+  const ReadTrail::Read* culprit = &trail.reads().back();
   if (error_number == 13 || error_number == 6) {
     culprit = nullptr;
-    for (const ReadTrail::Read& read : trail.reads) {
+    for (const ReadTrail::Read& read : trail.reads()) {
       const Cell* field = field_read(store, read);
       if (field != nullptr && raises(store, *field, error_number)) {
         culprit = &read;

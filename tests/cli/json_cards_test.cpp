@@ -468,5 +468,102 @@ TEST(JsonCards, NumbersReadAsNumbersConvertEveryKindOfValueAsTheVariantDoes) {
   }
 }
 
+TEST(JsonCards, NumbersReadWhereTheCardBeforeHadThemConvertAsTheFirstCardsDid) {
+  // Three cards with one layout: from the second card on, every name is found where
+  // the card before had it. Each kind must read as it did on the first card, and
+  // minutes that are no number name their property.
+  static const PropertyName kLong{"Long"}, kFraction{"Fraction"}, kText{"Text"}, kYes{"Yes"},
+      kStart{"PeriodStart"}, kOther{"OTH"}, kNothing{"Nothing"}, kVacation{"VAC"};
+  const std::string card =
+      R"({"ExportID": "E", "Long": -60, "Fraction": 1.5, "Text": "45", "Yes": true,
+          "PeriodStart": "2004-02-29", "OTH": "x", "Nothing": null, "VAC": 1e12})";
+  const Variant cards =
+      load_cards_json(R"({"cards": [)" + card + "," + card + "," + card + "]}", "same layout");
+  struct Expected {
+    const PropertyName& name;
+    double value;  // when `error` is 0
+    long error;
+  };
+  const Expected expected[] = {{kLong, -60, 0},
+                               {kFraction, 1.5, 0},
+                               {kText, 45, 0},
+                               {kYes, -1, 0},
+                               {kStart, Date::from_civil(2004, 2, 29).serial, 0},
+                               {kOther, 0, 13},
+                               {kNothing, 0, 94},
+                               {kVacation, 1e12, 0}};
+  int card_number = 0;
+  for_each(cards, [&](const Variant& each_card) {
+    ++card_number;
+    for (const Expected& each : expected) {
+      SCOPED_TRACE(std::string(each.name.text()) + " of card " + std::to_string(card_number));
+      for (int again = 0; again < 2; ++again) {
+        try {
+          EXPECT_EQ(get_number(each_card, each.name), each.value);
+          EXPECT_EQ(each.error, 0);
+        } catch (const Error& error) {
+          EXPECT_EQ(error.number(), each.error);
+          const auto place = card_being_read(cards, error.number());
+          ASSERT_TRUE(place.has_value());
+          EXPECT_EQ(place->index, static_cast<std::size_t>(card_number - 1));
+          EXPECT_EQ(place->property, each.name.text());
+        }
+      }
+    }
+    // Minutes past the range of hundredths of an hour overflow once converted: the
+    // place names the number read straight from the card.
+    const auto place = card_being_read(cards, 6);
+    ASSERT_TRUE(place.has_value());
+    EXPECT_EQ(place->property, "VAC");
+  });
+  EXPECT_EQ(card_number, 3);
+}
+
+TEST(JsonCards, AnErrorAfterHundredsOfReadsOfOneCardStillNamesItsDay) {
+  // Sixty days read three times each, then a day whose minutes are no number: the
+  // place names that day. The card after it starts its reads afresh.
+  std::string days;
+  for (int day = 0; day < 60; ++day) days += R"({"REG": 60, "OT1": 30}, )";
+  days += R"({"REG": "eight", "OT1": 30})";
+  const Variant cards =
+      load_cards_json(R"({"cards": [{"ExportID": "E1", "Days": [)" + days +
+                          R"(]}, {"ExportID": "E2", "REG": "nine", "Days": []}]})",
+                      "many reads");
+  double minutes = 0;
+  auto read_every_day = [&](const Variant& card) {
+    for_each(get_property(card, time_card::kDays), [&](const Variant& day) {
+      for (int again = 0; again < 3; ++again) {
+        minutes += get_number(day, time_card::kOT1);
+        minutes += get_number(day, time_card::kREG);
+      }
+    });
+  };
+  try {
+    for_each(cards, read_every_day);
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number(), 13);
+    EXPECT_EQ(minutes, 60 * 3 * 90 + 30);  // the last day's OT1 is read before its REG
+    const auto place = card_being_read(cards, error.number());
+    ASSERT_TRUE(place.has_value());
+    EXPECT_EQ(place->id, "E1");
+    EXPECT_EQ(place->property, "Days[60].REG");
+  }
+  int card_number = 0;
+  try {
+    for_each(cards, [&](const Variant& card) {
+      if (card_number++ == 0) return;  // the first card is not read this time
+      get_number(card, time_card::kREG);
+    });
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number(), 13);
+    const auto place = card_being_read(cards, error.number());
+    ASSERT_TRUE(place.has_value());
+    EXPECT_EQ(place->id, "E2");
+    EXPECT_EQ(place->property, "REG");
+  }
+}
+
 }  // namespace
 }  // namespace zorvat::cli

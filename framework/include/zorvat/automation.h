@@ -35,6 +35,13 @@ class PropertyName {
     const std::uint32_t taken = ordinal_.load(std::memory_order_relaxed);
     return taken != 0 ? taken - 1 : take_ordinal();
   }
+  // The ordinal if it was taken, else kNoOrdinal, which is larger than any ordinal: a
+  // host's read can look its table up by this without a call, and go the long way
+  // (which takes the ordinal) when the table has nothing for it.
+  static constexpr std::uint32_t kNoOrdinal = 0xFFFFFFFF;
+  std::uint32_t ordinal_if_taken() const {
+    return ordinal_.load(std::memory_order_relaxed) - 1;  // 0 - 1 is kNoOrdinal
+  }
 
  private:
   std::uint32_t take_ordinal() const;
