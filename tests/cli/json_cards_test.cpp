@@ -101,6 +101,21 @@ json random_cards(std::mt19937& random, int count) {
   return {{"PeriodEnd", "2004-03-06"}, {"Title", tricky_text(random)}, {"cards", cards}};
 }
 
+// Enumerates `cards` through `read`, which must raise error `number`, and returns where
+// the read place puts that error (an empty place when it puts it nowhere).
+template <class Read>
+CardReadPlace place_of_raised(const Variant& cards, long number, Read&& read) {
+  try {
+    for_each(cards, read);
+    ADD_FAILURE() << "nothing raised " << number;
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number(), number);
+    if (auto place = card_being_read(cards, error.number())) return *place;
+    ADD_FAILURE() << "no card is being read";
+  }
+  return {};
+}
+
 TEST(JsonCards, ValuesMatchAnIndependentParser) {
   std::mt19937 random(20040306);
   for (int round = 0; round < 40; ++round) {
@@ -329,17 +344,11 @@ TEST(JsonCards, DeclaredNamesReadWhatTheirTextReadsInEveryFileTheyMeet) {
 
 TEST(JsonCards, ADeclaredNameAbsentFromACardStillNamesItInTheReadPlace) {
   const Variant cards = load_cards_json(R"({"cards": [{"ExportID": "E1", "REG": 60}]})", "place");
-  try {
-    for_each(cards, [](const Variant& card) { get_property(card, time_card::kOT1); });
-    FAIL();
-  } catch (const Error& error) {
-    EXPECT_EQ(error.number(), 438);
-    const auto place = card_being_read(cards, error.number());
-    ASSERT_TRUE(place.has_value());
-    EXPECT_EQ(place->index, 0u);
-    EXPECT_EQ(place->id, "E1");
-    EXPECT_EQ(place->property, "OT1");
-  }
+  const CardReadPlace place =
+      place_of_raised(cards, 438, [](const Variant& card) { get_property(card, time_card::kOT1); });
+  EXPECT_EQ(place.index, 0u);
+  EXPECT_EQ(place.id, "E1");
+  EXPECT_EQ(place.property, "OT1");
 }
 
 TEST(JsonCards, TextAppendedStraightFromTheFileReadsAsTheVariantWritesIt) {
@@ -453,19 +462,12 @@ TEST(JsonCards, NumbersReadAsNumbersConvertEveryKindOfValueAsTheVariantDoes) {
   // Minutes that cannot be read as a number name their property in the read place.
   const Variant eight =
       load_cards_json(R"({"cards": [{"ExportID": "E8", "OT1": 60, "REG": "eight"}]})", "eight");
-  try {
-    for_each(eight, [&](const Variant& card) {
-      EXPECT_EQ(get_number(card, time_card::kOT1), 60);
-      get_number(card, time_card::kREG);
-    });
-    FAIL();
-  } catch (const Error& error) {
-    EXPECT_EQ(error.number(), 13);
-    const auto place = card_being_read(eight, error.number());
-    ASSERT_TRUE(place.has_value());
-    EXPECT_EQ(place->id, "E8");
-    EXPECT_EQ(place->property, "REG");
-  }
+  const CardReadPlace place = place_of_raised(eight, 13, [](const Variant& card) {
+    EXPECT_EQ(get_number(card, time_card::kOT1), 60);
+    get_number(card, time_card::kREG);
+  });
+  EXPECT_EQ(place.id, "E8");
+  EXPECT_EQ(place.property, "REG");
 }
 
 TEST(JsonCards, NumbersReadWhereTheCardBeforeHadThemConvertAsTheFirstCardsDid) {
@@ -538,31 +540,18 @@ TEST(JsonCards, AnErrorAfterHundredsOfReadsOfOneCardStillNamesItsDay) {
       }
     });
   };
-  try {
-    for_each(cards, read_every_day);
-    FAIL();
-  } catch (const Error& error) {
-    EXPECT_EQ(error.number(), 13);
-    EXPECT_EQ(minutes, 60 * 3 * 90 + 30);  // the last day's OT1 is read before its REG
-    const auto place = card_being_read(cards, error.number());
-    ASSERT_TRUE(place.has_value());
-    EXPECT_EQ(place->id, "E1");
-    EXPECT_EQ(place->property, "Days[60].REG");
-  }
+  const CardReadPlace day_place = place_of_raised(cards, 13, read_every_day);
+  EXPECT_EQ(minutes, 60 * 3 * 90 + 30);  // the last day's OT1 is read before its REG
+  EXPECT_EQ(day_place.id, "E1");
+  EXPECT_EQ(day_place.property, "Days[60].REG");
+
   int card_number = 0;
-  try {
-    for_each(cards, [&](const Variant& card) {
-      if (card_number++ == 0) return;  // the first card is not read this time
-      get_number(card, time_card::kREG);
-    });
-    FAIL();
-  } catch (const Error& error) {
-    EXPECT_EQ(error.number(), 13);
-    const auto place = card_being_read(cards, error.number());
-    ASSERT_TRUE(place.has_value());
-    EXPECT_EQ(place->id, "E2");
-    EXPECT_EQ(place->property, "REG");
-  }
+  const CardReadPlace card_place = place_of_raised(cards, 13, [&](const Variant& card) {
+    if (card_number++ == 0) return;  // the first card is not read this time
+    get_number(card, time_card::kREG);
+  });
+  EXPECT_EQ(card_place.id, "E2");
+  EXPECT_EQ(card_place.property, "REG");
 }
 
 }  // namespace
