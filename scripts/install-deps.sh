@@ -55,25 +55,36 @@ fi
 # The shipping DLL is 32-bit, so its tests need 32-bit Wine (wine32:i386). Every
 # Multi-Arch: same library must then have one version in both architectures. The
 # security suite's i386 index can lag behind its amd64 index (apt: "File has unexpected
-# size ... Mirror sync in progress?"), leaving amd64 libraries taken from it without an
-# i386 twin ("generated breaks"). So the main archive is preferred for both
-# architectures, and each amd64 library wine32 needs a twin of is moved to the version
-# its i386 twin has. On a mirror in sync this changes nothing that matters.
+# size ... Mirror sync in progress?"), and an installed amd64 library can be older than
+# any version its i386 twin is offered at. For this one install (and the look-ups that
+# plan it) the main archive is preferred over the security suite, through a
+# preferences file passed as an option and removed when the step ends; each amd64
+# library whose version differs from its i386 twin's is moved to the twin's: up where
+# the twin is newer, down only where the twin truly lags. The script says which and
+# why. Nothing is removed (--no-remove), and no pin stays behind: the next upgrade takes
+# both architectures' security updates as usual.
+# Earlier versions of this script left such a pin in place for good.
+if [[ -e /etc/apt/preferences.d/zorvat-wine32 ]]; then
+  echo "install-deps: removing /etc/apt/preferences.d/zorvat-wine32, which held back security updates" >&2
+  "${sudo[@]}" rm -f /etc/apt/preferences.d/zorvat-wine32
+fi
 if ((wants_wine32)); then
   echo "install-deps: installing wine32:i386 (32-bit Wine)" >&2
   if ! dpkg --print-foreign-architectures | grep -qx i386; then
     "${sudo[@]}" dpkg --add-architecture i386
   fi
-  "${sudo[@]}" tee /etc/apt/preferences.d/zorvat-wine32 >/dev/null <<'PIN'
-# Written by zorvat's scripts/install-deps.sh: the main archive before the security
-# suite, so that amd64 and i386 libraries come at the same versions.
+  main_first=$(mktemp)
+  trap 'rm -f "$main_first"' EXIT
+  cat >"$main_first" <<'PIN'
 Package: *
 Pin: release l=Debian-Security
 Pin-Priority: 100
 PIN
+  chmod 644 "$main_first"
+  pinned=(-o "Dir::Etc::Preferences=$main_first")
   update
-  closure=$(apt-cache depends --recurse --no-recommends --no-suggests --no-conflicts \
-              --no-breaks --no-replaces --no-enhances wine32:i386 2>/dev/null |
+  closure=$(apt-cache "${pinned[@]}" depends --recurse --no-recommends --no-suggests \
+              --no-conflicts --no-breaks --no-replaces --no-enhances wine32:i386 2>/dev/null |
             grep -E '^[a-z0-9].*:i386$' | sort -u)
   twins=()
   for package in $closure; do
@@ -81,12 +92,18 @@ PIN
     installed=$(dpkg-query -W -f='${Status} ${Version} ${Multi-Arch}' "$name:amd64" 2>/dev/null || true)
     [[ $installed == "install ok installed "*" same" ]] || continue
     version=$(awk '{print $4}' <<<"$installed")
-    candidate=$(apt-cache policy "$package" | awk '/Candidate:/ {print $2}')
+    candidate=$(apt-cache "${pinned[@]}" policy "$package" | awk '/Candidate:/ {print $2}')
     [[ -n $candidate && $candidate != "(none)" && $candidate != "$version" ]] || continue
+    if dpkg --compare-versions "$candidate" lt "$version"; then
+      echo "install-deps: $name:amd64 down from $version to $candidate: its i386 twin has no newer version in the indexes apt could read" >&2
+    else
+      echo "install-deps: $name:amd64 up from $version to $candidate, the version of its i386 twin" >&2
+    fi
     twins+=("$name:amd64=$candidate")
   done
-  ((${#twins[@]} == 0)) || echo "install-deps: same versions for ${twins[*]}" >&2
-  "${sudo[@]}" apt-get "${apt_options[@]}" install -y -qq --no-install-recommends \
-    --allow-downgrades "${twins[@]}" wine32:i386 >/dev/null
+  "${sudo[@]}" apt-get "${apt_options[@]}" "${pinned[@]}" install -y -qq --no-install-recommends \
+    --no-remove --allow-downgrades "${twins[@]}" wine32:i386 >/dev/null
+  rm -f "$main_first"
+  trap - EXIT
   [[ -x /usr/lib/wine/wine ]] || { echo "install-deps: wine32 installed no /usr/lib/wine/wine" >&2; exit 1; }
 fi
