@@ -8,6 +8,7 @@
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/time_card.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::formats {
 namespace {
@@ -109,13 +110,13 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
   std::string line;
 
   // Header: 80 columns.
-  line += "A001";                                                           // 1-4  "A001"
-  line += settings.at(kCompanyCode);                                        // company code
-  line += "002";                                                            // tag 002:
-  two_digits().append_to(line, Variant(settings.at(kBatchSeqNum)));         //   batch, "00"
-  line += 'z';                                                              // end of fields
-  append_spaces(line, kEpipFilledLength - static_cast<long>(line.size()));  // blanks to 79
-  line += '7';                                                              // 80   "7"
+  line += "A001";                                                                 // 1-4  "A001"
+  line += settings.at(kCompanyCode);                                              // company code
+  line += "002";                                                                  // tag 002:
+  two_digits().append_to(line, Variant(settings.at(kBatchSeqNum)));               //   batch, "00"
+  line += 'z';                                                                    // end of fields
+  append_spaces(line, kEpipFilledLength - static_cast<long>(text_length(line)));  // to 79
+  line += '7';                                                                    // 80   "7"
   line += kLineEnd;
   text += line;
 
@@ -185,7 +186,7 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
     total_hundredths().append_to(line, hundredths(overtime2_total));  // overtime 2
   }
   line += 'z';
-  append_spaces(line, kEpipFilledLength - static_cast<long>(line.size()));  // to 79
+  append_spaces(line, kEpipFilledLength - static_cast<long>(text_length(line)));  // to 79
   line += kLineEnd;
   text += line;
 }
@@ -269,7 +270,7 @@ void ADP7::ValidateSetupData(std::string_view psSetup) {
         case kOTHPayCode:
           // An empty pay code fails here too, although the export would simply leave
           // that category out.
-          if (field.size() < 2)
+          if (text_length(field) < 2)
             raise(error_number(position), kValidateSetupDataSource, kPayCodeDescription);
           break;
         default:

@@ -9,6 +9,7 @@
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/time_card.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::formats {
 namespace {
@@ -78,8 +79,8 @@ const FormatPattern& eight_digit_hundredths() {
 // of fewer than four characters puts the start at 0 or before, which raises 5
 // "Invalid procedure call or argument"; there is deliberately no guard.
 std::string last_four(const std::string& text) {
-  if (text.size() < 4) raise_runtime(rt::kInvalidProcedureCall);
-  return text.substr(text.size() - 4);
+  if (text_length(text) < 4) raise_runtime(rt::kInvalidProcedureCall);
+  return std::string(text_right(text, 4));
 }
 
 // The employee part: the last four characters of the number's text, zero-filled to
@@ -101,14 +102,16 @@ double hundredths(double minutes) {
 // and ends it. A record already wider makes the count of blanks negative, which
 // raises 5.
 void end_record(std::string& text, std::size_t record_start) {
-  append_spaces(text, kRecordWidth - static_cast<long>(text.size() - record_start));
+  append_spaces(text, kRecordWidth - static_cast<long>(
+                                         text_length(std::string_view(text).substr(record_start))));
   text += kRecordEnd;
 }
 
 bool company_name_fits(const std::string& code, bool jr) {
-  if (code.size() == 7) return true;
-  if (code.size() != 9) return false;
-  const char fourth = code[3];
+  const std::size_t length = text_length(code);
+  if (length == 7) return true;
+  if (length != 9) return false;
+  const char fourth = code[text_left(code, 3).size()];  // the fourth letter
   return jr ? fourth == 'Q' : fourth == 'C' || fourth == 'E';
 }
 

@@ -9,6 +9,7 @@
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
 #include "zorvat/time_card.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::formats {
 namespace {
@@ -90,7 +91,7 @@ bool PCPayLink::Execute(const Variant& pcTimeCards) {
     std::string text;
     text += "00000IM0005|001";                                                      // tags; 001:
     office_number_pattern().append_to(text, Variant(settings_.at(kOfficeNumber)));  //   office
-    text += std::string_view(settings_.at(kClientID)).substr(0, kLongestClientID);  //   client
+    text += text_left(settings_.at(kClientID), kLongestClientID);                   //   client
     text += '|';
     text += kRecordEnd;
     record_count_ = 1;
@@ -146,7 +147,7 @@ void PCPayLink::ValidateSetupData(std::string_view psSetup) {
             raise(error_number(position), kValidateSetupDataSource, kOfficeNumberDescription);
           break;
         case kClientID:
-          if (field.size() > kLongestClientID)
+          if (text_length(field) > kLongestClientID)
             raise(error_number(position), kValidateSetupDataSource, kClientIDDescription);
           break;
         case kSiteNumber:

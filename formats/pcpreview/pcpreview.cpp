@@ -9,6 +9,7 @@
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
 #include "zorvat/time_card.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::formats {
 namespace {
@@ -104,7 +105,7 @@ void PCPreview::ValidateSetupData(std::string_view psSetup) {
           raise(number, kValidateSetupDataSource,
                 pay_level_range_message(kClientNumberLow, kClientNumberHigh));
       } else if (position <= kOtherPayCode) {
-        if (field.size() > kPayCodeLength)
+        if (text_length(field) > kPayCodeLength)
           raise(number, kValidateSetupDataSource, pay_item_code_length_message(kPayCodeLength));
       }
     }

@@ -11,6 +11,7 @@
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
 #include "zorvat/time_card.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::formats {
 namespace {
@@ -109,7 +110,7 @@ void Peachtree::ValidateSetupData(std::string_view psSetup) {
         if (!field_in_range(field, kPayLevelLow, kPayLevelHigh))
           raise(number, kValidateSource, pay_level_range_message(kPayLevelLow, kPayLevelHigh));
       } else if (position < kOutputFieldTitles) {
-        if (field.size() > kPayItemCodeLength)
+        if (text_length(field) > kPayItemCodeLength)
           raise(number, kValidateSource, pay_item_code_length_message(kPayItemCodeLength));
       }
     }

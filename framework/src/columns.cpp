@@ -1,6 +1,7 @@
 #include "zorvat/columns.h"
 
 #include "zorvat/error.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat {
 
@@ -10,16 +11,20 @@ void append_spaces(std::string& out, long count) {
 }
 
 void append_left_justified(std::string& out, std::string_view text, std::size_t width) {
-  if (text.size() >= width) {
+  if (is_ascii(text)) {
     out += text.substr(0, width);
+    if (text.size() < width) out.append(width - text.size(), ' ');
     return;
   }
-  out += text;
-  out.append(width - text.size(), ' ');
+  // Cut to the width in letters; a character that does not fit whole is left out and
+  // its room filled, so the column keeps its width.
+  const std::string_view kept = text_left(text, width);
+  out += kept;
+  out.append(width - text_length(kept), ' ');
 }
 
 void append_right_justified(std::string& out, std::string_view text, std::size_t width) {
-  append_spaces(out, static_cast<long>(width) - static_cast<long>(text.size()));
+  append_spaces(out, static_cast<long>(width) - static_cast<long>(text_length(text)));
   out += text;
 }
 

@@ -3,6 +3,8 @@
 #include <cctype>
 #include <charconv>
 
+#include "zorvat/unicode.h"
+
 namespace zorvat {
 namespace {
 
@@ -135,8 +137,12 @@ ScriptOutcome run_form_action(FormModel& form, std::string_view line) {
     return {ScriptOutcome::Kind::Refused, "the focus stays in " + form.focused()->display_name()};
 
   if (verb == "type") {
-    for (const char key : action->argument)
-      form.type_key(*control, static_cast<unsigned char>(key));
+    // One key a letter, as typed.
+    for (std::size_t at = 0; at < action->argument.size();) {
+      const Utf8Character letter = decode_utf8(action->argument, at);
+      at += letter.bytes;
+      form.type_key(*control, static_cast<int>(letter.value));
+    }
   } else if (verb == "clear") {
     // One backspace per character, each through the filter and the change check; a
     // check that changes the text itself is followed until the box is empty.

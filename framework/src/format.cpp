@@ -12,6 +12,7 @@
 
 #include "zorvat/error.h"
 #include "zorvat/text.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat {
 namespace {
@@ -846,9 +847,14 @@ void render_text(std::string& out, const Section& section, std::string_view orig
   if (section.case_mode == '<') text = to_lower_ascii(text);
   if (section.case_mode == '>') text = to_upper_ascii(text);
   const int places = section.text_places;
-  const int length = static_cast<int>(text.size());
+  // Places count letters: a place shows one whole character.
+  const int length = static_cast<int>(text_length(text));
   int place = 0;
   std::size_t next = 0;
+  const auto letter_bytes = [&](std::size_t at) {
+    return static_cast<unsigned char>(text[at]) < 0x80 ? std::size_t{1}
+                                                       : decode_utf8(text, at).bytes;
+  };
   for (const Token& token : section.tokens) {
     if (token.kind == Tok::Literal) {
       out += token.literal;
@@ -865,8 +871,9 @@ void render_text(std::string& out, const Section& section, std::string_view orig
     else
       take = place >= places - length ? 1 : 0;
     if (take > 0) {
-      out.append(text, next, static_cast<std::size_t>(take));
-      next += static_cast<std::size_t>(take);
+      const std::size_t bytes = letter_bytes(next);
+      out.append(text, next, bytes);
+      next += bytes;
     } else if (token.kind == Tok::CharOrBlank) {
       out.push_back(' ');
     }

@@ -6,6 +6,7 @@
 
 #include "zorvat/error.h"
 #include "zorvat/export_class.h"
+#include "zorvat/unicode.h"
 #include "zorvat/variant.h"
 
 namespace zorvat {
@@ -201,11 +202,12 @@ bool FormModel::type_key(Control& box, int key_ascii, bool replace_all) {
     if (replace_all)
       text.clear();
     else if (!text.empty())
-      text.pop_back();
-  } else if (key >= 32 && key < 256) {
+      text.erase(text.size() - last_character_bytes(text));
+  } else if (key >= 32 && key <= 0x10FFFF) {
+    // The key's character; the box's length counts letters.
     if (replace_all) text.clear();
-    if (box.max_length != 0 && text.size() >= box.max_length) return false;
-    text.push_back(static_cast<char>(key));
+    if (box.max_length != 0 && text_length(text) >= box.max_length) return false;
+    append_utf8(text, static_cast<char32_t>(key));
   } else {
     return false;
   }

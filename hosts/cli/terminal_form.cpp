@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "zorvat/form_script.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::cli {
 namespace {
@@ -134,12 +135,19 @@ void edit_text(FormModel& form, Control& box, const std::string& wanted) {
   const std::string old = box.text;
   std::size_t keep = 0;
   while (keep < old.size() && keep < wanted.size() && old[keep] == wanted[keep]) ++keep;
+  // Back to the start of the letter the texts differ in.
+  while (keep > 0 && keep < wanted.size() &&
+         (static_cast<unsigned char>(wanted[keep]) & 0xC0u) == 0x80u)
+    --keep;
   bool replace_all = keep == 0 && !old.empty() && !wanted.empty();
   if (!replace_all)
     for (std::size_t i = keep; i < old.size() && box.text.size() > keep; ++i)
       form.type_key(box, kBackspace);
-  for (std::size_t i = keep; i < wanted.size(); ++i) {
-    const bool reached = form.type_key(box, static_cast<unsigned char>(wanted[i]), replace_all);
+  for (std::size_t i = keep; i < wanted.size();) {
+    // One key a letter, as typed.
+    const Utf8Character letter = decode_utf8(wanted, i);
+    i += letter.bytes;
+    const bool reached = form.type_key(box, static_cast<int>(letter.value), replace_all);
     if (reached) replace_all = false;
   }
 }

@@ -65,5 +65,55 @@ TEST(Columns, RightJustifiedTextWiderThanTheColumnRaises) {
             5);
 }
 
+TEST(Columns, WidthsCountLettersNotBytes) {
+  std::string out = "|";
+  append_left_justified(out,
+                        "Jos\xC3\xA9 Pe\xC3\xB1"
+                        "a",
+                        12);  // José Peña
+  out += "|";
+  EXPECT_EQ(out,
+            "|Jos\xC3\xA9 Pe\xC3\xB1"
+            "a   |");
+  out = "|";
+  append_right_justified(out,
+                         "Gr\xC3\xA2"
+                         "ce",
+                         7);  // Grâce
+  out += "|";
+  EXPECT_EQ(out,
+            "|  Gr\xC3\xA2"
+            "ce|");
+}
+
+TEST(Columns, ALongAccentedNameIsCutAtTheWidthInLetters) {
+  // 30 letters, 8 of them accented: "Renée Müller-Ñúñez Château Ödy" cut to its first 25.
+  const std::string name =
+      "Ren\xC3\xA9"
+      "e M\xC3\xBCller-\xC3\x91\xC3\xBA\xC3\xB1"
+      "ez Ch\xC3\xA2teau \xC3\x96"
+      "dy";
+  std::string out;
+  append_left_justified(out, name, 25);
+  EXPECT_EQ(out,
+            "Ren\xC3\xA9"
+            "e M\xC3\xBCller-\xC3\x91\xC3\xBA\xC3\xB1"
+            "ez Ch\xC3\xA2tea");
+}
+
+TEST(Columns, ACharacterThatWouldBeCutInTwoIsLeftOutAndItsRoomFilled) {
+  std::string out = "|";
+  append_left_justified(out, "abc\xF0\x9F\x98\x80", 4);  // U+1F600 takes two units
+  out += "|";
+  EXPECT_EQ(out, "|abc |");
+}
+
+TEST(Columns, RightJustifiedTextWiderInLettersStillRaises) {
+  EXPECT_EQ(raised_number([](std::string& out) {
+              append_right_justified(out, "\xC3\xA9\xC3\xA9\xC3\xA9", 2);
+            }),
+            5);
+}
+
 }  // namespace
 }  // namespace zorvat

@@ -103,6 +103,20 @@ INSTANTIATE_TEST_SUITE_P(
                     FormatCase{"AB", "!@@@@", "AB  "}, FormatCase{"abc", ">&&&", "ABC"},
                     FormatCase{"ABC", "<&&&", "abc"}));
 
+// Places count letters: "é" (two bytes) fills one place, and so does "€" (three).
+INSTANTIATE_TEST_SUITE_P(TextMasksCountLetters, FormatTable,
+                         testing::Values(FormatCase{"P\xC3\xA9", "@@@@", "  P\xC3\xA9"},
+                                         FormatCase{"P\xC3\xA9", "!@@@@", "P\xC3\xA9  "},
+                                         FormatCase{"\xC3\xB1"
+                                                    "a",
+                                                    "@-@", "\xC3\xB1-a"},
+                                         FormatCase{"\xE2\x82\xAC"
+                                                    "12",
+                                                    "@@@@",
+                                                    " \xE2\x82\xAC"
+                                                    "12"},
+                                         FormatCase{"Jos\xC3\xA9", "&&-&&", "Jo-s\xC3\xA9"}));
+
 INSTANTIATE_TEST_SUITE_P(
     Dates, FormatTable,
     testing::Values(FormatCase{kMarch6, "mm/dd/yy", "03/06/04"},

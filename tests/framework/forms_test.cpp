@@ -143,6 +143,26 @@ TEST_F(FormsTest, TypedKeysStopAtTheLengthLimit) {
   EXPECT_EQ(code.text, "Z");
 }
 
+TEST_F(FormsTest, TheLengthLimitCountsLettersAndBackspaceTakesAWholeOne) {
+  Control& code = form().control("txtCode");  // three letters at most, "AB" to start
+  form().type_key(code, 0x00D1);              // Ñ
+  EXPECT_EQ(code.text, "AB\xC3\x91");
+  EXPECT_FALSE(form().type_key(code, 'X'));
+  form().type_key(code, kBackspace);
+  EXPECT_EQ(code.text, "AB");
+  form().type_key(code, 0x738B, true);  // 王, over the whole text
+  EXPECT_EQ(code.text, "\xE7\x8E\x8B");
+}
+
+TEST_F(FormsTest, AScriptTypesOneKeyALetter) {
+  std::string settings;
+  // "José" in a box of digits: only what the filter lets through; in the upper-case
+  // code box of three letters: "ñé" after "AB" is cut at the third letter.
+  host.ui.answer_form({"type txtCode \xC3\xB1\xC3\xA9", "click cmdButton(0)"});
+  open(settings);
+  EXPECT_EQ(form().control("txtCode").text, "AB\xC3\xB1");
+}
+
 TEST_F(FormsTest, ChangeRunsOnlyWhenTheTextChanges) {
   Control& number = form().control("txtNumber");
   form().type_key(number, 'x');

@@ -1,5 +1,6 @@
 // Columns of a fixed-width record. A record writer appends its fields in column
 // order through these helpers, so each field's width is stated where it is written.
+// Widths count letters (UTF-16 code units, zorvat/unicode.h), never bytes.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +14,7 @@ namespace zorvat {
 void append_spaces(std::string& out, long count);
 
 // Appends `text` left-justified in a column of `width`: blanks after it up to the
-// width; text longer than the column is cut to the width.
+// width; text longer than the column is cut to the width, never inside a character.
 void append_left_justified(std::string& out, std::string_view text, std::size_t width);
 
 // Appends `text` right-justified in a column of `width`: blanks before it up to the

@@ -172,7 +172,8 @@ class FormModel {
   bool leave(Control& control);
   // The KeyPress filter alone: the key the box receives, 0 when it is dropped.
   int filter_key(Control& box, int key_ascii);
-  // One key typed into a text or combo box: filter, then the edit (a character is
+  // One key typed into a text or combo box (`key_ascii` is the letter's code point):
+  // filter, then the edit (a character is
   // appended within the length limit, backspace deletes the last one; with
   // `replace_all` the character replaces the selected whole text), then Change.
   // False when the key was dropped (by the filter or the length limit).
