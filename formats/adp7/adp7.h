@@ -64,6 +64,9 @@ class ADP7 final : public ExportClass {
 
   void run_check() override;
   ClassDescription describe() override;
+  std::vector<std::string_view> written_text_properties() const override {
+    return {"ExportID", "Shift"};
+  }
 
  private:
   // The two layouts, each appending the whole file to `text`.

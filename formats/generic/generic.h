@@ -42,6 +42,9 @@ class Generic final : public ExportClass {
 
   void run_check() override;
   ClassDescription describe() override;
+  std::vector<std::string_view> written_text_properties() const override {
+    return {"ExportID", "Number", "Shift", "FirstName", "MI", "LastName", "Badge"};
+  }
 
   // The field separator and the line terminator that settings choose; what a
   // position holds is tested as the export tests it, raising the same errors. The

@@ -64,6 +64,9 @@ class IntuitPAC final : public ExportClass {
 
   void run_check() override;
   ClassDescription describe() override;
+  std::vector<std::string_view> written_text_properties() const override {
+    return {"Number", "Shift"};
+  }
 
  private:
   // Appends one card's record (Jr) or records (full layout) to `text`.

@@ -49,6 +49,7 @@ class PCPayLink final : public ExportClass {
 
   void run_check() override;
   ClassDescription describe() override;
+  std::vector<std::string_view> written_text_properties() const override { return {"Number"}; }
 
  private:
   // Appends one card's detail records to `text` and counts them.

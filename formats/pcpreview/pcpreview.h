@@ -60,6 +60,9 @@ class PCPreview final : public ExportClass {
 
   void run_check() override { ValidateSetupData(SetupData()); }
   ClassDescription describe() override;
+  std::vector<std::string_view> written_text_properties() const override {
+    return {"Number", "FirstName", "LastName"};
+  }
 
  private:
   void EmployeeRecord(const Variant& card, std::string& output);

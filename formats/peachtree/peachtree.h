@@ -60,6 +60,7 @@ class Peachtree final : public ExportClass {
 
   void run_check() override { ValidateSetupData(SetupData()); }
   ClassDescription describe() override;
+  std::vector<std::string_view> written_text_properties() const override { return {"ExportID"}; }
 
  private:
   void OutputHeader(std::string& output);

@@ -54,6 +54,7 @@ class PrimePay final : public ExportClass {
 
   void run_check() override { ValidateSetupData(SetupData()); }
   ClassDescription describe() override;
+  std::vector<std::string_view> written_text_properties() const override { return {"Number"}; }
 
  private:
   void OutputHeader(std::string& output);

@@ -1,9 +1,11 @@
 #include "zorvat/file_step.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
 #include "zorvat/error.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat {
 
@@ -59,6 +61,31 @@ long file_error_from_win32(unsigned long error) {
   }
 }
 
+void write_in_code_page(OutputStream& stream, const CodePage& code_page, std::string_view text) {
+  // A piece of 1 MiB keeps the converted copy small beside a file of hundreds of
+  // megabytes, and the calls few.
+  constexpr std::size_t kPiece = std::size_t{1} << 20;
+  const bool ascii_kept = code_page.keeps_ascii();
+  std::string converted;
+  while (!text.empty()) {
+    std::size_t length = std::min(kPiece, text.size());
+    // Back to the start of a character: a continuation byte is 10xxxxxx.
+    while (length < text.size() && length > 0 &&
+           (static_cast<unsigned char>(text[length]) & 0xC0u) == 0x80u)
+      --length;
+    if (length == 0) length = std::min(kPiece, text.size());  // no character starts here
+    const std::string_view piece = text.substr(0, length);
+    text.remove_prefix(length);
+    if (ascii_kept && is_ascii(piece)) {
+      stream.write(piece);
+      continue;
+    }
+    converted.clear();
+    code_page.encode(piece, converted);
+    stream.write(converted);
+  }
+}
+
 void SafeOutputFiles::write_file(const std::string& path, std::string_view contents) {
   if (path.empty()) raise_runtime(rt::kBadFileNameOrNumber);
   switch (file_system_.kind(path)) {
@@ -67,7 +94,7 @@ void SafeOutputFiles::write_file(const std::string& path, std::string_view conte
     case FileSystem::Kind::Other: {
       // A device or a pipe cannot be replaced; it is written in place.
       auto stream = file_system_.open_for_output(path);
-      stream->write(contents);
+      write_in_code_page(*stream, code_page_, contents);
       stream->finish();
       return;
     }
@@ -78,7 +105,7 @@ void SafeOutputFiles::write_file(const std::string& path, std::string_view conte
   std::string temporary;
   auto stream = file_system_.create_beside(path, temporary);
   try {
-    stream->write(contents);
+    write_in_code_page(*stream, code_page_, contents);
     stream->finish();
     stream.reset();
     file_system_.replace(temporary, path);

@@ -11,6 +11,8 @@
 
 #include "builtin_formats.h"
 #include "cli_ui.h"
+#include "code_page_check.h"
+#include "code_page_option.h"
 #include "describe_command.h"
 #include "json_cards.h"
 #include "platform.h"
@@ -19,6 +21,7 @@
 #include "setup_command.h"
 #include "simulated_quickbooks.h"
 #include "zorvat/error.h"
+#include "zorvat/unicode.h"
 #include "zorvat/version.h"
 
 namespace zorvat::cli {
@@ -32,6 +35,7 @@ struct Request {
   std::string title;
   std::optional<std::string> out;
   std::string today;
+  std::string code_page = default_code_page_name();
   bool json = false;
   // QB2000: the simulated company, the qbXML log, the answers of the questions.
   std::optional<std::string> qb_company;
@@ -44,6 +48,9 @@ struct Report {
   bool result = false;
   std::string setup_data;
   std::optional<std::string> file;
+  std::string code_page;
+  // Cards (and the settings) with letters the code page lacks.
+  std::vector<CardMissingLetters> missing_letters;
   std::vector<std::string> messages;
   std::optional<Error> error;
   // The card being read when the error was raised, when it was raised in one.
@@ -57,6 +64,10 @@ void print_json(std::ostream& out, const Report& report) {
   json["setupData"] = report.setup_data;
   json["file"] = report.file ? nlohmann::ordered_json(*report.file) : nlohmann::ordered_json();
   json["messages"] = report.messages;
+  if (!report.code_page.empty()) {
+    json["codePage"] = report.code_page;
+    json["missingLetters"] = missing_letters_json(report.missing_letters);
+  }
   if (report.error) {
     json["error"] = {{"number", report.error->number()},
                      {"source", report.error->source()},
@@ -118,6 +129,10 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
     today = *parsed;
   }
 
+  const std::unique_ptr<CodePage> code_page = code_page_named(request.code_page);
+  if (!code_page)
+    return usage_error(request, out, err, unknown_code_page_message(request.code_page));
+
   Variant cards;
   if (request.command == "export") {
     try {
@@ -144,7 +159,8 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   for (const std::string& answer : request.answers)
     answers.push_back(answer == "yes" ? Answer::Yes : Answer::No);
   CommandLineUi ui({request.out, interactive && !request.json, !request.json, std::move(answers)});
-  RecordingFiles files(safe_output_files());
+  SafeOutputFiles output_files(system_file_system(), *code_page);
+  RecordingFiles files(output_files);
   FixedDateClock clock(today);
   const ExportContext context{ui, files, clock, quickbooks ? &quickbooks->sessions() : nullptr};
 
@@ -175,12 +191,23 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   }
   report.setup_data = instance->SetupData();
   report.file = files.written();
+  if (report.file && !instance->written_text_properties().empty()) {
+    // Which cards hold letters the file's code page lacks; a file of ASCII alone
+    // holds none.
+    report.code_page = code_page->name();
+    if (!files.wrote_only_ascii() || !code_page->keeps_ascii())
+      report.missing_letters = missing_letters(cards, *instance, request.setup, *code_page);
+  }
   report.messages = ui.messages();
 
   const int status = report.error ? kErrorRaised : report.result ? kSucceeded : kReturnedFalse;
   if (request.json) {
     print_json(out, report);
   } else if (status == kSucceeded) {
+    // The file is written as the classic component writes it; each card whose letters
+    // the code page lacks is named once.
+    for (const CardMissingLetters& missing : report.missing_letters)
+      err << warning_line(missing, report.code_page) << '\n';
     out << (request.command == "export" ? report.setup_data : std::string("ok")) << '\n';
   } else if (status == kErrorRaised) {
     err << "zorvat: error " << report.error->number() << " in " << report.error->source() << ": "
@@ -217,6 +244,9 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
                              "answer the Save dialog with this path (\"\" for an empty name)");
   export_command->add_option("--today", request.today,
                              "the date the classes take as today (YYYY-MM-DD)");
+  export_command->add_option("--code-page", request.code_page,
+                             "write the file in this code page (default " +
+                                 default_code_page_name() + "; utf-8, windows-1250, 850, ...)");
   export_command->add_option("--qb-company", request.qb_company,
                              "QB2000: the simulated QuickBooks company (JSON) to export to");
   export_command->add_option("--qb-log", request.qb_log,
@@ -256,7 +286,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       names_qb2000(request.class_name))
     return run_qb2000_check(request.cards_path, request.setup, request.json, out, err);
   const ExportOptions export_options{request.class_name, request.cards_path, request.setup,
-                                     request.title, request.json};
+                                     request.title,      request.code_page,  request.json};
   if (auto status = reconcile_commands.run(export_options, out, err)) return *status;
 
   if (describe_commands.parsed()) return describe_commands.run(out, err);

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "zorvat/ui_services.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::cli {
 
@@ -53,12 +54,17 @@ class RecordingFiles final : public OutputFiles {
   void write_file(const std::string& path, std::string_view contents) override {
     target_.write_file(path, contents);
     written_ = path;
+    only_ascii_ = is_ascii(contents);
   }
   const std::optional<std::string>& written() const { return written_; }
+  // Whether the text written was ASCII alone, which every code page the command writes
+  // in has.
+  bool wrote_only_ascii() const { return only_ascii_; }
 
  private:
   OutputFiles& target_;
   std::optional<std::string> written_;
+  bool only_ascii_ = true;
 };
 
 class FixedDateClock final : public Clock {

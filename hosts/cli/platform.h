@@ -12,7 +12,11 @@
 
 namespace zorvat::cli {
 
-// The command line's output files: the safe file step over the system's file system.
+// The system's file system, which the command writes through the safe file step.
+FileSystem& system_file_system();
+
+// The safe file step over the system's file system, writing in the default code page
+// (code_page_option.h).
 OutputFiles& safe_output_files();
 
 // Whether a user can answer: on POSIX, standard input and standard error are a

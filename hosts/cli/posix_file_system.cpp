@@ -111,9 +111,8 @@ FileSystem& posix_file_system() {
   return file_system;
 }
 
-OutputFiles& safe_output_files() {
-  static SafeOutputFiles files(posix_file_system());
-  return files;
+FileSystem& system_file_system() {
+  return posix_file_system();
 }
 
 }  // namespace zorvat::cli

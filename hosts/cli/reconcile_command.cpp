@@ -4,14 +4,21 @@
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <cstdio>
 #include <fstream>
 #include <ostream>
 #include <sstream>
 
 #include "app.h"
+#include "builtin_formats.h"
+#include "cli_ui.h"
+#include "code_page_check.h"
+#include "code_page_option.h"
 #include "json_cards.h"
+#include "platform.h"
 #include "zorvat/error.h"
 #include "zorvat/reconcile/reconcile.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::cli {
 namespace {
@@ -24,6 +31,7 @@ struct Inputs {
   const std::string& setup;
   const std::string& title;
   const std::string* written_path;  // null for a check before writing
+  const std::string& code_page;
   bool json;
 };
 
@@ -39,7 +47,14 @@ struct Failure {
   std::string description;
 };
 
-void print_json(std::ostream& out, const Reconciliation* result, const Failure* failure) {
+// A check before writing lists the letters the file's code page lacks, card by card.
+struct LettersCheck {
+  std::string code_page;
+  std::vector<CardMissingLetters> missing;
+};
+
+void print_json(std::ostream& out, const Reconciliation* result, const Failure* failure,
+                const LettersCheck* letters = nullptr) {
   nlohmann::ordered_json json;
   if (result) {
     json["class"] = result->class_name;
@@ -70,6 +85,10 @@ void print_json(std::ostream& out, const Reconciliation* result, const Failure* 
                       {"difference", json_hours(in_file - input)}};
     json["problems"] = result->problems;
     json["unexplained"] = result->unexplained();
+    if (letters) {
+      json["codePage"] = letters->code_page;
+      json["missingLetters"] = missing_letters_json(letters->missing);
+    }
   }
   json["error"] = failure ? nlohmann::ordered_json({{"number", failure->number},
                                                     {"source", failure->source},
@@ -93,6 +112,36 @@ int usage(const Inputs& inputs, std::ostream& out, std::ostream& err, std::strin
   return fail(inputs, out, err, {0, "zorvat", std::move(message)});
 }
 
+// Converts a written file's `bytes` from the code page it was written in to the UTF-8
+// text the readers take, into `text`. A code page that passes its bytes on as they are
+// (UTF-8) can leave bytes that are no text in it: the file was written in another code
+// page, and the message says so.
+std::optional<std::string> file_text(std::string_view bytes, const CodePage& code_page,
+                                     std::string& text) {
+  code_page.decode(bytes, text);
+  if (is_ascii(text)) return std::nullopt;
+  for (std::size_t at = 0; at < text.size();) {
+    const Utf8Character character = decode_utf8(text, at);
+    if (!character.valid) {
+      char byte[8];
+      std::snprintf(byte, sizeof byte, "0x%02X", static_cast<unsigned char>(text[at]));
+      return "not " + code_page.name() + " text: byte " + std::to_string(at + 1) + " (" + byte +
+             ") is no character in it; name the code page the file was written in with "
+             "--code-page (windows-1252, 850, ...)";
+    }
+    at += character.bytes;
+  }
+  return std::nullopt;
+}
+
+// For a file with letters beyond ASCII that does not read as its layout, or does not
+// match its cards: it may have been read in another code page than it was written in.
+std::string code_page_note(std::string_view text, std::string_view read_as) {
+  if (is_ascii(text)) return {};
+  return "the file was read as " + std::string(read_as) +
+         "; if it was written in another code page, name that one with --code-page";
+}
+
 int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
   const reconcile::ClassRules* rules = reconcile::find_class_rules(inputs.class_name);
   if (!rules) {
@@ -105,6 +154,10 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
                  "unknown export class \"" + inputs.class_name + "\" (known: " + known + ")");
   }
 
+  // The code page the file was (or would be) written in.
+  const std::unique_ptr<CodePage> code_page = code_page_named(inputs.code_page);
+  if (!code_page) return usage(inputs, out, err, unknown_code_page_message(inputs.code_page));
+
   Variant cards;
   try {
     cards = load_cards_file(inputs.cards_path);
@@ -112,12 +165,15 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
     return usage(inputs, out, err, error.what());
   }
   std::string written;
+  std::string read_as;  // the name of the code page the written file is read in
   if (inputs.written_path) {
+    read_as = code_page->name();
     std::ifstream in(*inputs.written_path, std::ios::binary);
     if (!in) return usage(inputs, out, err, "cannot read \"" + *inputs.written_path + "\"");
     std::ostringstream bytes;
     bytes << in.rdbuf();
-    written = bytes.str();
+    if (auto problem = file_text(bytes.str(), *code_page, written))
+      return usage(inputs, out, err, *inputs.written_path + ": " + *problem);
   }
 
   Reconciliation result;
@@ -128,15 +184,41 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
       result = reconcile::check(*rules, cards, inputs.setup, inputs.title);
     }
   } catch (const reconcile::ReadError& error) {
-    return usage(inputs, out, err, *inputs.written_path + ": " + error.what());
+    const std::string note = code_page_note(written, read_as);
+    const std::string note_in_parentheses = note.empty() ? note : " (" + note + ")";
+    return usage(inputs, out, err,
+                 *inputs.written_path + ": " + error.what() + note_in_parentheses);
   } catch (const Error& error) {
     return fail(inputs, out, err, {error.number(), error.source(), error.description()});
   }
 
-  if (inputs.json)
-    print_json(out, &result, nullptr);
-  else
+  // Letters the code page lacks, worked out as the export works them out.
+  std::optional<LettersCheck> letters;
+  if (!inputs.written_path) {
+    CommandLineUi ui({std::nullopt, false, false, {}});
+    FixedDateClock clock(system_clock().today());
+    const auto instance = formats::builtin_formats().create(
+        inputs.class_name, ExportContext{ui, safe_output_files(), clock, nullptr});
+    if (instance)
+      letters = LettersCheck{code_page->name(),
+                             missing_letters(cards, *instance, inputs.setup, *code_page)};
+  }
+
+  if (inputs.json) {
+    print_json(out, &result, nullptr, letters ? &*letters : nullptr);
+  } else {
     out << reconcile::table_text(result);
+    if (letters && !letters->missing.empty()) {
+      out << "\nLetters " << letters->code_page
+          << " lacks (the file would hold what the conversion makes of them):\n";
+      for (const CardMissingLetters& missing : letters->missing)
+        out << "  " << missing_letters_line(missing, letters->code_page) << '\n';
+    }
+  }
+  if (inputs.written_path && !inputs.json && result.unexplained() != 0) {
+    const std::string note = code_page_note(written, read_as);
+    if (!note.empty()) err << "zorvat: " << note << '\n';
+  }
   return result.unexplained() == 0 ? 0 : kUnexplainedDifference;
 }
 
@@ -153,17 +235,22 @@ ReconcileCommands::ReconcileCommands(CLI::App& app, CLI::App& export_command) {
   reconcile_->add_option("--setup", setup_, "the settings string (SetupData) of the export");
   reconcile_->add_option("--title", title_, "the Title of the export");
   reconcile_->add_flag("--json", json_, "print one JSON object");
+  code_page_ = default_code_page_name();
+  reconcile_->add_option("--code-page", code_page_,
+                         "read the file in this code page (default " + code_page_ +
+                             "; utf-8, windows-1250, 850, ...)");
 }
 
 std::optional<int> ReconcileCommands::run(const ExportOptions& export_options, std::ostream& out,
                                           std::ostream& err) const {
   if (reconcile_->parsed())
-    return run_analysis({class_name_, cards_path_, setup_, title_, &written_path_, json_}, out,
-                        err);
+    return run_analysis(
+        {class_name_, cards_path_, setup_, title_, &written_path_, code_page_, json_}, out, err);
   if (check_)
-    return run_analysis({export_options.class_name, export_options.cards_path, export_options.setup,
-                         export_options.title, nullptr, export_options.json},
-                        out, err);
+    return run_analysis(
+        {export_options.class_name, export_options.cards_path, export_options.setup,
+         export_options.title, nullptr, export_options.code_page, export_options.json},
+        out, err);
   return std::nullopt;
 }
 

@@ -29,6 +29,7 @@ struct ExportOptions {
   const std::string& cards_path;
   const std::string& setup;
   const std::string& title;
+  const std::string& code_page;
   bool json;
 };
 
@@ -50,6 +51,7 @@ class ReconcileCommands {
   std::string setup_;
   std::string title_;
   std::string written_path_;
+  std::string code_page_;  // the code page the written file is read in
   bool json_ = false;
 };
 

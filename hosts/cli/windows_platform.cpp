@@ -15,10 +15,9 @@ bool is_console(DWORD which) {
 
 }  // namespace
 
-OutputFiles& safe_output_files() {
+FileSystem& system_file_system() {
   static win32::Win32FileSystem file_system;
-  static SafeOutputFiles files(file_system);
-  return files;
+  return file_system;
 }
 
 bool interactive_session() {

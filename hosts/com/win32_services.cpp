@@ -1,12 +1,14 @@
 #include "win32_services.h"
 
 #include "qbfc_session.h"
+#include "win32/win32_code_page.h"
 
 namespace zorvat::com {
 namespace {
 Win32Ui server_ui;
 Win32FileSystem server_file_system;
-SafeOutputFiles server_files(server_file_system);
+// Files in the ANSI code page, as a classic component writes its text files.
+SafeOutputFiles server_files(server_file_system, win32::ansi_code_page());
 const Win32Clock server_clock;
 }  // namespace
 

@@ -150,7 +150,7 @@ class Win32Stream final : public OutputStream {
   explicit Win32Stream(HANDLE file) : file_(file) {}
 
   void write(std::string_view bytes) override {
-    // One write of the whole text; a text past 1 GB takes more than one call.
+    // All of the bytes; more than 1 GB takes more than one call.
     while (!bytes.empty()) {
       const DWORD chunk = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 0x40000000));
       DWORD written = 0;

@@ -28,6 +28,7 @@
 #include "zorvat/hours.h"
 #include "zorvat/reconcile/reconcile.h"
 #include "zorvat/reconcile/text_reader.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::reconcile {
 namespace {
@@ -283,8 +284,8 @@ Expectation expect_intuitpac(const Variant& cards, const SettingsFields& setting
   Builder builder(jr ? "Jr" : "full");
   for_each(cards, [&](const Variant& card) {
     const std::string number = to_text(get_property(card, "Number"));
-    if (number.size() < 4) raise_runtime(rt::kInvalidProcedureCall);
-    const std::string employee = format(Variant(number.substr(number.size() - 4)), "0000");
+    if (text_length(number) < 4) raise_runtime(rt::kInvalidProcedureCall);
+    const std::string employee = format(Variant(std::string(text_right(number, 4))), "0000");
     const Minutes minutes = card_minutes(card);
     const Rows rows = builder.card(employee, minutes);
     for (std::size_t c = 0; c < kCategoryCount; ++c) {

@@ -6,6 +6,8 @@
 #include <map>
 #include <tuple>
 
+#include "zorvat/unicode.h"
+
 namespace zorvat::reconcile {
 namespace {
 
@@ -169,16 +171,18 @@ std::string table_text(const Reconciliation& reconciliation) {
   table.push_back({"Total", "", hours_text(input, 2), hours_text(in_file, 2),
                    hours_text(in_file - input, 4, true), ""});
 
+  // Columns are as wide as their longest text in letters (an export ID may hold "ñ").
   std::vector<std::size_t> widths(table.front().size(), 0);
   for (const auto& line : table)
-    for (std::size_t i = 0; i < line.size(); ++i) widths[i] = std::max(widths[i], line[i].size());
+    for (std::size_t i = 0; i < line.size(); ++i)
+      widths[i] = std::max(widths[i], text_length(line[i]));
   std::string text;
   auto put_line = [&](const std::vector<std::string>& line) {
     std::string out;
     for (std::size_t i = 0; i < line.size(); ++i) {
       // Hours columns are right-aligned, the others left-aligned.
       const bool right = i >= 2 && i <= 4;
-      const std::string pad(widths[i] - line[i].size(), ' ');
+      const std::string pad(widths[i] - text_length(line[i]), ' ');
       if (i > 0) out += "  ";
       out += right ? pad + line[i] : line[i] + (i + 1 < line.size() ? pad : "");
     }

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "zorvat/reconcile/text_reader.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::reconcile {
 
@@ -46,7 +47,8 @@ std::vector<Line> split_lines(std::string_view layout, std::string_view bytes,
     const std::size_t end = bytes.find(terminator, start);
     if (end == std::string_view::npos) {
       if (last_terminated)
-        throw ReadError(layout, number, bytes.size() - start + 1, "the last line has no line end");
+        throw ReadError(layout, number, text_length(bytes.substr(start)) + 1,
+                        "the last line has no line end");
       lines.push_back({bytes.substr(start), number});
       break;
     }
@@ -69,6 +71,10 @@ std::vector<std::string_view> split_fields(std::string_view line, std::string_vi
     fields.push_back(line.substr(start, end - start));
     start = end + separator.size();
   }
+}
+
+std::size_t letter_column(std::string_view text, std::size_t position) {
+  return text_length(text.substr(0, position)) + 1;
 }
 
 std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals) {
@@ -116,13 +122,31 @@ std::optional<CivilDate> parse_short_date(std::string_view text) {
 }
 
 std::string_view Cursor::take(std::size_t width, std::string_view what) {
-  if (position_ + width > line_.text.size()) {
-    std::string problem = "the record ends before ";
-    problem += what;
-    fail(problem);
+  const std::string_view text = line_.text;
+  std::size_t end = position_;
+  std::size_t letters = 0;
+  while (letters < width) {
+    if (end >= text.size()) {
+      std::string problem = "the record ends before ";
+      problem += what;
+      fail(problem);
+    }
+    if (static_cast<unsigned char>(text[end]) < 0x80) {
+      ++letters, ++end;
+      continue;
+    }
+    const Utf8Character character = decode_utf8(text, end);
+    letters += utf16_units(character.value);
+    if (letters > width) {
+      std::string problem = code_point_name(character.value);
+      problem += " stands across the end of ";
+      problem += what;
+      fail_at(end, problem);
+    }
+    end += character.bytes;
   }
-  std::string_view taken = line_.text.substr(position_, width);
-  position_ += width;
+  std::string_view taken = text.substr(position_, end - position_);
+  position_ = end;
   return taken;
 }
 
@@ -165,17 +189,18 @@ void Cursor::expect_blanks(std::size_t count, std::string_view what) {
 }
 
 void Cursor::expect_blank_fill(std::size_t width) {
-  if (line_.text.size() < width) fail("the record is shorter than " + std::to_string(width));
+  if (text_length(line_.text) < width)
+    fail("the record is shorter than " + std::to_string(width) + " columns");
   expect_blanks(line_.text.size() - position_, "fill to the end of the record");
 }
 
 std::int64_t Cursor::number(std::size_t width, int decimals, std::string_view what) {
-  const std::size_t column = position_;
+  const std::size_t start = position_;
   const bool negative = position_ < line_.text.size() && line_.text[position_] == '-';
-  return number_in(take(negative ? width + 1 : width, what), column, decimals, what);
+  return number_in(take(negative ? width + 1 : width, what), start, decimals, what);
 }
 
-std::int64_t Cursor::number_in(std::string_view text, std::size_t column, int decimals,
+std::int64_t Cursor::number_in(std::string_view text, std::size_t position, int decimals,
                                std::string_view what) const {
   const auto value = parse_decimal(text, decimals);
   if (!value) {
@@ -183,7 +208,7 @@ std::int64_t Cursor::number_in(std::string_view text, std::size_t column, int de
     problem += text;
     problem += "\" is not ";
     problem += what;
-    fail_at(column, problem);
+    fail_at(position, problem);
   }
   return *value;
 }
@@ -192,8 +217,8 @@ void Cursor::expect_end() {
   if (!at_end()) fail("unexpected text at the end of the record");
 }
 
-void Cursor::fail_at(std::size_t column, std::string_view problem) const {
-  throw ReadError(layout_, line_.number, column + 1, problem);
+void Cursor::fail_at(std::size_t position, std::string_view problem) const {
+  throw ReadError(layout_, line_.number, letter_column(line_.text, position), problem);
 }
 
 }  // namespace zorvat::reconcile

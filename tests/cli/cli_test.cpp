@@ -79,7 +79,8 @@ TEST_F(CommandLine, JsonReportHasEveryFieldInOrder) {
       zorvat({"export", "Generic", "--cards", kCards, "--setup", kSetup, "--out", out, "--json"});
   EXPECT_EQ(r.exit_code, 0);
   EXPECT_EQ(r.out, "{\"result\":true,\"setupData\":\"" + kSetup + "\",\"file\":\"" + out +
-                       "\",\"messages\":[],\"error\":null}\n");
+                       "\",\"messages\":[],\"codePage\":\"windows-1252\",\"missingLetters\":[],"
+                       "\"error\":null}\n");
 }
 
 TEST_F(CommandLine, JsonReportOfAnError) {

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "zorvat/error.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat {
 namespace {
@@ -76,7 +77,7 @@ long error_of(SafeOutputFiles& files, const std::string& path, std::string_view 
 TEST(FileStep, ReplacesTheTargetThroughATemporaryFile) {
   FakeFileSystem fs;
   fs.files["out.tab"] = "previous";
-  SafeOutputFiles files(fs);
+  SafeOutputFiles files(fs, utf8_code_page());
   files.write_file("out.tab", "new text");
   EXPECT_EQ(fs.files, (std::map<std::string, std::string>{{"out.tab", "new text"}}));
   EXPECT_EQ(fs.temporaries, 1);
@@ -84,7 +85,7 @@ TEST(FileStep, ReplacesTheTargetThroughATemporaryFile) {
 
 TEST(FileStep, CreatesAMissingTarget) {
   FakeFileSystem fs;
-  SafeOutputFiles files(fs);
+  SafeOutputFiles files(fs, utf8_code_page());
   files.write_file("new.tab", "");
   EXPECT_EQ(fs.files, (std::map<std::string, std::string>{{"new.tab", ""}}));
 }
@@ -95,7 +96,7 @@ TEST(FileStep, AFailureAtAnyStepLeavesThePreviousFileAndNoTemporaryFile) {
     FakeFileSystem fs;
     fs.files["out.tab"] = "previous";
     fs.fail_at = step;
-    SafeOutputFiles files(fs);
+    SafeOutputFiles files(fs, utf8_code_page());
     EXPECT_EQ(error_of(files, "out.tab", "new text"), rt::kDiskFull);
     EXPECT_EQ(fs.files, (std::map<std::string, std::string>{{"out.tab", "previous"}}));
     EXPECT_EQ(fs.removed, std::vector<std::string>{"out.tab.tmp1"});
@@ -106,7 +107,7 @@ TEST(FileStep, AFolderThatCannotTakeTheTemporaryFileRaisesItsError) {
   FakeFileSystem fs;
   fs.fail_at = FakeFileSystem::Step::Create;
   fs.error = rt::kPermissionDenied;
-  SafeOutputFiles files(fs);
+  SafeOutputFiles files(fs, utf8_code_page());
   EXPECT_EQ(error_of(files, "locked/out.tab", "x"), rt::kPermissionDenied);
   EXPECT_TRUE(fs.files.empty());
 }
@@ -114,7 +115,7 @@ TEST(FileStep, AFolderThatCannotTakeTheTemporaryFileRaisesItsError) {
 TEST(FileStep, ADirectoryIsNoFile) {
   FakeFileSystem fs;
   fs.kinds["folder"] = FileSystem::Kind::Directory;
-  SafeOutputFiles files(fs);
+  SafeOutputFiles files(fs, utf8_code_page());
   EXPECT_EQ(error_of(files, "folder", "x"), rt::kPathFileAccessError);
   EXPECT_EQ(fs.temporaries, 0);
 }
@@ -122,7 +123,7 @@ TEST(FileStep, ADirectoryIsNoFile) {
 TEST(FileStep, DevicesAreWrittenInPlace) {
   FakeFileSystem fs;
   fs.kinds["/dev/lp0"] = FileSystem::Kind::Other;
-  SafeOutputFiles files(fs);
+  SafeOutputFiles files(fs, utf8_code_page());
   files.write_file("/dev/lp0", "to the printer");
   EXPECT_EQ(fs.files["/dev/lp0"], "to the printer");
   EXPECT_EQ(fs.temporaries, 0);
@@ -130,7 +131,7 @@ TEST(FileStep, DevicesAreWrittenInPlace) {
 
 TEST(FileStep, AnEmptyNameIsABadFileName) {
   FakeFileSystem fs;
-  SafeOutputFiles files(fs);
+  SafeOutputFiles files(fs, utf8_code_page());
   EXPECT_EQ(error_of(files, "", "x"), rt::kBadFileNameOrNumber);
 }
 
@@ -160,6 +161,106 @@ TEST(FileErrors, Win32CodesMapToTheClassicErrors) {
   EXPECT_EQ(file_error_from_win32(267), 75);  // ERROR_DIRECTORY
   EXPECT_EQ(runtime_error_text(57), "Device I/O error");
   EXPECT_EQ(runtime_error_text(67), "Too many files");
+}
+
+// ISO 8859-1 for the tests: a letter up to U+00FF is its own byte, any other is "?";
+// it counts the pieces it is handed.
+class Latin1 final : public CodePage {
+ public:
+  mutable int pieces = 0;
+  std::string name() const override { return "iso-8859-1"; }
+  void encode(std::string_view text, std::string& out) const override {
+    ++pieces;
+    for (std::size_t at = 0; at < text.size();) {
+      const Utf8Character character = decode_utf8(text, at);
+      out += character.value < 0x100 ? static_cast<char>(character.value) : '?';
+      at += character.bytes;
+    }
+  }
+  void decode(std::string_view bytes, std::string& out) const override {
+    for (char byte : bytes) append_utf8(out, static_cast<unsigned char>(byte));
+  }
+};
+
+// A code page that does not keep ASCII (two bytes a letter, as UTF-16 would write it).
+class TwoBytesALetter final : public CodePage {
+ public:
+  std::string name() const override { return "two-bytes"; }
+  void encode(std::string_view text, std::string& out) const override {
+    for (char c : text) (out += c) += '\0';
+  }
+  void decode(std::string_view bytes, std::string& out) const override {
+    for (std::size_t i = 0; i < bytes.size(); i += 2) out += bytes[i];
+  }
+};
+
+TEST(FileStepCodePage, WhetherACodePageKeepsAsciiIsTried) {
+  EXPECT_TRUE(Latin1().keeps_ascii());
+  EXPECT_FALSE(TwoBytesALetter().keeps_ascii());
+  FakeFileSystem fs;
+  const TwoBytesALetter two;
+  SafeOutputFiles files(fs, two);
+  files.write_file("out.tab", "AB");
+  EXPECT_EQ(fs.files.at("out.tab"), std::string("A\0B\0", 4));
+}
+
+TEST(FileStepCodePage, TheFileHoldsTheTextInTheCodePage) {
+  FakeFileSystem fs;
+  const Latin1 latin1;
+  SafeOutputFiles files(fs, latin1);
+  files.write_file("out.tab",
+                   "Jos\xC3\xA9 Pe\xC3\xB1"
+                   "a,\xE7\x8E\x8B\r\n");  // José Peña,王
+  EXPECT_EQ(fs.files.at("out.tab"),
+            "Jos\xE9 Pe\xF1"
+            "a,?\r\n");
+}
+
+TEST(FileStepCodePage, AsciiGoesAsItStandsWithoutAConversion) {
+  FakeFileSystem fs;
+  const Latin1 latin1;
+  SafeOutputFiles files(fs, latin1);
+  const int pieces_before = latin1.pieces;
+  files.write_file("out.tab", "E100,000000042,01,8.00\r\n");
+  EXPECT_EQ(fs.files.at("out.tab"), "E100,000000042,01,8.00\r\n");
+  EXPECT_EQ(latin1.pieces - pieces_before, 1);  // keeps_ascii's one try, no conversion
+}
+
+TEST(FileStepCodePage, ALargeTextIsConvertedInPiecesThatNeverSplitALetter) {
+  // "é" (two bytes) straddles every 1 MiB boundary when the text starts with one
+  // ASCII byte; the file still holds one byte per letter.
+  std::string text = "x";
+  std::string expected = "x";
+  while (text.size() < 3 * (std::size_t{1} << 20)) {
+    text += "\xC3\xA9";
+    expected += '\xE9';
+  }
+  FakeFileSystem fs;
+  const Latin1 latin1;
+  SafeOutputFiles files(fs, latin1);
+  files.write_file("big.tab", text);
+  EXPECT_EQ(fs.files.at("big.tab"), expected);
+  EXPECT_GE(latin1.pieces, 3);
+}
+
+TEST(FileStepCodePage, Utf8IsWrittenUnchanged) {
+  FakeFileSystem fs;
+  SafeOutputFiles files(fs, utf8_code_page());
+  files.write_file("out.tab",
+                   "Gr\xC3\xA2"
+                   "ce O\xE2\x80\x99Neil");
+  EXPECT_EQ(fs.files.at("out.tab"),
+            "Gr\xC3\xA2"
+            "ce O\xE2\x80\x99Neil");
+}
+
+TEST(FileStepCodePage, ADeviceIsWrittenInTheCodePageToo) {
+  FakeFileSystem fs;
+  fs.kinds["/dev/lp0"] = FileSystem::Kind::Other;
+  const Latin1 latin1;
+  SafeOutputFiles files(fs, latin1);
+  files.write_file("/dev/lp0", "M\xC3\xBCller");
+  EXPECT_EQ(fs.files.at("/dev/lp0"), "M\xFCller");
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "zorvat/code_page.h"
+
 namespace zorvat {
 namespace {
 
@@ -92,6 +94,13 @@ TEST(Unicode, AsciiAndNames) {
   EXPECT_FALSE(is_ascii(kJose));
   EXPECT_EQ(code_point_name(U'\u00E9'), "U+00E9");
   EXPECT_EQ(code_point_name(U'\U0001F600'), "U+1F600");
+}
+
+TEST(CodePages, Utf8HasEveryCharacterAndLacksNone) {
+  EXPECT_TRUE(code_page_has(utf8_code_page(), U'\u738B'));
+  EXPECT_TRUE(characters_missing(utf8_code_page(), std::string(kWang) + "x").empty());
+  EXPECT_TRUE(utf8_code_page().keeps_ascii());
+  EXPECT_EQ(utf8_code_page().name(), "utf-8");
 }
 
 }  // namespace

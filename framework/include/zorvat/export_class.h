@@ -59,6 +59,11 @@ class ExportClass {
   // the values its setup form proposes.
   virtual ClassDescription describe() = 0;
 
+  // The time-card properties whose text the class copies into its file (names, IDs,
+  // numbers a card may hold as text), so that a host can tell before an export which
+  // letters the file's code page lacks. A class that writes no file names none.
+  virtual std::vector<std::string_view> written_text_properties() const { return {}; }
+
  protected:
   ExportContext& context() { return context_; }
   const std::string& setup_data() const { return setup_data_; }

@@ -5,6 +5,9 @@
 // classes advance their batch, sequence and ticket numbers only after the write
 // returned, a number is never used up by a file that was not written.
 //
+// The text is UTF-8 inside; the step writes it in the payroll system's code page, the
+// one conversion of the text on its way out.
+//
 // The algorithm is the same on every platform; each host supplies the few file-system
 // primitives (POSIX, Win32, or a test's fake) and maps its error codes with the
 // tables below, so that a failure raises the same classic error everywhere.
@@ -14,6 +17,7 @@
 #include <string>
 #include <string_view>
 
+#include "zorvat/code_page.h"
 #include "zorvat/ui_services.h"
 
 namespace zorvat {
@@ -51,14 +55,23 @@ class FileSystem {
   virtual void remove(const std::string& path) noexcept = 0;
 };
 
-// OutputFiles by the safe file step over a file system.
+// OutputFiles by the safe file step over a file system, in a code page.
 class SafeOutputFiles final : public OutputFiles {
  public:
-  explicit SafeOutputFiles(FileSystem& file_system) : file_system_(file_system) {}
+  SafeOutputFiles(FileSystem& file_system, const CodePage& code_page)
+      : file_system_(file_system), code_page_(code_page) {}
   void write_file(const std::string& path, std::string_view contents) override;
+
+  const CodePage& code_page() const { return code_page_; }
 
  private:
   FileSystem& file_system_;
+  const CodePage& code_page_;
 };
+
+// Writes `text` (UTF-8) to `stream` in `code_page`, converted a piece at a time so that
+// a large file is never held twice; a piece ends on a whole character. ASCII pieces go
+// as they stand where the code page keeps ASCII.
+void write_in_code_page(OutputStream& stream, const CodePage& code_page, std::string_view text);
 
 }  // namespace zorvat

@@ -2,7 +2,8 @@
 # Builds zorvat.exe for x86_64 and i686 and runs it under Wine as a Windows user does,
 # in a fresh Wine prefix: its imports (only Windows system DLLs, the C++ runtime linked
 # in), the whole conformance corpus (exit status, report and the written bytes), a cards
-# file with a UTF-8 byte-order mark, drive-letter, backslash and relative paths, the
+# file with a UTF-8 byte-order mark, the file written in the prefix's ANSI code page
+# (Windows-1252) and with --code-page utf-8, drive-letter, backslash and relative paths, the
 # safe file step over existing and read-only files, reconcile and export --check, QB2000
 # against the simulated company, and on a console the Windows Save
 # dialog and the setup forms worked as a user does (zorvat_cli_tests.exe starts
@@ -86,7 +87,9 @@ done
 
 # --- A fresh Wine prefix --------------------------------------------------------------
 prefix=$(mktemp -d "${TMPDIR:-/tmp}/zorvat-wine-cli.XXXXXX")
-export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+# The prefix is en-US whatever the user's own locale (Wine takes it from LC_ALL): its
+# ANSI code page, the one files are written in, is 1252, as the corpus expects.
+export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY
 cleanup() {
   timeout 30 wineserver -k >/dev/null 2>&1

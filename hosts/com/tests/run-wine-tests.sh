@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds zorvat.dll for x86_64 and i686 with its test host, and runs every Wine test in
 # a fresh Wine prefix: registration with regsvr32, dispatch and DISPIDs, raised errors,
-# the Save dialog answered as a user would, the conformance corpus, the QuickBooks
+# the Save dialog answered as a user would, the conformance corpus, names written in
+# the ANSI code page (Windows-1252) one byte a letter, the QuickBooks
 # export against the company simulator registered as the SDK's session manager
 # (tests/qbsim, registered by the test host itself), DllCanUnloadNow,
 # output files that cannot be written, 10,000 create/export/release cycles without a
@@ -103,7 +104,9 @@ done
 
 # --- A fresh Wine prefix, headless ------------------------------------------------------
 prefix=$(mktemp -d "${TMPDIR:-/tmp}/zorvat-wine.XXXXXX")
-export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+# The prefix is en-US whatever the user's own locale (Wine takes it from LC_ALL): its
+# ANSI code page, the one files are written in, is 1252, as the corpus expects.
+export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY
 cleanup() {
   timeout 30 wineserver -k >/dev/null 2>&1

@@ -2,6 +2,7 @@
 
 #include "adp7/adp7.h"
 #include "zorvat/reconcile/text_reader.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::reconcile {
 namespace {
@@ -41,7 +42,8 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
   contents.batch = header.number(2, 0, "the batch number");
   contents.controls.emplace_back("batch number", *contents.batch);
   header.expect("z", "the end of the header fields");
-  header.expect_blanks(kEpipWidth - 1 - header.position(), "fill to column 79");
+  if (header.column() > kEpipWidth - 1) header.fail("the header is longer than 79 columns");
+  header.expect_blanks(kEpipWidth - 1 - header.column(), "fill to column 79");
   header.expect("7", "column 80");
   header.expect_end();
 
@@ -52,6 +54,7 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
     std::vector<std::pair<std::string_view, std::int64_t>> hours;
     cursor.take(2, "the shift");
     while (cursor.rest() != "z") {
+      const std::size_t tag_start = cursor.position();
       const std::string_view tag = cursor.take(3, "a field tag");
       if (tag == "012") {
         hours.emplace_back("REG", cursor.number(kLineDigits, 0, "regular hundredths"));
@@ -61,7 +64,7 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
         cursor.expect(ot2_code, "the overtime 2 pay code");
         hours.emplace_back(ot2_code, cursor.number(kLineDigits, 0, "overtime 2 hundredths"));
       } else {
-        cursor.fail_at(cursor.position() - 3, "unknown field tag \"" + std::string(tag) + "\"");
+        cursor.fail_at(tag_start, "unknown field tag \"" + std::string(tag) + "\"");
       }
       cursor.expect(" ", "the blank after a field");
     }
@@ -82,7 +85,8 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
         cursor.take_until(employee_end, "the export ID");  // fails, naming the place
       }
       Cursor attempt = cursor;
-      const std::string_view employee = attempt.take(end, "the export ID");
+      const std::string_view employee =
+          attempt.take(text_length(line_rest.substr(0, end)), "the export ID");
       attempt.expect(employee_end, "the pay number");
       try {
         for (const auto& [code, hundredths] : read_hours(attempt))
@@ -97,12 +101,13 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
   Cursor trailer(kEpip, lines.back());
   trailer.expect("C", "the trailer tag");
   while (!trailer.rest().starts_with("z")) {
+    const std::size_t tag_start = trailer.position();
     const std::string_view tag = trailer.take(3, "a total tag");
     const char* name = tag == "030"   ? "regular hundredths"
                        : tag == "031" ? "overtime 1 hundredths"
                        : tag == "032" ? "overtime 2 hundredths"
                                       : nullptr;
-    if (!name) trailer.fail_at(trailer.position() - 3, "unknown total tag");
+    if (!name) trailer.fail_at(tag_start, "unknown total tag");
     contents.controls.emplace_back(name, trailer.number(kTotalDigits, 0, name));
     if (tag != "032") trailer.expect(" ", "the blank after a total");
   }

@@ -4,6 +4,7 @@
 
 #include "generic/generic.h"
 #include "zorvat/reconcile/text_reader.h"
+#include "zorvat/unicode.h"
 #include "zorvat/variant.h"
 
 namespace zorvat::reconcile {
@@ -52,7 +53,9 @@ std::vector<std::string_view> leading_fields(const Layout& layout, Cursor& curso
       fields.push_back(cursor.take_until(layout.separator, "a field"));
     const std::string_view rest = cursor.rest();
     const std::size_t end = rest.find(layout.separator);
-    fields.push_back(cursor.take(end == std::string_view::npos ? rest.size() : end, "hours"));
+    fields.push_back(end == std::string_view::npos
+                         ? cursor.take_rest()
+                         : cursor.take(text_length(rest.substr(0, end)), "hours"));
     return fields;
   }
   // Fields run together: the export ID is known, the number and shift have fixed
@@ -61,7 +64,7 @@ std::vector<std::string_view> leading_fields(const Layout& layout, Cursor& curso
     cursor.fail(
         "the fields run together (no separator, no quotes); the cards' export IDs are needed to "
         "split them");
-  fields.push_back(cursor.take(export_id->size(), "the export ID"));
+  fields.push_back(cursor.take(text_length(*export_id), "the export ID"));
   if (fields.back() != *export_id) cursor.fail("the line does not start with its export ID");
   fields.push_back(cursor.take(kNumberWidth, "the employee number"));
   fields.push_back(cursor.take(kShiftWidth, "the shift"));

@@ -2,6 +2,7 @@
 
 #include "intuitpac/intuitpac.h"
 #include "zorvat/reconcile/text_reader.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::reconcile {
 namespace {
@@ -20,8 +21,8 @@ constexpr std::string_view kOverPunchCharacters = "{ABCDEFGHI}JKLMNOPQR";
 // Company part, "4", employee part and "8"; returns the employee part.
 std::string_view record_start(Cursor& cursor, const SettingsFields& settings) {
   const std::string& company = settings.at(IntuitPAC::kCompanyName);
-  if (company.size() < 4) cursor.fail("the settings' company name code is too short");
-  cursor.expect(std::string_view(company).substr(company.size() - 4), "the company part");
+  if (text_length(company) < 4) cursor.fail("the settings' company name code is too short");
+  cursor.expect(text_right(company, 4), "the company part");
   cursor.expect("4", "column 5");
   const std::string_view employee = cursor.take(4, "the employee part");
   cursor.expect("8", "column 10");
@@ -30,14 +31,15 @@ std::string_view record_start(Cursor& cursor, const SettingsFields& settings) {
 
 // A signed amount: six digits and a last character carrying the last digit and sign.
 std::int64_t overpunched(Cursor& cursor) {
-  const std::size_t column = cursor.position();
+  const std::size_t start = cursor.position();
   const std::string_view text = cursor.take(kAmountWidth, "an amount");
-  const std::int64_t leading =
-      cursor.number_in(text.substr(0, kAmountWidth - 1), column, 0, "an amount's digits");
-  const std::size_t punch = kOverPunchCharacters.find(text.back());
-  if (text.substr(0, kAmountWidth - 1).find('-') != std::string_view::npos ||
-      punch == std::string_view::npos)
-    cursor.fail_at(column + kAmountWidth - 1, "not an overpunched amount");
+  const std::string_view digits = text_left(text, kAmountWidth - 1);
+  const std::string_view last = text.substr(digits.size());
+  const std::int64_t leading = cursor.number_in(digits, start, 0, "an amount's digits");
+  const std::size_t punch =
+      last.size() == 1 ? kOverPunchCharacters.find(last.front()) : std::string_view::npos;
+  if (digits.find('-') != std::string_view::npos || punch == std::string_view::npos)
+    cursor.fail_at(start + digits.size(), "not an overpunched amount");
   const std::int64_t magnitude = leading * 10 + static_cast<std::int64_t>(punch % 10);
   return punch >= 10 ? -magnitude : magnitude;
 }
@@ -61,14 +63,15 @@ void read_full_record(const Line& line, std::size_t amounts, const SettingsField
   std::string_view text = line.text;
   while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
   const std::size_t used = kFullPrefixWidth + amounts * (kPayCodeWidth + kAmountWidth);
-  if (text.size() < used) cursor.fail("the record is too short for its amounts");
-  cursor.take(text.size() - used, "the shift");
+  const std::size_t length = text_length(text);
+  if (length < used) cursor.fail("the record is too short for its amounts");
+  cursor.take(length - used, "the shift");
   for (std::size_t i = 0; i < amounts; ++i) {
     const std::string_view code = cursor.take(kPayCodeWidth, "a pay code");
     add(contents, employee, code, overpunched(cursor), line);
   }
   cursor.expect_blank_fill(kRecordWidth);
-  if (line.text.size() != kRecordWidth) cursor.fail("a record is 80 columns wide");
+  if (text_length(line.text) != kRecordWidth) cursor.fail("a record is 80 columns wide");
 }
 
 void read_jr_record(const Line& line, const SettingsFields& settings, FileContents& contents) {
@@ -81,7 +84,7 @@ void read_jr_record(const Line& line, const SettingsFields& settings, FileConten
     add(contents, employee, code, cursor.number(8, 0, "hundredths"), line);
   }
   cursor.expect_blank_fill(kRecordWidth);
-  if (line.text.size() != kRecordWidth) cursor.fail("a record is 80 columns wide");
+  if (text_length(line.text) != kRecordWidth) cursor.fail("a record is 80 columns wide");
 }
 
 }  // namespace

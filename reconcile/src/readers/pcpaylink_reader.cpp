@@ -2,6 +2,7 @@
 
 #include "pcpaylink/pcpaylink.h"
 #include "zorvat/reconcile/text_reader.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::reconcile {
 namespace {
@@ -35,7 +36,7 @@ FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& s
   Cursor header(kLayout, lines.front());
   header.expect("00000IM0005|001", "the header tags");
   header.take(4, "the office number");
-  header.expect(std::string_view(settings.at(PCPayLink::kClientID)).substr(0, 4), "the client ID");
+  header.expect(text_left(settings.at(PCPayLink::kClientID), 4), "the client ID");
   header.expect("|", "the end of the header");
   header.expect_end();
 

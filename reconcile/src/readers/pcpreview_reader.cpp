@@ -16,15 +16,15 @@ constexpr std::string_view kLayout = "PCPreview";
 constexpr std::size_t kNumberWidth = 6;
 constexpr std::size_t kNameWidth = 25;
 constexpr std::size_t kHoursWidth = 8;
-constexpr std::size_t kFixedWidth = 125;  // a record without its pay code and sequence
 constexpr PCPreview::Position kPayCodeFields[] = {
     PCPreview::kRegularPayCode,  PCPreview::kOvertime1PayCode, PCPreview::kOvertime2PayCode,
     PCPreview::kVacationPayCode, PCPreview::kHolidayPayCode,   PCPreview::kSickPayCode,
     PCPreview::kOtherPayCode};
 
-// Reads the record at the cursor with `code` as its pay code; no value when the
-// record does not fit that code.
-std::optional<FileRecord> try_record(Cursor cursor, std::string_view code,
+// Reads the record at the cursor with `code` as its pay code, leaving the cursor after
+// it; no value when the record does not fit that code. The records follow one another
+// with no line end, so where the next starts is known only once this one is read.
+std::optional<FileRecord> try_record(Cursor& cursor, std::string_view code,
                                      std::string_view sequence) {
   FileRecord record;
   record.employee = cursor.take(kNumberWidth, "the employee number");
@@ -32,13 +32,14 @@ std::optional<FileRecord> try_record(Cursor cursor, std::string_view code,
   cursor.expect_blanks(19, "columns 32-50");
   cursor.expect("E ", "the earnings record type");
   if (!cursor.rest().starts_with(code)) return std::nullopt;
-  cursor.take(code.size(), "the pay code");
+  cursor.expect(code, "the pay code");
   if (!cursor.rest().starts_with("         ")) return std::nullopt;
-  cursor.take(9, "the blanks after the pay code");
+  cursor.expect_blanks(9, "the blanks after the pay code");
   const auto hours = parse_decimal(cursor.take(kHoursWidth, "the hours"), 2);
   if (!hours) return std::nullopt;
   const std::string filler = std::string(19, ' ') + std::string(sequence) + std::string(37, ' ');
   if (!cursor.rest().starts_with(filler)) return std::nullopt;
+  cursor.expect(filler, "the filler and sequence");
   record.code = code;
   record.amount = from_hundredths(*hours);
   return record;
@@ -68,13 +69,18 @@ FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& s
   while (start < bytes.size()) {
     const Cursor cursor(kLayout, Line{bytes.substr(start), number});
     std::optional<FileRecord> record;
+    std::size_t record_bytes = 0;
     for (const std::string& code : codes) {
+      Cursor attempt = cursor;
       try {
-        record = try_record(cursor, code, sequence);
+        record = try_record(attempt, code, sequence);
       } catch (const ReadError&) {
         record.reset();
       }
-      if (record) break;
+      if (record) {
+        record_bytes = attempt.position();
+        break;
+      }
     }
     if (!record) {
       // Read again with the first code for the message that says where it fails.
@@ -87,7 +93,7 @@ FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& s
     }
     record->line = number;
     record->batch = contents.batch;
-    start += kFixedWidth + record->code.size() + sequence.size();
+    start += record_bytes;
     contents.records.push_back(std::move(*record));
     ++number;
   }

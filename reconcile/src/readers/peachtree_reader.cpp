@@ -46,7 +46,7 @@ FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& s
     const Line& line = lines[i];
     std::vector<std::string_view> fields = split_fields(line.text, ",");
     if (fields.size() < kColumns)
-      throw ReadError(kLayout, line.number, line.text.size() + 1,
+      throw ReadError(kLayout, line.number, letter_column(line.text, line.text.size()),
                       "a ticket has 23 columns, this line " + std::to_string(fields.size()));
     // An export ID holding commas takes the extra fields: the other columns never do.
     const std::size_t extra = fields.size() - kColumns;
@@ -58,8 +58,8 @@ FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& s
     fields[1] = recorded_by;
 
     auto fail = [&](std::size_t column, std::string_view problem) {
-      std::size_t offset = static_cast<std::size_t>(fields[column - 1].data() - line.text.data());
-      throw ReadError(kLayout, line.number, offset + 1,
+      const auto offset = static_cast<std::size_t>(fields[column - 1].data() - line.text.data());
+      throw ReadError(kLayout, line.number, letter_column(line.text, offset),
                       "column " + std::to_string(column) + ": " + std::string(problem));
     };
     for (const FixedColumn& fixed : kFixedColumns)

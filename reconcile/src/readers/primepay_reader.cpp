@@ -1,6 +1,7 @@
 #include "readers/primepay_reader.h"
 
 #include "zorvat/reconcile/text_reader.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::reconcile {
 namespace {
@@ -9,9 +10,9 @@ constexpr std::string_view kLayout = "PrimePay";
 constexpr std::size_t kDetailWidth = 65;
 
 CivilDate date_column(Cursor& cursor, std::string_view what) {
-  const std::size_t column = cursor.position();
+  const std::size_t start = cursor.position();
   const auto date = parse_short_date(cursor.take(8, what));
-  if (!date) cursor.fail_at(column, std::string(what) + " is not a date (mm/dd/yy)");
+  if (!date) cursor.fail_at(start, std::string(what) + " is not a date (mm/dd/yy)");
   return *date;
 }
 
@@ -35,7 +36,7 @@ FileContents read_primepay_file(std::string_view bytes) {
   for (std::size_t i = 1; i < lines.size(); ++i) {
     const Line& line = lines[i];
     Cursor cursor(kLayout, line);
-    if (line.text.size() != kDetailWidth) cursor.fail("a detail line is 65 columns wide");
+    if (text_length(line.text) != kDetailWidth) cursor.fail("a detail line is 65 columns wide");
     cursor.expect("D", "the detail tag");
     FileRecord record;
     record.employee = cursor.take(6, "the employee number");
@@ -50,9 +51,10 @@ FileContents read_primepay_file(std::string_view bytes) {
       record.amount = from_hundredths(cursor.number(6, 0, "regular hundredths"));
       cursor.expect_blanks(48, "columns 15-62");
     }
+    const std::size_t batch_start = cursor.position();
     const std::string_view batch = cursor.take(3, "the batch");
     if (batch != "   ") {
-      record.batch = cursor.number_in(batch, cursor.position() - 3, 0, "the batch");
+      record.batch = cursor.number_in(batch, batch_start, 0, "the batch");
       contents.batch = record.batch;
     }
     cursor.expect_end();

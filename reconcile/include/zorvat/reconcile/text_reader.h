@@ -2,6 +2,12 @@
 // a cursor that takes a record's columns in order and reports where a file leaves its
 // layout, and the number texts the classes write (zero-filled hundredths, "####.00"
 // hours, "mm/dd/yy" dates).
+//
+// A reader sees the file as UTF-8 text (converted from the payroll system's code page
+// before it reads). Widths and columns count letters as the layouts do, in UTF-16 code
+// units (zorvat/unicode.h): "José" is four columns wide, a character beyond the Basic
+// Multilingual Plane two. Positions (`Cursor::position`, the offsets of a line's text)
+// are byte offsets into the UTF-8 text; they mark places, never widths.
 #pragma once
 
 #include <cstddef>
@@ -30,6 +36,9 @@ std::vector<Line> split_lines(std::string_view layout, std::string_view bytes,
 // Splits a line at every `separator` (a non-empty text).
 std::vector<std::string_view> split_fields(std::string_view line, std::string_view separator);
 
+// The column (from 1, in letters) of the byte at `position` of a line's `text`.
+std::size_t letter_column(std::string_view text, std::size_t position);
+
 // A signed decimal with exactly `decimals` digits after the point ("-12.50", ".50",
 // "0000150"), scaled to a whole number (1250, 50, 150). Leading blanks are allowed;
 // nothing else. No value for text that is not such a number.
@@ -39,20 +48,25 @@ std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals);
 std::optional<CivilDate> parse_short_date(std::string_view text);
 
 // Reads one record column by column, failing with the record's line and the column
-// where the expected text is missing.
+// where the expected text is missing. Widths are letters; a position is the byte
+// offset of a place in the record's text, and an error reports it as its column.
 class Cursor {
  public:
   Cursor(std::string_view layout, Line line) : layout_(layout), line_(line) {}
 
+  // The byte offset of the cursor in the record's text.
   std::size_t position() const { return position_; }
+  // The letters before the cursor.
+  std::size_t column() const { return letter_column(line_.text, position_) - 1; }
   std::string_view rest() const { return line_.text.substr(position_); }
   bool at_end() const { return position_ >= line_.text.size(); }
-  // The text taken since `start`.
+  // The text taken since `start` (a position).
   std::string_view since(std::size_t start) const {
     return line_.text.substr(start, position_ - start);
   }
 
-  // The next `width` characters.
+  // The next `width` letters. A character beyond the Basic Multilingual Plane that
+  // would stand across the end of the column is not in the layout.
   std::string_view take(std::size_t width, std::string_view what);
   // Everything up to (not including) `delimiter`, which is skipped.
   std::string_view take_until(std::string_view delimiter, std::string_view what);
@@ -63,18 +77,19 @@ class Cursor {
   }
   void expect(std::string_view literal, std::string_view what);
   void expect_blanks(std::size_t count, std::string_view what);
-  // Blanks to the end of the record, at least up to `width` characters in all.
+  // Blanks to the end of the record, at least up to `width` letters in all.
   void expect_blank_fill(std::size_t width);
-  // A number of `width` characters with `decimals` decimals; a leading "-" widens
-  // the column by one, as a zero-filled pattern writes a negative value.
+  // A number of `width` letters with `decimals` decimals; a leading "-" widens the
+  // column by one, as a zero-filled pattern writes a negative value.
   std::int64_t number(std::size_t width, int decimals, std::string_view what);
-  // `text` must be a number with `decimals` decimals; it started at `column` (from 0).
-  std::int64_t number_in(std::string_view text, std::size_t column, int decimals,
+  // `text` must be a number with `decimals` decimals; it started at `position`.
+  std::int64_t number_in(std::string_view text, std::size_t position, int decimals,
                          std::string_view what) const;
   void expect_end();
 
   [[noreturn]] void fail(std::string_view problem) const { fail_at(position_, problem); }
-  [[noreturn]] void fail_at(std::size_t column, std::string_view problem) const;
+  // Fails naming the column of the byte at `position`.
+  [[noreturn]] void fail_at(std::size_t position, std::string_view problem) const;
 
  private:
   std::string_view layout_;
