@@ -2,11 +2,13 @@
 
 #include <optional>
 
+#include "qb2000/qb2000_dates.h"
 #include "qb2000/qb2000_form.h"
 #include "qb2000/qb2000_requests.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/time_card.h"
+#include "zorvat/unicode.h"
 #include "zorvat/variant.h"
 
 namespace zorvat::formats {
@@ -16,6 +18,7 @@ constexpr std::string_view kExecuteSource = "zorvat.QB2000.Execute";
 constexpr std::string_view kSetupSource = "zorvat.QB2000.Setup";
 constexpr std::string_view kValidateSource = "zorvat.QB2000.Validate";
 constexpr std::string_view kValidateSetupDataSource = "zorvat.QB2000.ValidateSetupData";
+constexpr std::string_view kVerifyTxnDatesSource = "zorvat.QB2000.VerifyTxnDates";
 
 // Creating the session manager fails with the classic error of a COM class that is
 // not installed.
@@ -127,6 +130,7 @@ bool QB2000::Execute(const Variant& pcTimeCards) {
 
 bool QB2000::ExportToQuickBooks(const Variant& pcTimeCards) {
   ValidateSetupData(SetupData());
+  VerifyTxnDates(pcTimeCards);
 
   const double cards = get_number(pcTimeCards, time_card::kCount);
   OpenProgressWindow(double_to_long(cards + kStepsBesideCards));
@@ -173,6 +177,16 @@ bool QB2000::ExportToQuickBooks(const Variant& pcTimeCards) {
   release_session_manager();
   CloseProgressWindow();
   return true;
+}
+
+void QB2000::VerifyTxnDates(const Variant& pcTimeCards) {
+  guarded(kVerifyTxnDatesSource, [&] {
+    // Raised inside the walk, so that the card and its date are the last ones read.
+    qb2000::for_each_century_shifted_date(pcTimeCards, [](const qb2000::CenturyShiftedDate& date) {
+      raise(rt::kInvalidProcedureCall, kVerifyTxnDatesSource,
+            date.description() + " Nothing was sent to QuickBooks.");
+    });
+  });
 }
 
 bool QB2000::BeginSessionOrAsk() {
@@ -278,7 +292,7 @@ void QB2000::ValidateSetupData(std::string_view psSetup) {
     // number is the field's position.
     for (std::size_t position = kOvertime1Item; position <= kOtherItem && position < fields.size();
          ++position) {
-      if (fields.at(position).size() > kItemNameLength)
+      if (text_length(fields.at(position)) > kItemNameLength)
         raise(static_cast<long>(position), kValidateSource, item_length_message());
     }
   });

@@ -73,6 +73,9 @@ class QB2000 final : public ExportClass {
  private:
   // Execute's steps.
   bool ExportToQuickBooks(const Variant& pcTimeCards);
+  // Raises 5 for the first card with a date that a two-digit year does not carry,
+  // before anything is sent (qb2000_dates.h).
+  void VerifyTxnDates(const Variant& pcTimeCards);
   // Begins the session on the company file. False when the export stops here (access
   // denied, or the user chose to launch QuickBooks); true when it goes on, with or
   // without a session.

@@ -3,10 +3,10 @@
 #include <iterator>
 
 #include "qb2000/qb2000.h"
+#include "qb2000/qb2000_dates.h"
 #include "qb2000/qb2000_requests.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
-#include "zorvat/format.h"
 #include "zorvat/hours.h"
 #include "zorvat/time_card.h"
 
@@ -43,10 +43,10 @@ constexpr std::string_view kTimeTrackingUnavailableText =
     "Please enable Time Tracking under QuickBooks Company Preferences.";
 
 // The date an entry carries: formatted "MM/DD/YY" and read back, so only the calendar
-// day with a two-digit year reaches QuickBooks.
+// day with a two-digit year reaches QuickBooks (Execute has refused a period with a
+// date that does not come back the same, before it connected).
 Date entry_date(const Variant& date) {
-  static const FormatPattern pattern("MM/DD/YY");
-  const std::optional<Date> read_back = parse_date_text(pattern(date));
+  const std::optional<Date> read_back = qb2000::sent_date(date);
   if (!read_back) raise_runtime(rt::kTypeMismatch);
   return *read_back;
 }

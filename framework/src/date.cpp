@@ -1,5 +1,6 @@
 #include "zorvat/date.h"
 
+#include <atomic>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -43,6 +44,28 @@ bool parse_int(std::string_view text, int& out) {
 }
 
 }  // namespace
+
+namespace {
+// Read on every conversion and set by the host, possibly from another thread than the
+// one converting: an atomic, never torn.
+std::atomic<int> two_digit_year_max_setting{kDefaultTwoDigitYearMax};
+}  // namespace
+
+int two_digit_year_max() {
+  return two_digit_year_max_setting.load(std::memory_order_relaxed);
+}
+
+bool set_two_digit_year_max(int year) {
+  if (year < kEarliestTwoDigitYearMax || year > kLatestTwoDigitYearMax) return false;
+  two_digit_year_max_setting.store(year, std::memory_order_relaxed);
+  return true;
+}
+
+int year_of_two_digits(int two_digits) {
+  // The window's first year, and how far past it the two digits come round.
+  const int earliest = two_digit_year_max() - 99;
+  return earliest + ((two_digits - earliest) % 100 + 100) % 100;
+}
 
 bool is_valid_civil(int year, int month, int day) {
   if (year < 100 || year > 9999 || month < 1 || month > 12 || day < 1) return false;
@@ -123,7 +146,7 @@ std::optional<Date> parse_date_text(std::string_view text) {
   if (!parse_int(text.substr(0, first), month) ||
       !parse_int(text.substr(first + 1, second - first - 1), day) || !parse_int(year_text, year))
     return std::nullopt;
-  if (year_text.size() <= 2) year += year < 30 ? 2000 : 1900;
+  if (year_text.size() <= 2) year = year_of_two_digits(year);
   if (!is_valid_civil(year, month, day)) return std::nullopt;
   return Date::from_civil(year, month, day);
 }

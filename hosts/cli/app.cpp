@@ -20,6 +20,7 @@
 #include "reconcile_command.h"
 #include "setup_command.h"
 #include "simulated_quickbooks.h"
+#include "two_digit_year_option.h"
 #include "zorvat/error.h"
 #include "zorvat/unicode.h"
 #include "zorvat/version.h"
@@ -263,6 +264,8 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   const DescribeCommands describe_commands(app);
   const SetupCommand setup_command(app);
   const ReconcileCommands reconcile_commands(app, *export_command);
+  const TwoDigitYearOption two_digit_year(
+      {export_command, validate_command, app.get_subcommand("reconcile")});
 
   std::vector<std::string> reversed(args.rbegin(), args.rend());
   try {
@@ -280,6 +283,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     return usage_error(request, out, err, std::string(error.what()) + " (see zorvat --help)");
   }
 
+  two_digit_year.apply();
   if (setup_command.parsed()) return setup_command.run(out, err, interactive);
   // QB2000 writes no file: its check lists the cards QuickBooks' fields cannot take.
   if (export_command->parsed() && export_command->get_option("--check")->as<bool>() &&

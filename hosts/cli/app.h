@@ -6,6 +6,9 @@
 //   zorvat validate CLASS [--setup TEXT] [--title TEXT] [--json]
 //   zorvat classes
 //
+// export, validate and reconcile take --two-digit-year-max YEAR, the latest year a
+// two-digit year stands for (two_digit_year_option.h).
+//
 // Exit status: 0 Execute returned True (validate: the settings passed), 1 it returned
 // False, 2 usage error (bad arguments, unreadable or malformed cards file), 3 an error
 // was raised.

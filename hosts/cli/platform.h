@@ -27,4 +27,8 @@ bool interactive_session();
 // stands in for them.
 UiServices* desktop_ui();
 
+// The latest year a two-digit year stands for when --two-digit-year-max is not given:
+// on Windows the user's own calendar setting, elsewhere 2049, as current Windows.
+int default_two_digit_year_max();
+
 }  // namespace zorvat::cli

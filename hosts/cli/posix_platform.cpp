@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "platform.h"
+#include "zorvat/date.h"
 
 namespace zorvat::cli {
 
@@ -11,6 +12,10 @@ bool interactive_session() {
 
 UiServices* desktop_ui() {
   return nullptr;
+}
+
+int default_two_digit_year_max() {
+  return kDefaultTwoDigitYearMax;
 }
 
 }  // namespace zorvat::cli

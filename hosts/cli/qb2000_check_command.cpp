@@ -10,8 +10,10 @@
 #include "platform.h"
 #include "qb2000/qb2000.h"
 #include "qb2000/qb2000_check.h"
+#include "qb2000/qb2000_dates.h"
 #include "reconcile_command.h"
 #include "zorvat/error.h"
+#include "zorvat/format.h"
 #include "zorvat/text.h"
 
 namespace zorvat::cli {
@@ -22,6 +24,7 @@ void print_error(bool json, std::ostream& out, std::ostream& err, long number,
   if (json) {
     nlohmann::ordered_json report;
     report["class"] = "QB2000";
+    report["dates"] = nlohmann::ordered_json::array();
     report["problems"] = nlohmann::ordered_json::array();
     report["error"] = {{"number", number}, {"source", source}, {"description", description}};
     out << report.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
@@ -30,6 +33,25 @@ void print_error(bool json, std::ostream& out, std::ostream& err, long number,
   } else {
     err << "zorvat: error " << number << " in " << source << ": " << description << '\n';
   }
+}
+
+// The field-limit problems, one line each, or a line saying every field fits.
+void print_field_problems(const std::vector<formats::qb2000::CardFieldProblem>& problems,
+                          std::ostream& out) {
+  if (problems.empty()) {
+    out << "Every name, payroll item and note of the cards fits QuickBooks' fields.\n";
+    return;
+  }
+  for (const auto& [card, problem] : problems)
+    out << "card " << card << ": " << problem.description() << '\n';
+  out << problems.size() << (problems.size() == 1 ? " field is" : " fields are")
+      << " longer than QuickBooks takes; the export would stop there.\n";
+}
+
+// "YYYY-MM-DD", as the cards file writes its dates.
+std::string iso_date(Date date) {
+  static const FormatPattern pattern("yyyy-mm-dd");
+  return pattern(Variant(date));
 }
 
 }  // namespace
@@ -47,6 +69,7 @@ int run_qb2000_check(const std::string& cards_path, const std::string& setup, bo
     print_error(json, out, err, 0, "zorvat", error.what());
     return kUsageError;
   }
+  std::vector<formats::qb2000::CenturyShiftedDate> dates;
   std::vector<formats::qb2000::CardFieldProblem> problems;
   try {
     // The class's check of its settings comes first, as before an export; no session
@@ -55,6 +78,8 @@ int run_qb2000_check(const std::string& cards_path, const std::string& setup, bo
     FixedDateClock clock(system_clock().today());
     formats::QB2000 qb2000(ExportContext{ui, safe_output_files(), clock, nullptr});
     qb2000.ValidateSetupData(setup);
+    // The dates first: the export refuses them before it looks at anything else.
+    dates = formats::qb2000::century_shifted_dates(cards);
     problems = formats::qb2000::field_limit_problems(cards, setup);
   } catch (const Error& error) {
     print_error(json, out, err, error.number(), error.source(), error.description());
@@ -64,6 +89,15 @@ int run_qb2000_check(const std::string& cards_path, const std::string& setup, bo
   if (json) {
     nlohmann::ordered_json report;
     report["class"] = "QB2000";
+    report["dates"] = nlohmann::ordered_json::array();
+    for (const formats::qb2000::CenturyShiftedDate& date : dates)
+      report["dates"].push_back({{"index", date.card},
+                                 {"employee", date.employee},
+                                 {"property", date.period_start ? "PeriodStart" : "DayDate"},
+                                 {"date", iso_date(date.held)},
+                                 {"sent", date.sent ? nlohmann::ordered_json(iso_date(*date.sent))
+                                                    : nlohmann::ordered_json()},
+                                 {"description", date.description()}});
     report["problems"] = nlohmann::ordered_json::array();
     for (const auto& [card, problem] : problems)
       report["problems"].push_back({{"card", card},
@@ -74,15 +108,15 @@ int run_qb2000_check(const std::string& cards_path, const std::string& setup, bo
                                     {"description", problem.description()}});
     report["error"] = nullptr;
     out << report.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
-  } else if (problems.empty()) {
-    out << "Every name, payroll item and note of the cards fits QuickBooks' fields.\n";
   } else {
-    for (const auto& [card, problem] : problems)
-      out << "card " << card << ": " << problem.description() << '\n';
-    out << problems.size() << (problems.size() == 1 ? " field is" : " fields are")
-        << " longer than QuickBooks takes; the export would stop there.\n";
+    for (const formats::qb2000::CenturyShiftedDate& date : dates) out << date.description() << '\n';
+    if (!dates.empty())
+      out << dates.size() << (dates.size() == 1 ? " card holds" : " cards hold")
+          << " a date QuickBooks would get a century off; the export would stop before sending "
+             "anything.\n";
+    print_field_problems(problems, out);
   }
-  return problems.empty() ? kSucceeded : kUnexplainedDifference;
+  return problems.empty() && dates.empty() ? kSucceeded : kUnexplainedDifference;
 }
 
 }  // namespace zorvat::cli

@@ -1,13 +1,17 @@
-// `zorvat export QB2000 --cards FILE --setup TEXT [--json] --check`: the cards whose
-// names or notes are longer than QuickBooks' fields take, listed before any session
-// with QuickBooks is opened (the export itself would stop on the first of them with
-// error 380, sending nothing of that request set).
+// `zorvat export QB2000 --cards FILE --setup TEXT [--json] --check`: the cards the
+// export would stop on, listed before any session with QuickBooks is opened. First the
+// cards holding a date that a two-digit year does not carry through the window
+// (--two-digit-year-max), which the export refuses before it sends anything; then the
+// cards whose names or notes are longer than QuickBooks' fields take (the export
+// would stop on the first of them with error 380, sending nothing of that request set).
 //
-// Plain output: one line per problem, "card N: <description>", or a line saying
-// every field fits. --json: {"class": "QB2000", "problems": [{"card", "employee",
+// Plain output: one line per card with such a date (naming the card by its index from
+// 0), then one line per field problem, "card N: <description>" (N from 1), or a line
+// saying every field fits. --json: {"class": "QB2000", "dates": [{"index", "employee",
+// "property", "date", "sent", "description"}], "problems": [{"card", "employee",
 // "field", "length", "limit", "description"}], "error": null}. Exit status: 0 when
-// everything fits, 4 when some card does not, 2 usage error (unreadable cards), 3 an
-// error was raised (the class's check of its settings).
+// nothing stops the export, 4 when some card does, 2 usage error (unreadable cards), 3
+// an error was raised (the class's check of its settings).
 #pragma once
 
 #include <iosfwd>

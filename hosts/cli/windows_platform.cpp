@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform.h"
+#include "win32/calendar_setting.h"
 #include "win32/win32_services.h"
 
 namespace zorvat::cli {
@@ -28,6 +29,10 @@ bool interactive_session() {
 UiServices* desktop_ui() {
   static win32::Win32Ui ui;
   return &ui;
+}
+
+int default_two_digit_year_max() {
+  return win32::users_two_digit_year_max();
 }
 
 }  // namespace zorvat::cli

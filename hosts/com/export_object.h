@@ -21,7 +21,9 @@
 
 #include "dispatch_view.h"
 #include "raii.h"
+#include "win32/calendar_setting.h"
 #include "win32_services.h"
+#include "zorvat/date.h"
 #include "zorvat/error.h"
 
 namespace zorvat::com {
@@ -142,9 +144,14 @@ class ExportObject : public Interface, public ISupportErrorInfo {
 
   // Runs a member's body; whatever it raises goes to the client as error info. An
   // error not raised under one of the class's own handlers takes the member's source.
+  //
+  // Two-digit years are read through the user's calendar setting as it is when the
+  // call begins, as OLE Automation reads it: a change of the setting holds from the
+  // next call on, without loading the DLL again.
   template <class Body>
   HRESULT guard(std::string_view member, Body&& body) noexcept {
     try {
+      set_two_digit_year_max(win32::users_two_digit_year_max());
       std::forward<Body>(body)();
       return S_OK;
     } catch (const Error& error) {

@@ -116,7 +116,7 @@ std::optional<CivilDate> parse_short_date(std::string_view text) {
   const auto day = two(3);
   const auto year = two(6);
   if (!month || !day || !year) return std::nullopt;
-  const int full_year = *year < 30 ? 2000 + *year : 1900 + *year;
+  const int full_year = year_of_two_digits(*year);
   if (!is_valid_civil(full_year, *month, *day)) return std::nullopt;
   return CivilDate{full_year, *month, *day};
 }

@@ -41,6 +41,31 @@ std::string company_json(const std::string& extra = "") {
          extra + "}";
 }
 
+// Jane Doe worked 8 hours on the last day of 2029 and 8 on the first of 2030.
+const std::string kNewYearCards = R"({"cards": [{
+  "FirstName": "Jane", "MI": "", "LastName": "Doe",
+  "REG": 960, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0,
+  "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2029-12-31",
+  "Days": [{"DayDate": "2029-12-31", "Hours": 480, "REG": 480, "OT1": 0, "OT2": 0,
+            "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0},
+           {"DayDate": "2030-01-01", "Hours": 480, "REG": 480, "OT1": 0, "OT2": 0,
+            "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0}]}]})";
+
+// What the export and its check say of 1 January 2030 under the window ending in 2029.
+const std::string kNewYearRefused =
+    "The card at index 0 (Jane Doe) holds the day 1/1/2030, which QuickBooks would get as "
+    "1/1/1930: two-digit years are read as 1930 to 2029. Set the Region setting \"When a "
+    "two-digit year is entered, interpret it as a year between\" (--two-digit-year-max on the "
+    "command line) to a range that holds 2030.";
+
+// The number of times `what` occurs in `text`.
+std::size_t occurrences(const std::string& text, const std::string& what) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+    ++count;
+  return count;
+}
+
 class QuickBooksCommandLine : public testing::Test {
  protected:
   void SetUp() override { dir_ = zorvat::testing_support::fresh_test_folder("zorvat-qb-cli"); }
@@ -261,6 +286,168 @@ TEST_F(QuickBooksCommandLine, CheckRunsTheClassCheckOfTheSettingsFirst) {
   EXPECT_EQ(r.err,
             "zorvat: error 2 in zorvat.QB2000.ValidateSetupData: Paycode field must be 31 chars "
             "or less\n");
+}
+
+TEST_F(QuickBooksCommandLine, UnderTheWindowEndingIn2029TheFirstDayOf2030IsRefusedUnsent) {
+  const std::string log = (dir_ / "requests.xml").string();
+  const auto r = zorvat({"export", "QB2000", "--cards", write("cards.json", kNewYearCards),
+                         "--setup", kSetup, "--qb-company", write("company.json", company_json()),
+                         "--qb-log", log, "--two-digit-year-max", "2029"});
+  EXPECT_EQ(r.exit_code, 3) << r.err;
+  EXPECT_EQ(r.out, "");
+  // Refused before the connection: no stage was shown, no document sent.
+  EXPECT_EQ(r.err, "zorvat: error 5 in zorvat.QB2000.Execute: " + kNewYearRefused +
+                       " Nothing was sent to QuickBooks.\n"
+                       "zorvat: while reading card 0 of " +
+                       (dir_ / "cards.json").string() + ", property Days[1].DayDate\n");
+  const std::string sent = fs::exists(log) ? read(log) : std::string();
+  EXPECT_EQ(occurrences(sent, "<QBXML>"), 0u) << sent;
+  EXPECT_EQ(occurrences(sent, "TimeTrackingAdd"), 0u) << sent;
+}
+
+TEST_F(QuickBooksCommandLine, UnderTheWindowEndingIn2029TheLastDayOf2029IsSent) {
+  const std::string log = (dir_ / "requests.xml").string();
+  const auto r = export_jane(company_json(), {"--qb-log", log, "--two-digit-year-max", "2029"});
+  ASSERT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(occurrences(read(log), "<TxnDate>2004-03-01</TxnDate>"), 1u);
+  const auto last_day =
+      zorvat({"export", "QB2000", "--cards",
+              write("cards.json", R"({"cards": [{"FirstName": "Jane", "MI": "", "LastName": "Doe",
+         "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2029-12-31",
+         "Days": [{"DayDate": "2029-12-31", "REG": 480, "OT1": 0, "OT2": 0, "VAC": 0,
+                   "HOL": 0, "SIC": 0, "OTH": 0}]}]})"),
+              "--setup", kSetup, "--qb-company", write("company.json", company_json()), "--qb-log",
+              log, "--two-digit-year-max", "2029"});
+  ASSERT_EQ(last_day.exit_code, 0) << last_day.err;
+  const std::string sent = read(log);
+  EXPECT_EQ(occurrences(sent, "<TimeTrackingAddRq"), 1u) << sent;
+  EXPECT_EQ(occurrences(sent, "<TxnDate>2029-12-31</TxnDate>"), 1u) << sent;
+}
+
+TEST_F(QuickBooksCommandLine, UnderTheWindowEndingIn2049TheFirstDayOf2030ArrivesAs2030) {
+  for (const std::vector<std::string>& window :
+       {std::vector<std::string>{}, std::vector<std::string>{"--two-digit-year-max", "2049"}}) {
+    const std::string log = (dir_ / "requests.xml").string();
+    std::vector<std::string> args = {
+        "export",   "QB2000", "--cards",      write("cards.json", kNewYearCards),
+        "--setup",  kSetup,   "--qb-company", write("company.json", company_json()),
+        "--qb-log", log};
+    args.insert(args.end(), window.begin(), window.end());
+    const auto r = zorvat(args);
+    ASSERT_EQ(r.exit_code, 0) << r.err;
+    const std::string sent = read(log);
+    EXPECT_EQ(occurrences(sent, "<TimeTrackingAddRq"), 2u) << sent;
+    const std::size_t last_day = sent.find("<TxnDate>2029-12-31</TxnDate>");
+    const std::size_t first_day = sent.find("<TxnDate>2030-01-01</TxnDate>");
+    ASSERT_NE(last_day, std::string::npos) << sent;
+    ASSERT_NE(first_day, std::string::npos) << sent;
+    EXPECT_LT(last_day, first_day);
+  }
+}
+
+TEST_F(QuickBooksCommandLine, TheRefusalIsTheErrorOfTheJsonReport) {
+  const auto r = zorvat({"export", "QB2000", "--cards", write("cards.json", kNewYearCards),
+                         "--setup", kSetup, "--qb-company", write("company.json", company_json()),
+                         "--two-digit-year-max", "2029", "--json"});
+  EXPECT_EQ(r.exit_code, 3) << r.err;
+  const json report = json::parse(r.out);
+  EXPECT_EQ(report.at("result"), false);
+  EXPECT_EQ(report.at("messages"), json::array());
+  EXPECT_EQ(report.at("error").at("number"), 5);
+  EXPECT_EQ(report.at("error").at("source"), "zorvat.QB2000.Execute");
+  EXPECT_EQ(report.at("error").at("description"),
+            kNewYearRefused + " Nothing was sent to QuickBooks.");
+  EXPECT_EQ(report.at("error").at("card").at("property"), "Days[1].DayDate");
+}
+
+TEST_F(QuickBooksCommandLine, CheckListsTheCenturyShiftedDatesFirst) {
+  // Jane's 2030 day, and a second card whose first name is one letter too long.
+  std::string cards = kNewYearCards;
+  cards.replace(cards.rfind("]}"), 2,
+                R"(, {"FirstName": ")" + std::string(26, 'F') +
+                    R"(", "MI": "", "LastName": "Roe",
+    "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2004-03-01",
+    "Days": [{"DayDate": "2004-03-01", "REG": 60, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0,
+              "SIC": 0, "OTH": 0}]}]})");
+  const std::string path = write("cards.json", cards);
+  const auto r = zorvat({"export", "QB2000", "--cards", path, "--setup", kSetup, "--check",
+                         "--two-digit-year-max", "2029"});
+  EXPECT_EQ(r.exit_code, 4) << r.err;
+  EXPECT_EQ(r.out, kNewYearRefused +
+                       "\n1 card holds a date QuickBooks would get a century off; the export "
+                       "would stop before sending anything.\n"
+                       "card 2: EmployeeAdd/FirstName of employee \"" +
+                       std::string(26, 'F') +
+                       " Roe\" has 26 characters; QuickBooks takes at most 25.\n"
+                       "1 field is longer than QuickBooks takes; the export would stop there.\n");
+
+  const auto as_json = zorvat({"export", "QB2000", "--cards", path, "--setup", kSetup, "--check",
+                               "--two-digit-year-max", "2029", "--json"});
+  EXPECT_EQ(as_json.exit_code, 4) << as_json.err;
+  const json report = json::parse(as_json.out);
+  EXPECT_EQ(report.at("dates"), json::array({{{"index", 0},
+                                              {"employee", "Jane Doe"},
+                                              {"property", "DayDate"},
+                                              {"date", "2030-01-01"},
+                                              {"sent", "1930-01-01"},
+                                              {"description", kNewYearRefused}}}));
+  EXPECT_EQ(report.at("problems").size(), 1u);
+
+  // Under the window ending in 2049 the dates go as they are.
+  const auto wide = zorvat({"export", "QB2000", "--cards", path, "--setup", kSetup, "--check"});
+  EXPECT_EQ(wide.exit_code, 4) << wide.err;
+  EXPECT_EQ(wide.out.find("index 0"), std::string::npos) << wide.out;
+}
+
+TEST_F(QuickBooksCommandLine, TheWindowMustEndInAYearWindowsTakes) {
+  const std::string cards = write("cards.json", kJaneCards);
+  for (const std::string year : {"98", "10000", "-2049", "2049.5", "abc", ""}) {
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"export", "QB2000", "--cards", cards, "--setup", kSetup,
+                                   "--check"},
+          std::vector<std::string>{"validate", "QB2000", "--setup", kSetup},
+          std::vector<std::string>{"reconcile", "Generic", "--cards", cards, cards}}) {
+      std::vector<std::string> args = command;
+      args.insert(args.end(), {"--two-digit-year-max", year});
+      const auto r = zorvat(args);
+      EXPECT_EQ(r.exit_code, 2) << year << ": " << r.err;
+      EXPECT_NE(r.err.find("--two-digit-year-max"), std::string::npos) << r.err;
+      if (!year.empty()) {
+        EXPECT_NE(r.err.find("\"" + year + "\" is not a year from 99 to 9999"), std::string::npos)
+            << r.err;
+      }
+    }
+  }
+  for (const std::string year : {"99", "2029", "9999"}) {
+    const auto r = zorvat({"validate", "QB2000", "--setup", kSetup, "--two-digit-year-max", year});
+    EXPECT_EQ(r.exit_code, 0) << year << ": " << r.err;
+  }
+}
+
+TEST_F(QuickBooksCommandLine, AccentedNamesReachTheCompanyAsTheyAre) {
+  const std::string cards = write("cards.json", R"({"cards": [
+    {"FirstName": "José", "MI": "", "LastName": "Peña", "EditREG": 0, "EditOT1": 0,
+     "EditOT2": 0, "PeriodStart": "2004-03-01", "Days": [{"DayDate": "2004-03-01", "REG": 480,
+     "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0}]},
+    {"FirstName": "Renée", "MI": "", "LastName": "Müller-Ñúñez", "EditREG": 0, "EditOT1": 0,
+     "EditOT2": 0, "PeriodStart": "2004-03-01", "Days": [{"DayDate": "2004-03-01", "REG": 0,
+     "OT1": 0, "OT2": 0, "VAC": 240, "HOL": 0, "SIC": 0, "OTH": 0}]},
+    {"FirstName": "Grace", "MI": "", "LastName": "O’Neil", "EditREG": 0, "EditOT1": 0,
+     "EditOT2": 0, "PeriodStart": "2004-03-01", "Days": [{"DayDate": "2004-03-01", "REG": 0,
+     "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0, "SIC": 60, "OTH": 0}]}]})");
+  std::string company = company_json();
+  company.replace(company.find(R"("Doe, Jane")"), 11, R"("Peña, José", "Müller-Ñúñez, Renée")");
+  const std::string log = (dir_ / "requests.xml").string();
+  const auto r = zorvat({"export", "QB2000", "--cards", cards, "--setup", kSetup, "--qb-company",
+                         write("company.json", company), "--qb-log", log, "--answer", "yes"});
+  ASSERT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_NE(r.err.find("Grace  O’Neil\r\n"), std::string::npos) << r.err;
+  const std::string sent = read(log);
+  EXPECT_EQ(occurrences(sent, "<FirstName>Grace</FirstName>"), 1u) << sent;
+  EXPECT_EQ(occurrences(sent, "<LastName>O’Neil</LastName>"), 1u) << sent;
+  EXPECT_EQ(occurrences(sent, "<FullName>Peña, José</FullName>"), 1u) << sent;
+  EXPECT_EQ(occurrences(sent, "<FullName>Müller-Ñúñez, Renée</FullName>"), 1u) << sent;
+  EXPECT_EQ(occurrences(sent, "<FullName>O’Neil, Grace</FullName>"), 1u) << sent;
 }
 
 }  // namespace

@@ -10,6 +10,8 @@
  *   N <text>                     VarR8FromStr
  *   B <bits>                     VarBstrFromR8 of the double with these IEEE bits
  *   D <text>                     VarDateFromStr
+ *   Y                            the user's two-digit-year window: GetCalendarInfoW with
+ *                                CAL_ITWODIGITYEARMAX, answered "ok<TAB>year"
  * A value's type is s (text), d (double bits), l (32-bit integer), b (Boolean: 0 or 1),
  * t (date, double bits), e (Empty), n (Null).
  * Each answer line is "ok<TAB>text" (a double as its 16 hex digits of bits) or
@@ -155,6 +157,15 @@ int main(int argc, char **argv) {
       hr = VarDateFromStr(text, kUsEnglish, 0, &value);
       if (SUCCEEDED(hr)) write_double(out, value);
       SysFreeString(text);
+    } else if (fields[0][0] == 'Y') {
+      DWORD year = 0;
+      if (GetCalendarInfoW(LOCALE_USER_DEFAULT, CAL_GREGORIAN,
+                           CAL_ITWODIGITYEARMAX | CAL_RETURN_NUMBER, NULL, 0, &year)) {
+        fprintf(out, "ok\t%lu\n", (unsigned long)year);
+        hr = S_OK;
+      } else {
+        hr = HRESULT_FROM_WIN32(GetLastError());
+      }
     }
     if (FAILED(hr)) fprintf(out, "err\t%08lx\n", (unsigned long)hr);
     fflush(out);

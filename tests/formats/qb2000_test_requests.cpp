@@ -255,15 +255,31 @@ TEST_F(QB2000RequestsTest, NegativeOrZeroEditTotalsAreNotSent) {
 }
 
 TEST_F(QB2000RequestsTest, DatesGoThroughATwoDigitYear) {
-  // 1925 reads back as 2025; the time of day is dropped.
+  // The calendar day goes, the time of day is dropped.
   const auto sets = jane_sets(employee_card(
       "Jane", "", "Doe",
-      {day(Date::from_civil(1925, 3, 8), {.reg = std::int32_t{60}}),
+      {day(Date::from_civil(1975, 3, 8), {.reg = std::int32_t{60}}),
        day(Date{Date::from_civil(2004, 3, 9).serial + 0.75}, {.reg = std::int32_t{60}})}));
   ASSERT_EQ(sets.size(), 2u);
   EXPECT_EQ(std::get<qb::TimeTrackingAdd>(sets[0].requests[0]).txn_date,
-            Date::from_civil(2025, 3, 8));
+            Date::from_civil(1975, 3, 8));
   EXPECT_EQ(std::get<qb::TimeTrackingAdd>(sets[1].requests[0]).txn_date, march(9));
+}
+
+TEST_F(QB2000RequestsTest, ADateTwoDigitsWouldMoveACenturyIsNotSent) {
+  // 1925 would read back as 2025 through the window ending in 2049: refused, and
+  // nothing is sent, not even the query of the payroll items.
+  qb = std::make_unique<QuickBooksHost>(company({"Jane Doe"}));
+  QB2000 exporter(qb->context());
+  exporter.SetupData(kSetup);
+  const Error error = raised_by([&] {
+    exporter.Execute(cards({scripted::object(employee_card(
+        "Jane", "", "Doe", {day(Date::from_civil(1925, 3, 8), {.reg = std::int32_t{60}})}))}));
+  });
+  EXPECT_EQ(error.number(), rt::kInvalidProcedureCall);
+  EXPECT_EQ(error.source(), "zorvat.QB2000.Execute");
+  EXPECT_TRUE(qb->simulator.request_sets().empty());
+  EXPECT_TRUE(qb->simulator.company().time_entries.empty());
 }
 
 TEST_F(QB2000RequestsTest, DayEntriesNameTheEmployeeAsQuickBooksNamesThem) {

@@ -38,6 +38,90 @@ TEST(Date, IsoParsingIsStrict) {
     EXPECT_FALSE(parse_iso_date(text)) << text;
 }
 
+TEST(TwoDigitYearWindow, DefaultsToTheWindowOfCurrentWindows) {
+  EXPECT_EQ(kDefaultTwoDigitYearMax, 2049);
+  EXPECT_EQ(two_digit_year_max(), 2049);
+  EXPECT_EQ(year_of_two_digits(0), 2000);
+  EXPECT_EQ(year_of_two_digits(29), 2029);
+  EXPECT_EQ(year_of_two_digits(30), 2030);
+  EXPECT_EQ(year_of_two_digits(49), 2049);
+  EXPECT_EQ(year_of_two_digits(50), 1950);
+  EXPECT_EQ(year_of_two_digits(99), 1999);
+}
+
+TEST(TwoDigitYearWindow, TwentyTwentyNineGivesTheOldWindow) {
+  const TwoDigitYearMaxScope window(2029);
+  EXPECT_EQ(year_of_two_digits(0), 2000);
+  EXPECT_EQ(year_of_two_digits(29), 2029);
+  EXPECT_EQ(year_of_two_digits(30), 1930);
+  EXPECT_EQ(year_of_two_digits(49), 1949);
+  EXPECT_EQ(year_of_two_digits(50), 1950);
+  EXPECT_EQ(year_of_two_digits(99), 1999);
+  EXPECT_EQ(parse_date_text("12/31/29"), Date::from_civil(2029, 12, 31));
+  EXPECT_EQ(parse_date_text("1/1/30"), Date::from_civil(1930, 1, 1));
+}
+
+TEST(TwoDigitYearWindow, TwentyFortyNineReadsThirtyToFortyNineInThisCentury) {
+  const TwoDigitYearMaxScope window(2049);
+  EXPECT_EQ(parse_date_text("12/31/29"), Date::from_civil(2029, 12, 31));
+  EXPECT_EQ(parse_date_text("01/01/30"), Date::from_civil(2030, 1, 1));
+  EXPECT_EQ(parse_date_text("12/31/49"), Date::from_civil(2049, 12, 31));
+  EXPECT_EQ(parse_date_text("1/1/50"), Date::from_civil(1950, 1, 1));
+  EXPECT_EQ(parse_date_text("3/6/99"), Date::from_civil(1999, 3, 6));
+  EXPECT_EQ(parse_date_text("2/29/00"), Date::from_civil(2000, 2, 29));
+  // One digit is a two-digit year too; four digits are the year itself.
+  EXPECT_EQ(parse_date_text("7/4/5"), Date::from_civil(2005, 7, 4));
+  EXPECT_EQ(parse_date_text("1/1/1930"), Date::from_civil(1930, 1, 1));
+}
+
+TEST(TwoDigitYearWindow, NineteenNinetyNineEndsTheWindowOnTheLastYearOfTheCentury) {
+  const TwoDigitYearMaxScope window(1999);
+  EXPECT_EQ(year_of_two_digits(0), 1900);
+  EXPECT_EQ(year_of_two_digits(29), 1929);
+  EXPECT_EQ(year_of_two_digits(30), 1930);
+  EXPECT_EQ(year_of_two_digits(49), 1949);
+  EXPECT_EQ(year_of_two_digits(50), 1950);
+  EXPECT_EQ(year_of_two_digits(99), 1999);
+  EXPECT_EQ(parse_date_text("1/1/00"), Date::from_civil(1900, 1, 1));
+}
+
+TEST(TwoDigitYearWindow, AWindowEndingMidCenturyStartsNinetyNineYearsBefore) {
+  const TwoDigitYearMaxScope window(2050);
+  EXPECT_EQ(year_of_two_digits(50), 2050);
+  EXPECT_EQ(year_of_two_digits(51), 1951);
+  // The earliest window reaches below the automation dates' first year, 100.
+  set_two_digit_year_max(99);
+  EXPECT_EQ(year_of_two_digits(0), 0);
+  EXPECT_EQ(year_of_two_digits(99), 99);
+  EXPECT_FALSE(parse_date_text("1/1/30"));
+  set_two_digit_year_max(9999);
+  EXPECT_EQ(year_of_two_digits(0), 9900);
+  EXPECT_EQ(year_of_two_digits(99), 9999);
+}
+
+TEST(TwoDigitYearWindow, AYearWindowsCannotTakeIsRefusedAndChangesNothing) {
+  const TwoDigitYearMaxScope window(2029);
+  EXPECT_FALSE(set_two_digit_year_max(98));
+  EXPECT_FALSE(set_two_digit_year_max(10000));
+  EXPECT_FALSE(set_two_digit_year_max(-2049));
+  EXPECT_EQ(two_digit_year_max(), 2029);
+  EXPECT_TRUE(set_two_digit_year_max(99));
+  EXPECT_TRUE(set_two_digit_year_max(9999));
+  EXPECT_EQ(two_digit_year_max(), 9999);
+}
+
+TEST(TwoDigitYearMaxScope, PutsTheWindowBeforeBack) {
+  {
+    const TwoDigitYearMaxScope outer(2029);
+    {
+      const TwoDigitYearMaxScope inner(1999);
+      EXPECT_EQ(two_digit_year_max(), 1999);
+    }
+    EXPECT_EQ(two_digit_year_max(), 2029);
+  }
+  EXPECT_EQ(two_digit_year_max(), kDefaultTwoDigitYearMax);
+}
+
 TEST(Date, TypedDatesAcceptTwoDigitYears) {
   EXPECT_EQ(parse_date_text("3/6/04"), Date::from_civil(2004, 3, 6));
   EXPECT_EQ(parse_date_text("12/31/99"), Date::from_civil(1999, 12, 31));

@@ -6,7 +6,9 @@
 #include <limits>
 #include <vector>
 
+#include "zorvat/date.h"
 #include "zorvat/error.h"
+#include "zorvat/format.h"
 
 namespace zorvat {
 namespace {
@@ -101,6 +103,40 @@ TEST(Variant, ToDateAcceptsDatesNumbersAndDateText) {
   EXPECT_EQ(to_date(Variant(38052.0)), march6);
   EXPECT_EQ(error_number_of([] { to_date(Variant("someday")); }), rt::kTypeMismatch);
   EXPECT_EQ(error_number_of([] { to_date(Variant(1e9)); }), rt::kOverflow);
+}
+
+TEST(Variant, DateTextReadsTwoDigitYearsThroughTheWindow) {
+  {
+    const TwoDigitYearMaxScope window(2029);
+    EXPECT_EQ(to_date(Variant("12/31/29")), Date::from_civil(2029, 12, 31));
+    EXPECT_EQ(to_date(Variant("01/01/30")), Date::from_civil(1930, 1, 1));
+    EXPECT_EQ(to_text(Variant(to_date(Variant("1/1/49")))), "1/1/1949");
+  }
+  {
+    const TwoDigitYearMaxScope window(2049);
+    EXPECT_EQ(to_date(Variant("12/31/29")), Date::from_civil(2029, 12, 31));
+    EXPECT_EQ(to_date(Variant("01/01/30")), Date::from_civil(2030, 1, 1));
+    EXPECT_EQ(to_text(Variant(to_date(Variant("1/1/49")))), "1/1/2049");
+    EXPECT_EQ(to_date(Variant("1/1/50")), Date::from_civil(1950, 1, 1));
+  }
+  {
+    const TwoDigitYearMaxScope window(1999);
+    EXPECT_EQ(to_date(Variant("6/15/00")), Date::from_civil(1900, 6, 15));
+    EXPECT_EQ(to_date(Variant("6/15/99")), Date::from_civil(1999, 6, 15));
+  }
+  // A four-digit year is never moved.
+  const TwoDigitYearMaxScope window(2029);
+  EXPECT_EQ(to_date(Variant("1/1/2030")), Date::from_civil(2030, 1, 1));
+}
+
+TEST(Variant, DateTextFormattedAsADateIsReadThroughTheWindowToo) {
+  const FormatPattern four_digit_year("yyyy-mm-dd");
+  {
+    const TwoDigitYearMaxScope window(2029);
+    EXPECT_EQ(four_digit_year(Variant("1/1/30")), "1930-01-01");
+  }
+  const TwoDigitYearMaxScope window(2049);
+  EXPECT_EQ(four_digit_year(Variant("1/1/30")), "2030-01-01");
 }
 
 TEST(Variant, ToBooleanAcceptsTrueFalseAndNumbers) {

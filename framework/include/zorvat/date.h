@@ -40,8 +40,40 @@ std::optional<Date> parse_iso_date(std::string_view text);
 // (30 December 1899). A serial outside the years 100 to 9999 raises 6 (Overflow).
 std::string general_date_text(Date date);
 
-// Dates the way a user types them: ISO "YYYY-MM-DD" or "M/D/YY", "M/D/YYYY".
-// Two-digit years 00-29 are 2000-2029, 30-99 are 1930-1999.
+// The two-digit-year window: the latest year a two-digit year stands for, the
+// hundred years up to it being the ones two digits can name (2049: "50" is 1950, "49"
+// is 2049). It is a setting of the user's, like the calendar setting Windows keeps
+// (Region, "When a two-digit year is entered, interpret it as a year between"), and
+// holds for the whole process: every place the classic conversions read a two-digit
+// year reads it through this window. The framework asks no system for it; the hosts
+// set it (the COM server from the user's calendar setting, the command line from its
+// option).
+inline constexpr int kDefaultTwoDigitYearMax = 2049;  // current Windows
+inline constexpr int kEarliestTwoDigitYearMax = 99;   // the range Windows accepts
+inline constexpr int kLatestTwoDigitYearMax = 9999;
+
+int two_digit_year_max();
+// False, and the window unchanged, for a year outside 99 to 9999.
+bool set_two_digit_year_max(int year);
+// The year `two_digits` (0 to 99) stands for in the window.
+int year_of_two_digits(int two_digits);
+
+// Sets the window for as long as it lives and puts back the one before.
+class TwoDigitYearMaxScope {
+ public:
+  explicit TwoDigitYearMaxScope(int year) : before_(two_digit_year_max()) {
+    set_two_digit_year_max(year);
+  }
+  ~TwoDigitYearMaxScope() { set_two_digit_year_max(before_); }
+  TwoDigitYearMaxScope(const TwoDigitYearMaxScope&) = delete;
+  TwoDigitYearMaxScope& operator=(const TwoDigitYearMaxScope&) = delete;
+
+ private:
+  int before_;
+};
+
+// Dates the way a user types them: ISO "YYYY-MM-DD" or "M/D/YY", "M/D/YYYY". A year
+// of one or two digits is read through the two-digit-year window.
 std::optional<Date> parse_date_text(std::string_view text);
 
 }  // namespace zorvat

@@ -4,7 +4,8 @@
 //                    [--screenshots=DIR]   (a PNG of the setup forms as zorvat.exe shows them)
 //
 // Every case of the conformance corpus through the command (the written bytes compared
-// exactly), a cards file that starts with a UTF-8 byte-order mark, paths with drive
+// exactly), a cards file that starts with a UTF-8 byte-order mark, the file in the
+// system's ANSI code page by default and in UTF-8 with --code-page utf-8, paths with drive
 // letters, backslashes and relative folders, the safe file step over existing and
 // read-only files, reconcile and export --check, QB2000 against the simulated company,
 // and on a console: the Save dialog answered by a user (typed name, Cancel) and the
@@ -266,6 +267,12 @@ void corpus_case(const fs::path& dir) {
     json error = answer->value("error", json());
     if (error.is_object()) error.erase("card");
     check(error == expect.value("error", json()), "error");
+    check(answer->value("missingLetters", json::array()) ==
+              expect.value("missingLetters", json::array()),
+          "missingLetters");
+    // The prefix's ANSI code page, en-US: every expected file is Windows-1252.
+    check(expect.at("file").is_null() || answer->value("codePage", json()) == "windows-1252",
+          "codePage");
     const json& file = expect.at("file");
     if (file.is_null()) {
       check(answer->value("file", json()).is_null() && !fs::exists(written), "a file was written");
@@ -359,6 +366,64 @@ void path_tests() {
          "an output name with accented letters", shown(run));
 }
 
+// --- The code page of the written file ------------------------------------------------------
+
+// zorvat.exe writes in the system's ANSI code page (1252 in the en-US prefix) unless
+// --code-page names another. The Windows-1252 bytes are the corpus case's, written by
+// hand; the UTF-8 ones below are written by hand too (é C3 A9, ñ C3 B1, ü C3 BC, Ñ C3 91,
+// ú C3 BA, ’ E2 80 99, á C3 A1, š C5 A1, Š C5 A0, í C3 AD, 王 E7 8E 8B).
+void code_page_tests() {
+  const fs::path folder = fresh_folder("code-page");
+  const fs::path cards = config.corpus / "cards" / "accented-names.json";
+  const fs::path case_folder = config.corpus / "generic" / "accented-full-name";
+  const std::wstring setup = L"0,1,0,1,1,False,True,False,False,False,,0";
+
+  report(GetACP() == 1252, "the prefix's ANSI code page is 1252 (en-US)",
+         "GetACP() = " + std::to_string(GetACP()));
+
+  Run run = run_cli({L"export", L"Generic", L"--cards", cards.wstring(), L"--setup", setup,
+                     L"--out", (folder / "ansi.tab").wstring()});
+  std::string written = read_bytes(folder / "ansi.tab");
+  std::string expected = read_bytes(case_folder / "expected.out");
+  report(run.exit == 0 && written == expected,
+         "by default the file is in the system's ANSI code page: Windows-1252, one byte a letter",
+         "--- written:\n" + visible(written) + "\n--- expected:\n" + visible(expected) + "\n" +
+             shown(run));
+  // One warning line, for the one card with a letter Windows-1252 lacks (王, card 5).
+  std::size_t warnings = 0;
+  for (std::size_t at = run.err.find("zorvat: warning: "); at != std::string::npos;
+       at = run.err.find("zorvat: warning: ", at + 1))
+    ++warnings;
+  report(warnings == 1 && run.err.find("zorvat: warning: card 5 (ExportID E205)") == 0,
+         "the plain export warns once, for the card with a letter the code page lacks", shown(run));
+
+  run = run_cli({L"export", L"Generic", L"--cards", cards.wstring(), L"--setup", setup, L"--out",
+                 (folder / "utf8.tab").wstring(), L"--code-page", L"utf-8", L"--json"});
+  written = read_bytes(folder / "utf8.tab");
+  expected =
+      "EXPORT ID,EmployeeNumber,ShiftCode,RegularHours,FirstLevelOvertime,SecondLevelOvertime,"
+      "VACATION,HOLIDAY,SICK,OTHER,FullName,BadgeNumber\r\n"
+      "E200,000000201,01,40.00,1.50,0.00,0.00,0.00,0.00,0.00,Jos\xC3\xA9  Pe\xC3\xB1"
+      "a,201\r\n"
+      "E201,000000202,02,8.00,0.00,0.00,8.00,0.00,0.00,0.00,Ren\xC3\xA9"
+      "e A M\xC3\xBCller-\xC3\x91\xC3\xBA\xC3\xB1"
+      "ez,202\r\n"
+      "E202,000000203,01,10.00,0.00,0.00,0.00,0.00,0.00,0.00,Grace  O\xE2\x80\x99Neil,203\r\n"
+      "E203,000000204,01,7.50,0.00,0.00,0.00,0.00,0.50,0.00,Tom\xC3\xA1\xC5\xA1  \xC5\xA0"
+      "imek,204\r\n"
+      "E204,000000205,01,40.00,0.00,0.00,0.00,0.00,0.00,0.00,Mar\xC3\xAD"
+      "a Dolores  Guti\xC3\xA9rrez Ib\xC3\xA1\xC3\xB1"
+      "ez,205\r\n"
+      "E205,000000206,01,8.00,0.00,0.00,0.00,0.00,0.00,0.00,Lily  \xE7\x8E\x8B,206\r\n";
+  const auto answer = report_of(run);
+  report(run.exit == 0 && written == expected && answer &&
+             answer->value("codePage", json()) == "utf-8" &&
+             answer->value("missingLetters", json()) == json::array(),
+         "--code-page utf-8 writes UTF-8, and every letter is in it",
+         "--- written:\n" + visible(written) + "\n--- expected:\n" + visible(expected) + "\n" +
+             shown(run));
+}
+
 // --- The safe file step ----------------------------------------------------------------------
 
 void file_step_tests() {
@@ -446,6 +511,38 @@ void quickbooks_tests() {
   report(run.exit == 2 &&
              first_line(run.err) == "zorvat: --qb-log: this build sends no qbXML documents",
          "--qb-log is refused: this build calls the simulated company directly", shown(run));
+
+  // Two-digit years: zorvat.exe reads them through the window Windows answers (Wine's
+  // en-US locale: 2049), or through --two-digit-year-max.
+  const fs::path folder = fresh_folder("two-digit-years");
+  write_bytes(folder / "cards.json", R"({"cards": [{"FirstName": "Jane", "MI": "",
+    "LastName": "Doe", "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2030-01-01",
+    "Days": [{"DayDate": "2030-01-01", "REG": 60, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0,
+              "SIC": 0, "OTH": 0},
+             {"DayDate": "2050-01-01", "REG": 60, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0,
+              "SIC": 0, "OTH": 0}]}]})");
+  const std::vector<std::wstring> check = {
+      L"export",  L"QB2000",      L"--cards", (folder / "cards.json").wstring(),
+      L"--setup", to_wide(setup), L"--check"};
+  run = run_cli(check);
+  report(run.exit == 4 &&
+             run.out.find("The card at index 0 (Jane Doe) holds the day 1/1/2050, which "
+                          "QuickBooks would get as 1/1/1950: two-digit years are read as 1950 "
+                          "to 2049.") == 0,
+         "export QB2000 --check reads two-digit years through the window Windows answers",
+         shown(run));
+  std::vector<std::wstring> narrow = check;
+  narrow.insert(narrow.end(), {L"--two-digit-year-max", L"2029"});
+  run = run_cli(narrow);
+  report(run.exit == 4 &&
+             run.out.find("holds the day 1/1/2030, which QuickBooks would get as 1/1/1930: "
+                          "two-digit years are read as 1930 to 2029.") != std::string::npos,
+         "--two-digit-year-max 2029 moves the window", shown(run));
+  std::vector<std::wstring> refused = check;
+  refused.insert(refused.end(), {L"--two-digit-year-max", L"98"});
+  run = run_cli(refused);
+  report(run.exit == 2 && run.err.find("\"98\" is not a year from 99 to 9999") != std::string::npos,
+         "--two-digit-year-max 98 is a usage error", shown(run));
 }
 
 // --- The Save dialog and the setup form on a console --------------------------------------
@@ -609,6 +706,7 @@ int wmain(int argc, wchar_t** argv) {
   load_sample();
   corpus_tests();
   byte_order_mark_test();
+  code_page_tests();
   path_tests();
   file_step_tests();
   reconcile_tests();

@@ -741,5 +741,113 @@ TEST_F(QB2000Com, FormatsQuickBooksNamesThroughDispatch) {
   EXPECT_EQ(format("a,b,c,d"), "");
 }
 
+// --- Dates with two-digit years, names beyond ASCII --------------------------------
+
+// The user's two-digit-year setting as the DLL reads it. Wine answers the window of
+// its locale data (2049 for en-US) and does not read the setting a user can change
+// (HKCU\Control Panel\International\Calendars\TwoDigitYearMax), so the window of
+// 2029 is tested natively, through the framework and the command line.
+int users_two_digit_year_max() {
+  DWORD year = 0;
+  GetCalendarInfoW(LOCALE_USER_DEFAULT, CAL_GREGORIAN, CAL_ITWODIGITYEARMAX | CAL_RETURN_NUMBER,
+                   nullptr, 0, &year);
+  return static_cast<int>(year);
+}
+
+// A card of `first` `last` with an hour of `type` on each of `dates` (ISO).
+json card_on(const json& model, const std::string& first, const std::string& last,
+             std::initializer_list<const char*> dates, const std::string& type = "REG") {
+  json card = model;
+  card["FirstName"] = first;
+  card["MI"] = "";
+  card["LastName"] = last;
+  for (const char* category : {"REG", "OT1", "OT2", "VAC", "HOL", "SIC", "OTH"}) card[category] = 0;
+  card[type] = 60 * static_cast<int>(dates.size());
+  card["EditREG"] = 0;
+  card["EditOT1"] = 0;
+  card["EditOT2"] = 0;
+  card["Days"] = json::array();
+  for (const char* date : dates) {
+    json day = {{"DayDate", date}, {"REG", 0}, {"OT1", 0}, {"OT2", 0},
+                {"VAC", 0},        {"HOL", 0}, {"SIC", 0}, {"OTH", 0}};
+    day[type] = 60;
+    card["Days"].push_back(day);
+  }
+  return card;
+}
+
+// The dates and employee names of the time entries QuickBooks received.
+std::vector<std::string> sent_fields(const json& sets, const std::string& field) {
+  std::vector<std::string> values;
+  for (const json& set : sets)
+    for (const json& request : set.at("requests"))
+      if (request.at("type") == "TimeTrackingAdd")
+        for (const json& field_call : request.at("set"))
+          if (field_call.at(0) == field) values.push_back(field_call.at(1).get<std::string>());
+  return values;
+}
+
+TEST_F(QB2000Com, ReadsTwoDigitYearsThroughTheUsersWindow) {
+  ASSERT_EQ(users_two_digit_year_max(), 2049) << "the expectations are for 1950 to 2049";
+  const json model = period_.at("cards").at("cards").at(0);
+  period_["cards"]["cards"] =
+      json::array({card_on(model, "Jane", "Doe", {"2029-12-31", "2030-01-01"})});
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  EXPECT_EQ(sent_fields(recorded_sets(), "TxnDate"),
+            (std::vector<std::string>{"2029-12-31", "2030-01-01"}));
+}
+
+TEST_F(QB2000Com, RefusesADateTheWindowGivesBackACenturyOffBeforeAnythingIsSent) {
+  ASSERT_EQ(users_two_digit_year_max(), 2049) << "the expectations are for 1950 to 2049";
+  const json model = period_.at("cards").at("cards").at(0);
+  period_["cards"]["cards"] =
+      json::array({card_on(model, "Jane", "Doe", {"2049-12-31"}),
+                   card_on(model, "José", "Peña", {"2049-12-31", "2050-01-01"})});
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+  EXPECT_EQ(result.number, 5);
+  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+  EXPECT_EQ(result.description,
+            "The card at index 1 (José Peña) holds the day 1/1/2050, which QuickBooks would get "
+            "as 1/1/1950: two-digit years are read as 1950 to 2049. Set the Region setting "
+            "\"When a two-digit year is entered, interpret it as a year between\" "
+            "(--two-digit-year-max on the command line) to a range that holds 2050. Nothing was "
+            "sent to QuickBooks.");
+  EXPECT_TRUE(boxes_.empty());
+  // No connection was opened and no message set sent: only the error path's teardown.
+  EXPECT_TRUE(recorded_sets().empty());
+  for (const json& session_call : session_calls()) {
+    EXPECT_NE(session_call.at("operation"), "OpenConnection");
+    EXPECT_NE(session_call.at("operation"), "BeginSession");
+  }
+}
+
+TEST_F(QB2000Com, SendsAccentedNamesAsTheyAre) {
+  const json model = period_.at("cards").at("cards").at(0);
+  period_["cards"]["cards"] =
+      json::array({card_on(model, "José", "Peña", {"2004-03-01"}),
+                   card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
+                   card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
+  json accented = company();
+  accented["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
+  load_company(accented);
+  const CallResult result = execute(IDYES);
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  ASSERT_EQ(boxes_.size(), 1u);
+  EXPECT_NE(boxes_[0].text.find("Grace  O’Neil\r\n"), std::string::npos) << boxes_[0].text;
+  const json sent = recorded_sets();
+  ASSERT_EQ(sent.size(), 6u);
+  EXPECT_EQ(sent[2].at("requests").at(0).at("set"),
+            json::array({json::array({"FirstName", "Grace"}), json::array({"MiddleName", ""}),
+                         json::array({"LastName", "O’Neil"})}));
+  EXPECT_EQ(sent_fields(sent, "EntityRef.FullName"),
+            (std::vector<std::string>{"Peña, José", "Müller-Ñúñez, Renée", "O’Neil, Grace"}));
+}
+
 }  // namespace
 }  // namespace zorvat::com::testing

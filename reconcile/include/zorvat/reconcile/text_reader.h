@@ -44,7 +44,7 @@ std::size_t letter_column(std::string_view text, std::size_t position);
 // nothing else. No value for text that is not such a number.
 std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals);
 
-// "mm/dd/yy", two-digit years 00-29 being 2000-2029 and 30-99 1930-1999.
+// "mm/dd/yy", the year read through the two-digit-year window (zorvat/date.h).
 std::optional<CivilDate> parse_short_date(std::string_view text);
 
 // Reads one record column by column, failing with the record's line and the column
