@@ -15,6 +15,7 @@
 
 #include "automation_client.h"
 #include "host_objects.h"
+#include "import_patch.h"
 #include "test_config.h"
 
 namespace zorvat::com::testing {
@@ -745,8 +746,9 @@ TEST_F(QB2000Com, FormatsQuickBooksNamesThroughDispatch) {
 
 // The user's two-digit-year setting as the DLL reads it. Wine answers the window of
 // its locale data (2049 for en-US) and does not read the setting a user can change
-// (HKCU\Control Panel\International\Calendars\TwoDigitYearMax), so the window of
-// 2029 is tested natively, through the framework and the command line.
+// (HKCU\Control Panel\International\Calendars\TwoDigitYearMax); the window of 2029,
+// as older Windows sets it, is given to the DLL by answering its GetCalendarInfoW
+// call (UserSettingOf2029 below).
 int users_two_digit_year_max() {
   DWORD year = 0;
   GetCalendarInfoW(LOCALE_USER_DEFAULT, CAL_GREGORIAN, CAL_ITWODIGITYEARMAX | CAL_RETURN_NUMBER,
@@ -824,6 +826,81 @@ TEST_F(QB2000Com, RefusesADateTheWindowGivesBackACenturyOffBeforeAnythingIsSent)
     EXPECT_NE(session_call.at("operation"), "OpenConnection");
     EXPECT_NE(session_call.at("operation"), "BeginSession");
   }
+}
+
+// GetCalendarInfoW as a user who set the two-digit-year window to 1930 to 2029 sees it;
+// every other question goes to Windows.
+int WINAPI calendar_info_of_2029(LCID locale, CALID calendar, CALTYPE type, LPWSTR text, int length,
+                                 LPDWORD value) {
+  if ((type & ~CAL_RETURN_NUMBER) == CAL_ITWODIGITYEARMAX && (type & CAL_RETURN_NUMBER) &&
+      value != nullptr) {
+    *value = 2029;
+    return sizeof(DWORD) / sizeof(WCHAR);
+  }
+  return GetCalendarInfoW(locale, calendar, type, text, length, value);
+}
+
+// The DLL's GetCalendarInfoW answered as above while the patch lives.
+class UserSettingOf2029 {
+ public:
+  UserSettingOf2029()
+      : patch_(GetModuleHandleW(L"zorvat.dll"), "kernel32.dll", "GetCalendarInfoW",
+               reinterpret_cast<void*>(&calendar_info_of_2029)) {}
+  bool in_force() const { return patch_.patched(); }
+
+ private:
+  ImportPatch patch_;
+};
+
+TEST_F(QB2000Com, UnderTheWindowOf2029TheLastDayOf2029IsSentAsItIs) {
+  const UserSettingOf2029 setting;
+  ASSERT_TRUE(setting.in_force()) << "zorvat.dll imports no GetCalendarInfoW from kernel32";
+  const json model = period_.at("cards").at("cards").at(0);
+  period_["cards"]["cards"] = json::array({card_on(model, "Jane", "Doe", {"2029-12-31"})});
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  EXPECT_EQ(sent_fields(recorded_sets(), "TxnDate"), (std::vector<std::string>{"2029-12-31"}));
+}
+
+TEST_F(QB2000Com, UnderTheWindowOf2029TheFirstDayOf2030IsRefusedBeforeAnythingIsSent) {
+  const UserSettingOf2029 setting;
+  ASSERT_TRUE(setting.in_force()) << "zorvat.dll imports no GetCalendarInfoW from kernel32";
+  const json model = period_.at("cards").at("cards").at(0);
+  period_["cards"]["cards"] =
+      json::array({card_on(model, "Jane", "Doe", {"2029-12-31", "2030-01-01"})});
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+  EXPECT_EQ(result.number, 5);
+  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+  EXPECT_EQ(result.description,
+            "The card at index 0 (Jane Doe) holds the day 1/1/2030, which QuickBooks would get "
+            "as 1/1/1930: two-digit years are read as 1930 to 2029. Set the Region setting "
+            "\"When a two-digit year is entered, interpret it as a year between\" "
+            "(--two-digit-year-max on the command line) to a range that holds 2030. Nothing was "
+            "sent to QuickBooks.");
+  EXPECT_TRUE(recorded_sets().empty());
+  for (const json& session_call : session_calls()) {
+    EXPECT_NE(session_call.at("operation"), "OpenConnection");
+    EXPECT_NE(session_call.at("operation"), "BeginSession");
+  }
+}
+
+TEST_F(QB2000Com, TheWindowIsReadAgainAtEveryCall) {
+  const json model = period_.at("cards").at("cards").at(0);
+  period_["cards"]["cards"] = json::array({card_on(model, "Jane", "Doe", {"2030-01-01"})});
+  load_company(company());
+  {
+    const UserSettingOf2029 setting;
+    ASSERT_TRUE(setting.in_force());
+    EXPECT_TRUE(execute().raised());
+  }
+  // The user moved the window back to 1950 to 2049: the same object sends the day.
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_EQ(sent_fields(recorded_sets(), "TxnDate"), (std::vector<std::string>{"2030-01-01"}));
 }
 
 TEST_F(QB2000Com, SendsAccentedNamesAsTheyAre) {
