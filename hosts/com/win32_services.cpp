@@ -5,11 +5,11 @@
 
 namespace zorvat::com {
 namespace {
-Win32Ui server_ui;
-Win32FileSystem server_file_system;
+win32::Win32Ui server_ui;
+win32::Win32FileSystem server_file_system;
 // Files in the ANSI code page, as a classic component writes its text files.
 SafeOutputFiles server_files(server_file_system, win32::ansi_code_page());
-const Win32Clock server_clock;
+const win32::Win32Clock server_clock;
 }  // namespace
 
 ExportContext server_context() {

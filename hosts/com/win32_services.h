@@ -6,7 +6,6 @@
 #include "../win32/win32_services.h"
 
 namespace zorvat::com {
-using namespace zorvat::win32;
 
 // The services every object of this server is created with.
 ExportContext server_context();

@@ -57,7 +57,7 @@ class Win32Forms : public ::testing::Test {
     EXPECT_TRUE(FormUser::screenshot(window, screenshot_folder(), file_name)) << file_name;
   }
 
-  Win32Ui ui_;
+  win32::Win32Ui ui_;
   FormUser user_;
 };
 
