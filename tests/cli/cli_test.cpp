@@ -6,36 +6,17 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "process.h"
-#include "test_folder.h"
+#include "command_line_test.h"
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using zorvat::testing_support::run_process;
 
 namespace {
 
 const std::string kCards = std::string(ZORVAT_CORPUS_DIR) + "/cards/two-employees.json";
 const std::string kSetup = "0,0,0,0,0,False,True,False,False,False,,2";
 
-class CommandLine : public testing::Test {
- protected:
-  void SetUp() override { dir_ = zorvat::testing_support::fresh_test_folder("zorvat-cli"); }
-  void TearDown() override { fs::remove_all(dir_); }
-
-  std::string write(const std::string& name, const std::string& text) {
-    const fs::path path = dir_ / name;
-    zorvat::testing_support::write_file(path, text);
-    return path.string();
-  }
-  std::string read(const std::string& path) { return zorvat::testing_support::read_file(path); }
-  zorvat::testing_support::ProcessResult zorvat(std::vector<std::string> args) {
-    args.insert(args.begin(), ZORVAT_CLI);
-    return run_process(args);
-  }
-
-  fs::path dir_;
-};
+using CommandLine = zorvat::testing_support::CommandLineTest;
 
 TEST_F(CommandLine, ExportPrintsTheNewSettingsAndWritesTheFile) {
   const std::string out = (dir_ / "x.tab").string();

@@ -6,12 +6,10 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "process.h"
-#include "test_folder.h"
+#include "command_line_test.h"
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using zorvat::testing_support::run_process;
 
 namespace {
 
@@ -30,10 +28,10 @@ json card(const std::string& id, int number, int reg, const std::string& first,
           {"LastName", last}, {"Badge", "B" + id}};
 }
 
-class CodePages : public testing::Test {
+class CodePages : public zorvat::testing_support::CommandLineTest {
  protected:
   void SetUp() override {
-    dir_ = zorvat::testing_support::fresh_test_folder("zorvat-code-pages");
+    CommandLineTest::SetUp();
     // José Peña; Grace O’Neil (U+2019); Wei Wang 王 (U+738B, in no Windows-1252).
     cards_ = write("cards.json", json{{"PeriodEnd", "2004-03-06"},
                                       {"cards",
@@ -44,21 +42,8 @@ class CodePages : public testing::Test {
                                         card("E102", 44, 60, "Wei", "Wang \xE7\x8E\x8B")}}}
                                      .dump());
   }
-  void TearDown() override { fs::remove_all(dir_); }
+  std::string out(const std::string& name) const { return path_of(name); }
 
-  std::string write(const std::string& name, const std::string& text) {
-    const fs::path path = dir_ / name;
-    zorvat::testing_support::write_file(path, text);
-    return path.string();
-  }
-  std::string read(const std::string& path) { return zorvat::testing_support::read_file(path); }
-  zorvat::testing_support::ProcessResult zorvat(std::vector<std::string> args) {
-    args.insert(args.begin(), ZORVAT_CLI);
-    return run_process(args);
-  }
-  std::string out(const std::string& name) { return (dir_ / name).string(); }
-
-  fs::path dir_;
   std::string cards_;
 };
 

@@ -7,12 +7,10 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "process.h"
-#include "test_folder.h"
+#include "command_line_test.h"
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using zorvat::testing_support::run_process;
 
 namespace {
 
@@ -66,23 +64,8 @@ std::size_t occurrences(const std::string& text, const std::string& what) {
   return count;
 }
 
-class QuickBooksCommandLine : public testing::Test {
+class QuickBooksCommandLine : public zorvat::testing_support::CommandLineTest {
  protected:
-  void SetUp() override { dir_ = zorvat::testing_support::fresh_test_folder("zorvat-qb-cli"); }
-  void TearDown() override { fs::remove_all(dir_); }
-
-  std::string write(const std::string& name, const std::string& text) {
-    const fs::path path = dir_ / name;
-    zorvat::testing_support::write_file(path, text);
-    return path.string();
-  }
-  static std::string read(const std::string& path) {
-    return zorvat::testing_support::read_file(path);
-  }
-  static zorvat::testing_support::ProcessResult zorvat(std::vector<std::string> args) {
-    args.insert(args.begin(), ZORVAT_CLI);
-    return run_process(args);
-  }
   // Exports Jane's card to a company described by `company` (JSON text).
   zorvat::testing_support::ProcessResult export_jane(const std::string& company,
                                                      std::vector<std::string> more = {}) {
@@ -92,8 +75,6 @@ class QuickBooksCommandLine : public testing::Test {
     args.insert(args.end(), more.begin(), more.end());
     return zorvat(args);
   }
-
-  fs::path dir_;
 };
 
 TEST_F(QuickBooksCommandLine, SamplePeriodIsExportedAfterAddingTheMissingEmployee) {

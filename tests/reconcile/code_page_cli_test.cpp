@@ -11,6 +11,7 @@
 
 #include "app.h"
 #include "reconcile_command.h"
+#include "reconcile_test_support.h"
 
 namespace fs = std::filesystem;
 using namespace zorvat;
@@ -20,19 +21,6 @@ namespace {
 const std::string kPreviewSetup = "12,A,B,C,7,D,E,F,G,0,0,0,0";
 const std::string kGenericSetup = "0,0,0,1,1,False,True,False,False,False,,0";
 const std::string kAllExplained = "Every difference is accounted for by a named reason.";
-
-struct CommandRun {
-  int status;
-  std::string out;
-  std::string err;
-};
-
-CommandRun run_command(const std::vector<std::string>& args) {
-  std::ostringstream out;
-  std::ostringstream err;
-  const int status = cli::run(args, out, err, false);
-  return CommandRun{status, out.str(), err.str()};
-}
 
 std::string blanks(std::size_t count) {
   return std::string(count, ' ');
@@ -118,12 +106,13 @@ class ReconcileCodePage : public testing::Test {
     return path;
   }
 
-  CommandRun reconcile(const std::string& class_name, const std::string& setup,
-                       const std::string& path, std::vector<std::string> more = {}) {
+  testing_support::CommandRun reconcile(const std::string& class_name, const std::string& setup,
+                                        const std::string& path,
+                                        std::vector<std::string> more = {}) {
     std::vector<std::string> args = {"reconcile", class_name, "--cards", cards_, "--setup", setup};
     args.insert(args.end(), more.begin(), more.end());
     args.push_back(path);
-    return run_command(args);
+    return testing_support::run_command(args);
   }
 
   fs::path folder_;
@@ -131,7 +120,7 @@ class ReconcileCodePage : public testing::Test {
 };
 
 TEST_F(ReconcileCodePage, AWindows1252FileReconcilesWithTheDefault) {
-  const CommandRun result =
+  const testing_support::CommandRun result =
       reconcile("PCPreview", kPreviewSetup, write("0012_TA.txt", kPreview1252));
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_NE(result.out.find(kAllExplained), std::string::npos) << result.out;
@@ -141,21 +130,23 @@ TEST_F(ReconcileCodePage, AWindows1252FileReconcilesWithTheDefault) {
 TEST_F(ReconcileCodePage, TheCodePageMayBeNamedOrNumbered) {
   const std::string path = write("0012_TA.txt", kPreview1252);
   for (const char* name : {"windows-1252", "1252", "cp1252"}) {
-    const CommandRun result = reconcile("PCPreview", kPreviewSetup, path, {"--code-page", name});
+    const testing_support::CommandRun result =
+        reconcile("PCPreview", kPreviewSetup, path, {"--code-page", name});
     EXPECT_EQ(result.status, 0) << name << ": " << result.err;
   }
 }
 
 TEST_F(ReconcileCodePage, AUtf8FileReconcilesWithCodePageUtf8) {
-  const CommandRun result = reconcile("PCPreview", kPreviewSetup,
-                                      write("0012_TA.txt", kPreviewUtf8), {"--code-page", "utf-8"});
+  const testing_support::CommandRun result = reconcile(
+      "PCPreview", kPreviewSetup, write("0012_TA.txt", kPreviewUtf8), {"--code-page", "utf-8"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_NE(result.out.find(kAllExplained), std::string::npos) << result.out;
 }
 
 TEST_F(ReconcileCodePage, AWindows1252FileReadAsUtf8IsRefusedAtItsFirstLetter) {
   const std::string path = write("0012_TA.txt", kPreview1252);
-  const CommandRun result = reconcile("PCPreview", kPreviewSetup, path, {"--code-page", "utf-8"});
+  const testing_support::CommandRun result =
+      reconcile("PCPreview", kPreviewSetup, path, {"--code-page", "utf-8"});
   EXPECT_EQ(result.status, cli::kUsageError);
   // "000315Jos" is nine bytes: the "é" (E9) is the tenth.
   EXPECT_EQ(result.err, "zorvat: " + path +
@@ -166,7 +157,7 @@ TEST_F(ReconcileCodePage, AWindows1252FileReadAsUtf8IsRefusedAtItsFirstLetter) {
 
 TEST_F(ReconcileCodePage, AUtf8FileReadAsWindows1252SaysWhichCodePageItWasReadIn) {
   const std::string path = write("0012_TA.txt", kPreviewUtf8);
-  const CommandRun result = reconcile("PCPreview", kPreviewSetup, path);
+  const testing_support::CommandRun result = reconcile("PCPreview", kPreviewSetup, path);
   EXPECT_EQ(result.status, cli::kUsageError);
   // "José Peña" in UTF-8 read as Windows-1252 is "JosÃ© PeÃ±a", two letters longer: the
   // name column ends two letters early, and "E " is looked for two blanks before it.
@@ -187,10 +178,11 @@ TEST_F(ReconcileCodePage, AMismatchFromTheWrongCodePageSaysWhichCodePageItWasRea
       "E318,000000318,01,0.50,0.00,0.00,0.00,0.00,0.00,0.00,Ann  Šimek,318" + line_end;
   const std::string path = write("period.tab", file);
 
-  const CommandRun as_utf8 = reconcile("Generic", kGenericSetup, path, {"--code-page", "utf-8"});
+  const testing_support::CommandRun as_utf8 =
+      reconcile("Generic", kGenericSetup, path, {"--code-page", "utf-8"});
   EXPECT_EQ(as_utf8.status, 0) << as_utf8.err << as_utf8.out;
 
-  const CommandRun as_1252 = reconcile("Generic", kGenericSetup, path);
+  const testing_support::CommandRun as_1252 = reconcile("Generic", kGenericSetup, path);
   EXPECT_EQ(as_1252.status, cli::kUnexplainedDifference) << as_1252.out;
   EXPECT_NE(as_1252.out.find("PeÃ±a-7"), std::string::npos) << as_1252.out;
   EXPECT_EQ(as_1252.err,
@@ -200,14 +192,14 @@ TEST_F(ReconcileCodePage, AMismatchFromTheWrongCodePageSaysWhichCodePageItWasRea
 
 TEST_F(ReconcileCodePage, AnUnknownCodePageIsAUsageError) {
   const std::string path = write("0012_TA.txt", kPreview1252);
-  const CommandRun result =
+  const testing_support::CommandRun result =
       reconcile("PCPreview", kPreviewSetup, path, {"--code-page", "no-such-code-page"});
   EXPECT_EQ(result.status, cli::kUsageError);
   EXPECT_EQ(result.err,
             "zorvat: --code-page: \"no-such-code-page\" is not a code page this system converts "
             "to (windows-1252, utf-8, 850, ...)\n");
 
-  const CommandRun json =
+  const testing_support::CommandRun json =
       reconcile("PCPreview", kPreviewSetup, path, {"--code-page", "no-such-code-page", "--json"});
   EXPECT_EQ(json.status, cli::kUsageError);
   const auto report = nlohmann::json::parse(json.out);
@@ -220,11 +212,11 @@ TEST_F(ReconcileCodePage, WhatTheExportWritesReconciles) {
   for (const char* code_page : {"windows-1252", "utf-8"}) {
     SCOPED_TRACE(code_page);
     const std::string path = (folder_ / (std::string(code_page) + "_TA.txt")).string();
-    const CommandRun exported =
-        run_command({"export", "PCPreview", "--cards", cards_, "--setup", kPreviewSetup, "--out",
-                     path, "--code-page", code_page});
+    const testing_support::CommandRun exported =
+        testing_support::run_command({"export", "PCPreview", "--cards", cards_, "--setup",
+                                      kPreviewSetup, "--out", path, "--code-page", code_page});
     ASSERT_EQ(exported.status, 0) << exported.err;
-    const CommandRun result =
+    const testing_support::CommandRun result =
         reconcile("PCPreview", kPreviewSetup, path, {"--code-page", code_page});
     EXPECT_EQ(result.status, 0) << result.err << result.out;
   }

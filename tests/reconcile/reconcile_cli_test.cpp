@@ -20,19 +20,6 @@ const std::string kCards = std::string(ZORVAT_CORPUS_DIR) + "/cards/two-employee
 const std::string kEpipSetup =
     "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,EPIP";
 
-struct CommandRun {
-  int status;
-  std::string out;
-  std::string err;
-};
-
-CommandRun run_command(const std::vector<std::string>& args) {
-  std::ostringstream out;
-  std::ostringstream err;
-  const int status = cli::run(args, out, err, false);
-  return CommandRun{status, out.str(), err.str()};
-}
-
 class ReconcileCommand : public testing::Test {
  protected:
   void SetUp() override {
@@ -47,8 +34,8 @@ class ReconcileCommand : public testing::Test {
   // Exports the two-employee cards with ADP7 EPIP into the folder.
   std::string exported() {
     const std::string path = (folder_ / "05EXTPAY.ABC").string();
-    const CommandRun result =
-        run_command({"export", "ADP7", "--cards", kCards, "--setup", kEpipSetup, "--out", path});
+    const testing_support::CommandRun result = testing_support::run_command(
+        {"export", "ADP7", "--cards", kCards, "--setup", kEpipSetup, "--out", path});
     EXPECT_EQ(result.status, 0) << result.err;
     return path;
   }
@@ -61,8 +48,8 @@ class ReconcileCommand : public testing::Test {
 };
 
 TEST_F(ReconcileCommand, ExplainsEveryDifference) {
-  const CommandRun result =
-      run_command({"reconcile", "ADP7", "--cards", kCards, "--setup", kEpipSetup, exported()});
+  const testing_support::CommandRun result = testing_support::run_command(
+      {"reconcile", "ADP7", "--cards", kCards, "--setup", kEpipSetup, exported()});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_NE(result.out.find("Employee  Category  Input hours  In the file  Difference"),
             std::string::npos)
@@ -79,8 +66,8 @@ TEST_F(ReconcileCommand, ChangedHoursExitFour) {
   ASSERT_NE(at, std::string::npos) << bytes;
   bytes.replace(at, 10, "0120004100");
   write(path, bytes);
-  const CommandRun result =
-      run_command({"reconcile", "ADP7", "--cards", kCards, "--setup", kEpipSetup, path});
+  const testing_support::CommandRun result = testing_support::run_command(
+      {"reconcile", "ADP7", "--cards", kCards, "--setup", kEpipSetup, path});
   EXPECT_EQ(result.status, cli::kUnexplainedDifference);
   EXPECT_NE(result.out.find("unexplained"), std::string::npos) << result.out;
   EXPECT_NE(result.out.find("1 difference has no known reason."), std::string::npos) << result.out;
@@ -89,8 +76,8 @@ TEST_F(ReconcileCommand, ChangedHoursExitFour) {
 TEST_F(ReconcileCommand, FileNotInTheLayoutIsAUsageError) {
   const std::string path = (folder_ / "notes.txt").string();
   write(path, "Co Code,Batch ID\r\n");
-  const CommandRun result =
-      run_command({"reconcile", "ADP7", "--cards", kCards, "--setup", kEpipSetup, path});
+  const testing_support::CommandRun result = testing_support::run_command(
+      {"reconcile", "ADP7", "--cards", kCards, "--setup", kEpipSetup, path});
   EXPECT_EQ(result.status, cli::kUsageError);
   EXPECT_EQ(result.err, "zorvat: " + path +
                             ": not a ADP7 EPIP file: line 2, column 1: a batch has a header and "
@@ -98,7 +85,7 @@ TEST_F(ReconcileCommand, FileNotInTheLayoutIsAUsageError) {
 }
 
 TEST_F(ReconcileCommand, JsonReport) {
-  const CommandRun result = run_command(
+  const testing_support::CommandRun result = testing_support::run_command(
       {"reconcile", "ADP7", "--cards", kCards, "--setup", kEpipSetup, "--json", exported()});
   EXPECT_EQ(result.status, 0);
   const auto json = nlohmann::json::parse(result.out);
@@ -119,14 +106,15 @@ TEST_F(ReconcileCommand, JsonReport) {
 }
 
 TEST_F(ReconcileCommand, UnknownClassIsAUsageError) {
-  const CommandRun result = run_command({"reconcile", "Nope", "--cards", kCards, exported()});
+  const testing_support::CommandRun result =
+      testing_support::run_command({"reconcile", "Nope", "--cards", kCards, exported()});
   EXPECT_EQ(result.status, cli::kUsageError);
   EXPECT_NE(result.err.find("unknown export class \"Nope\""), std::string::npos);
 }
 
 TEST_F(ReconcileCommand, CheckBeforeExportWritesNothing) {
-  const CommandRun result =
-      run_command({"export", "ADP7", "--cards", kCards, "--setup", kEpipSetup, "--check"});
+  const testing_support::CommandRun result = testing_support::run_command(
+      {"export", "ADP7", "--cards", kCards, "--setup", kEpipSetup, "--check"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_NE(result.out.find("To the file"), std::string::npos) << result.out;
   EXPECT_NE(result.out.find("category-not-in-layout"), std::string::npos);
@@ -134,7 +122,7 @@ TEST_F(ReconcileCommand, CheckBeforeExportWritesNothing) {
 }
 
 TEST_F(ReconcileCommand, CheckAsJson) {
-  const CommandRun result = run_command(
+  const testing_support::CommandRun result = testing_support::run_command(
       {"export", "ADP7", "--cards", kCards, "--setup", kEpipSetup, "--check", "--json"});
   EXPECT_EQ(result.status, 0) << result.err;
   const auto json = nlohmann::json::parse(result.out);
@@ -145,9 +133,9 @@ TEST_F(ReconcileCommand, CheckAsJson) {
 }
 
 TEST_F(ReconcileCommand, CheckRunsTheClassCheckOfItsSettings) {
-  const CommandRun result =
-      run_command({"export", "ADP7", "--cards", kCards, "--setup",
-                   "ABC,100,1,H3,Hours 3,VA,V,HO,H,SI,S,OT,O,EPIP", "--check"});
+  const testing_support::CommandRun result =
+      testing_support::run_command({"export", "ADP7", "--cards", kCards, "--setup",
+                                    "ABC,100,1,H3,Hours 3,VA,V,HO,H,SI,S,OT,O,EPIP", "--check"});
   EXPECT_EQ(result.status, cli::kErrorRaised);
   EXPECT_NE(result.err.find("Batch Sequence Number must be between 0 and 99"), std::string::npos)
       << result.err;
@@ -158,8 +146,8 @@ TEST_F(ReconcileCommand, CheckRunsTheClassCheckOfItsSettings) {
 namespace {
 
 TEST(ReconcileCommandJson, UsageErrorAsTheExportWordsIt) {
-  const CommandRun result =
-      run_command({"reconcile", "ADP7", "--cards", "/nonexistent/cards.json", "--json", "x"});
+  const testing_support::CommandRun result = testing_support::run_command(
+      {"reconcile", "ADP7", "--cards", "/nonexistent/cards.json", "--json", "x"});
   EXPECT_EQ(result.status, cli::kUsageError);
   const auto json = nlohmann::json::parse(result.out);
   EXPECT_EQ(json["error"]["number"], 0);

@@ -7,11 +7,19 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "app.h"
 #include "builtin_formats.h"
 #include "json_cards.h"
 #include "scripted_host.h"
 
 namespace zorvat::testing_support {
+
+CommandRun run_command(const std::vector<std::string>& args) {
+  std::ostringstream out;
+  std::ostringstream err;
+  const int status = cli::run(args, out, err, false);
+  return CommandRun{status, out.str(), err.str()};
+}
 
 std::string export_bytes(const std::string& class_name, const Variant& cards,
                          const std::string& setup, const std::string& title) {

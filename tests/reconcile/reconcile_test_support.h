@@ -23,6 +23,17 @@ Variant cards_from_json(const std::string& json);
 // without worked hours.
 std::string random_cards_json(std::uint32_t seed, int count);
 
+// What the command printed and its exit status.
+struct CommandRun {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+// Runs the command in this process, as `zorvat` would with `args`, without a user at
+// the keyboard.
+CommandRun run_command(const std::vector<std::string>& args);
+
 struct ClassSetup {
   std::string class_name;
   std::string setup;
