@@ -236,6 +236,15 @@ class QB2000Com : public ::testing::Test {
             {{"operation", recorded.at("operation")}, {"arguments", recorded.at("arguments")}});
     return calls;
   }
+  // Nothing reached QuickBooks: no connection opened, no session begun, no message set
+  // sent; the session manager saw only the error path's teardown.
+  void expect_nothing_sent() const {
+    EXPECT_TRUE(recorded_sets().empty());
+    for (const json& session_call : session_calls()) {
+      EXPECT_NE(session_call.at("operation"), "OpenConnection");
+      EXPECT_NE(session_call.at("operation"), "BeginSession");
+    }
+  }
   std::vector<std::string> box_texts() const {
     std::vector<std::string> texts;
     for (const SeenBox& box : boxes_) texts.push_back(box.text);
@@ -820,12 +829,7 @@ TEST_F(QB2000Com, RefusesADateTheWindowGivesBackACenturyOffBeforeAnythingIsSent)
             "(--two-digit-year-max on the command line) to a range that holds 2050. Nothing was "
             "sent to QuickBooks.");
   EXPECT_TRUE(boxes_.empty());
-  // No connection was opened and no message set sent: only the error path's teardown.
-  EXPECT_TRUE(recorded_sets().empty());
-  for (const json& session_call : session_calls()) {
-    EXPECT_NE(session_call.at("operation"), "OpenConnection");
-    EXPECT_NE(session_call.at("operation"), "BeginSession");
-  }
+  expect_nothing_sent();
 }
 
 // GetCalendarInfoW as a user who set the two-digit-year window to 1930 to 2029 sees it;
@@ -881,11 +885,7 @@ TEST_F(QB2000Com, UnderTheWindowOf2029TheFirstDayOf2030IsRefusedBeforeAnythingIs
             "\"When a two-digit year is entered, interpret it as a year between\" "
             "(--two-digit-year-max on the command line) to a range that holds 2030. Nothing was "
             "sent to QuickBooks.");
-  EXPECT_TRUE(recorded_sets().empty());
-  for (const json& session_call : session_calls()) {
-    EXPECT_NE(session_call.at("operation"), "OpenConnection");
-    EXPECT_NE(session_call.at("operation"), "BeginSession");
-  }
+  expect_nothing_sent();
 }
 
 TEST_F(QB2000Com, TheWindowIsReadAgainAtEveryCall) {
