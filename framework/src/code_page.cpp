@@ -5,18 +5,6 @@
 #include "zorvat/unicode.h"
 
 namespace zorvat {
-namespace {
-
-class Utf8CodePage final : public CodePage {
- public:
-  std::string name() const override { return "utf-8"; }
-  void encode(std::string_view text, std::string& out) const override { out += text; }
-  void decode(std::string_view bytes, std::string& out) const override { out += bytes; }
-  bool keeps_ascii() const override { return true; }
-};
-
-}  // namespace
-
 bool CodePage::keeps_ascii() const {
   std::string ascii;
   for (int c = 0; c < 0x80; ++c) ascii += static_cast<char>(c);
@@ -28,6 +16,12 @@ bool CodePage::keeps_ascii() const {
 const CodePage& utf8_code_page() {
   static const Utf8CodePage code_page;
   return code_page;
+}
+
+std::string code_page_name(unsigned number) {
+  if (number == 65001) return "utf-8";
+  if (number >= 1250 && number <= 1258) return "windows-" + std::to_string(number);
+  return "cp" + std::to_string(number);
 }
 
 bool code_page_has(const CodePage& code_page, char32_t character) {

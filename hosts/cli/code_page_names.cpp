@@ -26,12 +26,6 @@ std::optional<unsigned> code_page_number(std::string_view name) {
   return number;
 }
 
-std::string code_page_display_name(unsigned number) {
-  if (number == 65001) return "utf-8";
-  if (number >= 1250 && number <= 1258) return "windows-" + std::to_string(number);
-  return "cp" + std::to_string(number);
-}
-
 std::string unknown_code_page_message(std::string_view name) {
   return "--code-page: \"" + std::string(name) +
          "\" is not a code page this system converts to (windows-1252, utf-8, 850, ...)";

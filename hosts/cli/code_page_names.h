@@ -12,8 +12,4 @@ namespace zorvat::cli {
 // a name of another form (which a converter may still know by that name).
 std::optional<unsigned> code_page_number(std::string_view name);
 
-// The name the command reports a numbered code page by: "windows-1252", "cp850",
-// "utf-8".
-std::string code_page_display_name(unsigned number);
-
 }  // namespace zorvat::cli

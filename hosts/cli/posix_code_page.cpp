@@ -87,19 +87,6 @@ class IconvCodePage final : public CodePage {
   IconvHandle from_;
 };
 
-// UTF-8 under the name the user gave it.
-class Utf8 final : public CodePage {
- public:
-  std::string name() const override { return "utf-8"; }
-  void encode(std::string_view text, std::string& out) const override {
-    utf8_code_page().encode(text, out);
-  }
-  void decode(std::string_view bytes, std::string& out) const override {
-    utf8_code_page().decode(bytes, out);
-  }
-  bool keeps_ascii() const override { return true; }
-};
-
 }  // namespace
 
 std::string default_code_page_name() {
@@ -108,9 +95,9 @@ std::string default_code_page_name() {
 
 std::unique_ptr<CodePage> code_page_named(std::string_view name) {
   const std::optional<unsigned> number = code_page_number(name);
-  if (number == 65001u) return std::make_unique<Utf8>();
+  if (number == 65001u) return std::make_unique<Utf8CodePage>();
   // iconv knows the numbered code pages as "CPnnnn"; any other name goes as given.
-  const std::string display = number ? code_page_display_name(*number) : std::string(name);
+  const std::string display = number ? code_page_name(*number) : std::string(name);
   const std::string iconv_name = number ? "CP" + std::to_string(*number) : std::string(name);
   auto code_page = std::make_unique<IconvCodePage>(display, iconv_name);
   if (!code_page->valid()) return nullptr;

@@ -7,13 +7,13 @@
 namespace zorvat::cli {
 
 std::string default_code_page_name() {
-  return win32::code_page_name(win32::system_ansi_code_page());
+  return code_page_name(win32::system_ansi_code_page());
 }
 
 std::unique_ptr<CodePage> code_page_named(std::string_view name) {
   const std::optional<unsigned> number = code_page_number(name);
   if (!number || !win32::has_code_page(*number)) return nullptr;
-  return std::make_unique<win32::Win32CodePage>(*number, code_page_display_name(*number));
+  return std::make_unique<win32::Win32CodePage>(*number, code_page_name(*number));
 }
 
 }  // namespace zorvat::cli

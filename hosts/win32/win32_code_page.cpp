@@ -30,12 +30,6 @@ void append_from_utf16(unsigned code_page, const std::wstring& wide, std::string
 
 }  // namespace
 
-std::string code_page_name(unsigned number) {
-  if (number == CP_UTF8) return "utf-8";
-  if (number >= 1250 && number <= 1258) return "windows-" + std::to_string(number);
-  return "cp" + std::to_string(number);
-}
-
 unsigned system_ansi_code_page() {
   DWORD number = 0;
   if (GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,

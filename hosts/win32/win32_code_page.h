@@ -34,9 +34,6 @@ const CodePage& ansi_code_page();
 // (zorvat.exe's makes it UTF-8 for its arguments and file names).
 unsigned system_ansi_code_page();
 
-// The name the component reports a code page by: "windows-1252", "cp850", "utf-8".
-std::string code_page_name(unsigned number);
-
 // True when Windows has the code page numbered `number`.
 bool has_code_page(unsigned number);
 

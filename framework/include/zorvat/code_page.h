@@ -31,7 +31,18 @@ class CodePage {
 };
 
 // UTF-8 itself: both ways unchanged.
+class Utf8CodePage final : public CodePage {
+ public:
+  std::string name() const override { return "utf-8"; }
+  void encode(std::string_view text, std::string& out) const override { out += text; }
+  void decode(std::string_view bytes, std::string& out) const override { out += bytes; }
+  bool keeps_ascii() const override { return true; }
+};
 const CodePage& utf8_code_page();
+
+// The name a numbered code page is reported by: "windows-1252" (1250 to 1258), "utf-8"
+// (65001), otherwise "cp" and the number ("cp850").
+std::string code_page_name(unsigned number);
 
 // Whether the code page writes `character` so that it reads back as itself (a letter
 // it only writes like another, "Ł" as "L", it lacks).

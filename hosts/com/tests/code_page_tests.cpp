@@ -27,20 +27,14 @@ std::string read_bytes(const fs::path& path) {
   return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
+// A BSTR made straight from UTF-16 text, as the host hands its names over, not through
+// the tests' own UTF-8 conversion (text_arg).
 VARIANT bstr(const wchar_t* text) {
   VARIANT value;
   VariantInit(&value);
   V_VT(&value) = VT_BSTR;
   V_BSTR(&value) = SysAllocString(text);
   return value;
-}
-
-VARIANT number(long value) {
-  VARIANT result;
-  VariantInit(&result);
-  V_VT(&result) = VT_I4;
-  V_I4(&result) = value;
-  return result;
 }
 
 struct Name {
@@ -57,11 +51,11 @@ ComPtr<IDispatch> cards_with(const std::vector<Name>& names) {
   for (const Name& name : names) {
     auto* card = new HostObject();
     card->set(L"ExportID", bstr((L"E" + std::to_wstring(employee)).c_str()));
-    card->set(L"Number", number(employee));
-    card->set(L"Shift", number(1));
-    card->set(L"REG", number(employee == 302 ? 2400 : 480));
+    card->set(L"Number", long_arg(employee));
+    card->set(L"Shift", long_arg(1));
+    card->set(L"REG", long_arg(employee == 302 ? 2400 : 480));
     for (const wchar_t* hours : {L"OT1", L"OT2", L"VAC", L"HOL", L"SIC", L"OTH"})
-      card->set(hours, number(0));
+      card->set(hours, long_arg(0));
     card->set(L"FirstName", bstr(name.first));
     card->set(L"MI", bstr(L""));
     card->set(L"LastName", bstr(name.last));
