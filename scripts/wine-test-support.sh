@@ -27,6 +27,26 @@ check() {
   if "$@"; then pass "$description"; else fail "$description"; fi
 }
 
+# print_gtest_results LABEL [QUIET]: reads a GoogleTest run's output on standard input
+# and prints, each behind "  [LABEL] ", the line of every test's result and "note:"
+# lines, and everything a failed test printed between its start and its result, so that
+# a failure reads whole in the log. With QUIET set to 1 the results of passing tests are
+# left out.
+print_gtest_results() {
+  local label=$1 quiet=${2:-0}
+  tr -d '\r' | awk -v label="  [$label] " -v quiet="$quiet" '
+    /^\[ RUN +\]/ { block = ""; running = 1; next }
+    /^\[ +OK +\]/ || /^\[ +SKIPPED +\] [A-Z]/ {
+      running = 0; if (!quiet) print label $0; next
+    }
+    /^\[ +FAILED +\] [A-Z]/ {
+      if (running) printf "%s", block
+      running = 0; block = ""; print label $0; next
+    }
+    /^note:/ { print label $0; next }
+    running { block = block label $0 "\n" }'
+}
+
 # A Linux path as a Windows program under Wine names it (drive Z: is the root).
 windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 

@@ -191,8 +191,7 @@ run_host() {
   shift 3
   local output ok bad
   output=$(timeout 900 "$wine" "$exe" "$@" 2>&1 | tr -d '\r')
-  echo "$output" | grep -E '^\[ +FAILED +\] [A-Z]|Failure$|^Expected|^  Actual|Which is' |
-    sed "s/^/  [$label] /"
+  print_gtest_results "$label" 1 <<<"$output"
   if ! grep -q -E '^zorvat_com_tests: finished with exit code' <<<"$output"; then
     echo "$output" | tail -n 20
     fail "$label: the test host did not finish"

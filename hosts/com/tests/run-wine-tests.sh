@@ -132,9 +132,8 @@ run_host() {
   local label=$1 wine=$2 exe=$3
   shift 3
   local output
-  output=$(timeout 900 "$wine" "$exe" "$@" 2>&1)
-  echo "$output" | grep -E '^\[ +(OK|FAILED|SKIPPED) +\]|^note:|Failure$|^Expected|^  Actual|Which is|^/.*:[0-9]+: ' |
-    grep -v -E '^\[ +(FAILED|SKIPPED) +\] [0-9]+ test' | sed "s/^/  [$label] /"
+  output=$(timeout 900 "$wine" "$exe" "$@" 2>&1 | tr -d '\r')
+  print_gtest_results "$label" <<<"$output"
   if ! grep -q -E '^zorvat_[a-z_]+: finished with exit code' <<<"$output"; then
     echo "$output" | tail -n 20
     fail "$label: the test host did not finish"
