@@ -36,7 +36,7 @@
 #include <string>
 #include <vector>
 
-#include "builtin_formats.h"
+#include "export_classes.h"
 #include "json_cards.h"
 #include "zorvat/export_class.h"
 
@@ -178,7 +178,7 @@ void BM_Core(benchmark::State& state, const Layout& layout) {
   double fastest_pass = 0;
   for (auto _ : state) {
     const double pass_start = thread_cpu_seconds();
-    auto export_class = formats::builtin_formats().create(layout.class_name, {ui, files, today});
+    auto export_class = formats::export_registry().create(layout.class_name, {ui, files, today});
     export_class->Title = layout.title;
     export_class->SetupData(layout.setup);
     if (!export_class->Execute(cards)) state.SkipWithError("Execute returned False");

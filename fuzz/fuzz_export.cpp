@@ -7,14 +7,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "builtin_formats.h"
+#include "export_classes.h"
 #include "json_cards.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 1) return 0;
-  const auto& registry = zorvat::formats::builtin_formats();
+  const auto& registry = zorvat::formats::export_registry();
   auto names = registry.class_names();
   std::sort(names.begin(), names.end());  // the seeds number the classes in this order
   const std::string& name = names[data[0] % names.size()];

@@ -9,11 +9,11 @@
 #include <memory>
 #include <optional>
 
-#include "builtin_formats.h"
 #include "cli_ui.h"
 #include "code_page_check.h"
 #include "code_page_option.h"
 #include "describe_command.h"
+#include "export_classes.h"
 #include "json_cards.h"
 #include "platform.h"
 #include "qb2000_check_command.h"
@@ -113,7 +113,7 @@ std::string card_line(const CardReadPlace& card, const std::string& cards_path) 
 
 std::string known_classes() {
   std::string list;
-  for (const auto& name : formats::builtin_formats().class_names()) {
+  for (const auto& name : formats::export_registry().class_names()) {
     if (!list.empty()) list += ", ";
     list += name;
   }
@@ -165,7 +165,7 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   FixedDateClock clock(today);
   const ExportContext context{ui, files, clock, quickbooks ? &quickbooks->sessions() : nullptr};
 
-  auto instance = formats::builtin_formats().create(request.class_name, context);
+  auto instance = formats::export_registry().create(request.class_name, context);
   if (!instance)
     return usage_error(
         request, out, err,

@@ -9,8 +9,8 @@
 #include <optional>
 
 #include "app.h"
-#include "builtin_formats.h"
 #include "cli_ui.h"
+#include "export_classes.h"
 #include "platform.h"
 #include "zorvat/error.h"
 
@@ -23,14 +23,14 @@ class Described {
   Described() : ui_({std::nullopt, false, false, {}}) {}
 
   std::optional<ClassDescription> describe(std::string_view name) {
-    auto instance = formats::builtin_formats().create(name, context_);
+    auto instance = formats::export_registry().create(name, context_);
     if (!instance) return std::nullopt;
     return instance->describe();
   }
 
   // The class's check on `setup`: the error it raises, or nothing when it passes.
   std::optional<Error> check(std::string_view name, const std::string& setup) {
-    auto instance = formats::builtin_formats().create(name, context_);
+    auto instance = formats::export_registry().create(name, context_);
     instance->SetupData(setup);
     try {
       instance->run_check();
@@ -190,7 +190,7 @@ bool DescribeCommands::parsed() const {
 int DescribeCommands::run(std::ostream& out, std::ostream& err) const {
   Described classes;
   if (classes_->parsed()) {
-    for (const std::string& name : formats::builtin_formats().class_names()) {
+    for (const std::string& name : formats::export_registry().class_names()) {
       const ClassDescription description = *classes.describe(name);
       out << std::left << std::setw(18) << description.prog_id << description.writes << '\n';
     }
@@ -201,7 +201,7 @@ int DescribeCommands::run(std::ostream& out, std::ostream& err) const {
       err << "zorvat: describe --all goes with --markdown alone\n";
       return kUsageError;
     }
-    const auto names = formats::builtin_formats().class_names();
+    const auto names = formats::export_registry().class_names();
     for (std::size_t i = 0; i < names.size(); ++i) {
       if (i > 0) out << '\n';
       print_markdown(out, *classes.describe(names[i]));

@@ -10,10 +10,10 @@
 #include <sstream>
 
 #include "app.h"
-#include "builtin_formats.h"
 #include "cli_ui.h"
 #include "code_page_check.h"
 #include "code_page_option.h"
+#include "export_classes.h"
 #include "json_cards.h"
 #include "platform.h"
 #include "zorvat/error.h"
@@ -143,15 +143,18 @@ std::string code_page_note(std::string_view text, std::string_view read_as) {
 }
 
 int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
-  const reconcile::ClassRules* rules = reconcile::find_class_rules(inputs.class_name);
-  if (!rules) {
+  const reconcile::ClassRules* rules = formats::find_export_class(inputs.class_name);
+  if (!rules || !rules->reads_files()) {
     std::string known;
-    for (std::string_view name : reconcile::reconcilable_classes()) {
+    for (const reconcile::ClassRules& listed : formats::export_classes()) {
+      if (!listed.reads_files()) continue;
       if (!known.empty()) known += ", ";
-      known += name;
+      known += listed.class_name;
     }
-    return usage(inputs, out, err,
-                 "unknown export class \"" + inputs.class_name + "\" (known: " + known + ")");
+    const std::string problem =
+        rules ? std::string(rules->class_name) + " writes no file to reconcile"
+              : "unknown export class \"" + inputs.class_name + "\"";
+    return usage(inputs, out, err, problem + " (reconciled: " + known + ")");
   }
 
   // The code page the file was (or would be) written in.
@@ -197,7 +200,7 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
   if (!inputs.written_path) {
     CommandLineUi ui({std::nullopt, false, false, {}});
     FixedDateClock clock(system_clock().today());
-    const auto instance = formats::builtin_formats().create(
+    const auto instance = formats::export_registry().create(
         inputs.class_name, ExportContext{ui, safe_output_files(), clock, nullptr});
     if (instance)
       letters = LettersCheck{code_page->name(),

@@ -5,8 +5,8 @@
 #include <iostream>
 
 #include "app.h"
-#include "builtin_formats.h"
 #include "cli_ui.h"
+#include "export_classes.h"
 #include "platform.h"
 #include "terminal_form.h"
 #include "zorvat/error.h"
@@ -110,10 +110,10 @@ bool SetupCommand::parsed() const {
 int SetupCommand::run(std::ostream& out, std::ostream& err, bool interactive) const {
   SetupUi ui(err, interactive);
   const ExportContext context{ui, safe_output_files(), system_clock()};
-  auto instance = formats::builtin_formats().create(class_name_, context);
+  auto instance = formats::export_registry().create(class_name_, context);
   if (!instance) {
     std::string known;
-    for (const auto& name : formats::builtin_formats().class_names())
+    for (const auto& name : formats::export_registry().class_names())
       known += (known.empty() ? "" : ", ") + name;
     err << "zorvat: unknown export class \"" << class_name_ << "\" (known: " << known << ")\n";
     return kUsageError;

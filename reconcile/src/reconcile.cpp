@@ -6,6 +6,7 @@
 #include <map>
 #include <tuple>
 
+#include "zorvat/reconcile/expectation.h"
 #include "zorvat/unicode.h"
 
 namespace zorvat::reconcile {
@@ -61,6 +62,15 @@ std::size_t Reconciliation::unexplained() const {
   return problems.size() +
          static_cast<std::size_t>(std::count_if(rows.begin(), rows.end(),
                                                 [](const Row& row) { return !row.explained(); }));
+}
+
+void run_settings_check(const ClassRules& rules, std::string_view setup, std::string_view title) {
+  HeadlessUi ui;
+  NoOutputFiles files;
+  const std::unique_ptr<ExportClass> instance = rules.create({ui, files, system_clock()});
+  instance->Title = title;
+  instance->SetupData(std::string(setup));
+  instance->run_check();
 }
 
 Reconciliation check(const ClassRules& rules, const Variant& cards, std::string_view setup,

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-#include "builtin_formats.h"
+#include "export_classes.h"
 #include "scripted_host.h"
 #include "zorvat/error.h"
 #include "zorvat/forms.h"
@@ -78,7 +78,7 @@ const std::vector<Expected>& expected_tables() {
 class SettingsDescription : public testing::TestWithParam<Expected> {
  protected:
   std::unique_ptr<ExportClass> create() {
-    auto instance = builtin_formats().create(GetParam().class_name, host_.context());
+    auto instance = export_registry().create(GetParam().class_name, host_.context());
     instance->Title = GetParam().title;
     return instance;
   }

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "export_classes.h"
 #include "reconcile_test_support.h"
 #include "zorvat/reconcile/reconcile.h"
 #include "zorvat/reconcile/text_reader.h"
@@ -82,7 +83,7 @@ Variant cards_of(const std::vector<Card>& list) {
 }
 
 const reconcile::ClassRules& rules_of(const char* class_name) {
-  const reconcile::ClassRules* rules = reconcile::find_class_rules(class_name);
+  const reconcile::ClassRules* rules = formats::find_export_class(class_name);
   if (!rules) throw std::logic_error("no rules");
   return *rules;
 }

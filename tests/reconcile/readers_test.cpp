@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "export_classes.h"
 #include "reconcile_test_support.h"
 #include "zorvat/reconcile/reconcile.h"
 
@@ -82,8 +83,10 @@ TEST_P(CorpusFiles, ReadBackAsWrittenAndReconciled) {
   const std::string expected = read_file_bytes(
       (corpus_case.folder / std::string(corpus_case.json["expect"]["file"])).string());
   const Variant cards = cards_from_json(read_file_bytes(cards_path.string()));
-  const reconcile::ClassRules* rules = reconcile::find_class_rules(class_name);
-  if (!rules) GTEST_SKIP() << class_name << " writes no file that reconciliation reads";
+  const reconcile::ClassRules* rules = formats::find_export_class(class_name);
+  ASSERT_NE(rules, nullptr) << class_name;
+  if (!rules->reads_files())
+    GTEST_SKIP() << class_name << " writes no file that reconciliation reads";
 
   const std::string written = export_bytes(class_name, cards, setup, title);
   const auto from_expected = rules->read(expected, SettingsFields(setup), title, cards);
@@ -107,15 +110,17 @@ INSTANTIATE_TEST_SUITE_P(Corpus, CorpusFiles, testing::ValuesIn(corpus_files()),
 TEST(CorpusFilesList, EveryClassHasAFile) {
   std::set<std::string> classes;
   for (const CorpusCase& corpus_case : corpus_files()) classes.insert(corpus_case.json["class"]);
-  for (std::string_view name : reconcile::reconcilable_classes())
-    EXPECT_TRUE(classes.count(std::string(name))) << name;
+  for (const reconcile::ClassRules& rules : formats::export_classes())
+    if (rules.reads_files()) {
+      EXPECT_TRUE(classes.count(std::string(rules.class_name))) << rules.class_name;
+    }
 }
 
 class RandomCards : public testing::TestWithParam<ClassSetup> {};
 
 TEST_P(RandomCards, ReadBackAsTheRulesSayAndReconciled) {
   const ClassSetup& setup = GetParam();
-  const reconcile::ClassRules* rules = reconcile::find_class_rules(setup.class_name);
+  const reconcile::ClassRules* rules = formats::find_export_class(setup.class_name);
   ASSERT_NE(rules, nullptr);
   for (std::uint32_t seed = 1; seed <= 20; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -140,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(EveryClass, RandomCards, testing::ValuesIn(random_test_
 TEST(RandomCardsCoverage, EveryReasonOccurs) {
   std::set<std::string_view> seen;
   for (const ClassSetup& setup : random_test_setups()) {
-    const reconcile::ClassRules* rules = reconcile::find_class_rules(setup.class_name);
+    const reconcile::ClassRules* rules = formats::find_export_class(setup.class_name);
     for (std::uint32_t seed = 1; seed <= 5; ++seed) {
       const Variant cards = cards_from_json(random_cards_json(seed, 15));
       for (const reconcile::Row& row :
@@ -161,7 +166,7 @@ class ForeignFiles : public testing::TestWithParam<ClassSetup> {};
 
 TEST_P(ForeignFiles, AreRejectedWithThePlace) {
   const ClassSetup& setup = GetParam();
-  const reconcile::ClassRules* rules = reconcile::find_class_rules(setup.class_name);
+  const reconcile::ClassRules* rules = formats::find_export_class(setup.class_name);
   ASSERT_NE(rules, nullptr);
   const Variant cards = cards_from_json(random_cards_json(3, 4));
   for (const ClassSetup& other : random_test_setups()) {
@@ -187,7 +192,7 @@ INSTANTIATE_TEST_SUITE_P(EveryClass, ForeignFiles, testing::ValuesIn(random_test
                          setup_name);
 
 TEST(ReadError, NamesLayoutLineAndColumn) {
-  const reconcile::ClassRules* rules = reconcile::find_class_rules("PrimePay");
+  const reconcile::ClassRules* rules = formats::find_export_class("PrimePay");
   ASSERT_NE(rules, nullptr);
   const std::string file =
       std::string("HPTA1000103/08/04Brantell Time Recorder               N03/06/04\r\n") +
@@ -210,7 +215,7 @@ namespace {
 // An export ID may itself hold the text that ends it in an EPIP employee line ("004",
 // the pay number, "010"): "E1004101" with pay number 1 reads "E1" + "0041010" first.
 TEST(Adp7EpipReader, AnExportIdHoldingThePayNumberTagsIsReadWhole) {
-  const reconcile::ClassRules* rules = reconcile::find_class_rules("ADP7");
+  const reconcile::ClassRules* rules = formats::find_export_class("ADP7");
   ASSERT_NE(rules, nullptr);
   const std::string header = "A001ABC00205z" + std::string(66, ' ') + "7\r\n";
   const std::string employee =

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "export_classes.h"
 #include "reconcile_test_support.h"
 #include "zorvat/error.h"
 #include "zorvat/reconcile/reconcile.h"
@@ -65,7 +66,7 @@ std::vector<ShownRow> reconciled(const std::string& class_name, const std::strin
                                  const std::string& setup, const std::string& title = "",
                                  bool settings_pass = true) {
   const Variant cards = cards_from_json(cards_json);
-  const reconcile::ClassRules* rules = reconcile::find_class_rules(class_name);
+  const reconcile::ClassRules* rules = formats::find_export_class(class_name);
   EXPECT_NE(rules, nullptr);
   const std::string written = export_bytes(class_name, cards, setup, title);
   const auto result = reconcile::reconcile(*rules, cards, setup, title, written);
@@ -125,7 +126,7 @@ TEST(Reasons, OneMinuteRoundsToTwoHundredths) {
 
 TEST(Reasons, RoundingDifferenceIsAThirdOfAHundredth) {
   const Variant cards = cards_from_json(one_card(R"("REG": 1)"));
-  const auto result = reconcile::check(*reconcile::find_class_rules("Generic"), cards,
+  const auto result = reconcile::check(*formats::find_export_class("Generic"), cards,
                                        "0,1,0,1,0,False,True,False,False,False,,0", "");
   // 1 minute is 0.016667 hours; the file says 0.02.
   EXPECT_EQ(reconcile::hours_text(result.rows[0].difference(), 4, true), "+0.0033");
@@ -211,7 +212,7 @@ TEST(Reasons, TamperedHoursAreUnexplained) {
   ASSERT_NE(at, std::string::npos) << written;
   written.replace(at, 8, "E0C1.75|");
   const auto result =
-      reconcile::reconcile(*reconcile::find_class_rules("PCPayLink"), cards, setup, "", written);
+      reconcile::reconcile(*formats::find_export_class("PCPayLink"), cards, setup, "", written);
   EXPECT_EQ(result.unexplained(), 1u);
   EXPECT_EQ(shown_rows(result),
             (std::vector<ShownRow>{{"0315", "REG", "8.00", "8.00", ""},
@@ -225,7 +226,7 @@ TEST(Reasons, TimeNobodyExpectedIsUnexplained) {
   // A second employee's regular line appended by hand.
   written += "D000999 000100" + std::string(48, ' ') + "004\r\n";
   const auto result =
-      reconcile::reconcile(*reconcile::find_class_rules("PrimePay"), cards, setup, "", written);
+      reconcile::reconcile(*formats::find_export_class("PrimePay"), cards, setup, "", written);
   EXPECT_EQ(shown_rows(result),
             (std::vector<ShownRow>{{"000315", "REG", "8.00", "8.00", ""},
                                    {"000999", "REG", "0.00", "1.00", "unexplained"}}));
@@ -243,7 +244,7 @@ TEST(Controls, ChangedTrailerTotalIsAProblem) {
   ASSERT_NE(at, std::string::npos) << written;
   written.replace(at, 16, "C03000000000900 ");
   const auto result =
-      reconcile::reconcile(*reconcile::find_class_rules("ADP7"), cards, kAdp7Epip, "", written);
+      reconcile::reconcile(*formats::find_export_class("ADP7"), cards, kAdp7Epip, "", written);
   EXPECT_EQ(result.problems,
             std::vector<std::string>{
                 "The file's regular hundredths is 900; the cards and settings make it 800."});
@@ -255,7 +256,7 @@ TEST(Controls, TicketNumbersFollowTheBatchSequence) {
       cards_from_json(one_card(R"("REG": 960)", "[" + day("2004-03-01", 480, 480) + ", " +
                                                     day("2004-03-02", 480, 480) + "]"));
   const std::string written = export_bytes("Peachtree", cards, kPeachtree);
-  const auto* rules = reconcile::find_class_rules("Peachtree");
+  const auto* rules = formats::find_export_class("Peachtree");
   EXPECT_EQ(reconcile::reconcile(*rules, cards, kPeachtree, "", written).unexplained(), 0u);
   // The same file reconciled against a later batch sequence.
   std::string later = kPeachtree;
@@ -273,7 +274,7 @@ TEST(Controls, PeriodEndOfAnotherPeriodIsAProblem) {
   const std::string written = export_bytes("PrimePay", cards_from_json(card), setup);
   std::string other_period = card;
   other_period.replace(other_period.find("2004-03-06"), 10, "2004-03-13");
-  const auto result = reconcile::reconcile(*reconcile::find_class_rules("PrimePay"),
+  const auto result = reconcile::reconcile(*formats::find_export_class("PrimePay"),
                                            cards_from_json(other_period), setup, "", written);
   EXPECT_EQ(result.problems,
             std::vector<std::string>{

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "app.h"
-#include "builtin_formats.h"
+#include "export_classes.h"
 #include "json_cards.h"
 #include "scripted_host.h"
 
@@ -25,7 +25,7 @@ std::string export_bytes(const std::string& class_name, const Variant& cards,
                          const std::string& setup, const std::string& title) {
   scripted::Host host;
   host.ui.answer_save("written.out");
-  auto instance = formats::builtin_formats().create(class_name, host.context());
+  auto instance = formats::export_registry().create(class_name, host.context());
   if (!instance) throw std::logic_error("unknown class " + class_name);
   instance->Title = title;
   instance->SetupData(setup);

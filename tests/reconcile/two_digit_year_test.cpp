@@ -3,6 +3,7 @@
 // in 2032 under the window ending in 2049.
 #include <gtest/gtest.h>
 
+#include "export_classes.h"
 #include "reconcile_test_support.h"
 #include "zorvat/date.h"
 #include "zorvat/reconcile/reconcile.h"
@@ -52,7 +53,7 @@ const char kTickets2032[] =
 TEST(ShortDates, APeachtreePeriodIn2032ReadsBackIn2032) {
   const TwoDigitYearMaxScope window(2049);
   const Variant cards = cards_from_json(kCards2032);
-  const reconcile::ClassRules* rules = reconcile::find_class_rules("Peachtree");
+  const reconcile::ClassRules* rules = formats::find_export_class("Peachtree");
   ASSERT_NE(rules, nullptr);
   EXPECT_EQ(export_bytes("Peachtree", cards, kPeachtreeSetup, ""), kTickets2032);
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "builtin_formats.h"
+#include "export_classes.h"
 #include "form_tests.h"
 #include "form_user.h"
 #include "qb2000/qb2000_form.h"
@@ -33,7 +33,7 @@ class Win32Forms : public ::testing::Test {
 
   std::unique_ptr<ExportClass> create(const std::string& class_name, std::string settings,
                                       std::string title = {}) {
-    auto object = formats::builtin_formats().create(class_name, context());
+    auto object = formats::export_registry().create(class_name, context());
     object->SetupData(std::move(settings));
     object->Title = std::move(title);
     return object;

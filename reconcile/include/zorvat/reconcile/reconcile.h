@@ -9,11 +9,13 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "zorvat/export_class.h"
 #include "zorvat/reconcile/reasons.h"
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
@@ -58,19 +60,21 @@ struct Expectation {
   std::vector<std::pair<std::string, std::int64_t>> controls;
 };
 
-// What reconciliation knows of one export class.
+// What reconciliation knows of one export class: how to create it (for its check of
+// the settings) and, for a class that writes a file, what the file must carry and how
+// it is read back. Each class registers its own (see the formats' class list).
 struct ClassRules {
   std::string_view class_name;
+  std::unique_ptr<ExportClass> (*create)(ExportContext context);
+  // Null for a class that writes no file (QB2000 talks to a QuickBooks session).
   Expectation (*expect)(const Variant& cards, const SettingsFields& settings,
-                        std::string_view title);
+                        std::string_view title) = nullptr;
   // Reads a written file; raises ReadError for a file not in the layout.
   FileContents (*read)(std::string_view bytes, const SettingsFields& settings,
-                       std::string_view title, const Variant& cards);
-};
+                       std::string_view title, const Variant& cards) = nullptr;
 
-// The rules of a class by name or ProgID, without regard to case; nullptr when unknown.
-const ClassRules* find_class_rules(std::string_view name_or_prog_id);
-std::vector<std::string_view> reconcilable_classes();
+  bool reads_files() const { return expect != nullptr && read != nullptr; }
+};
 
 struct Reconciliation {
   std::string class_name;

@@ -1,13 +1,14 @@
-#include "readers/intuitpac_reader.h"
+#include "intuitpac/intuitpac_reader.h"
 
 #include "intuitpac/intuitpac.h"
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
 
-namespace zorvat::reconcile {
-namespace {
+namespace zorvat::formats {
 
-using formats::IntuitPAC;
+// The read-back vocabulary: records, lines, the cursor and its errors.
+using namespace zorvat::reconcile;
+namespace {
 
 constexpr std::string_view kFull = "IntuitPAC";
 constexpr std::string_view kJr = "IntuitPAC Jr";
@@ -109,4 +110,4 @@ FileContents read_intuitpac_file(std::string_view bytes, const SettingsFields& s
   return contents;
 }
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

@@ -7,8 +7,8 @@
 
 #include "zorvat/reconcile/records.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
 
-FileContents read_primepay_file(std::string_view bytes);
+reconcile::FileContents read_primepay_file(std::string_view bytes);
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

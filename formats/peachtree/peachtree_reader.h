@@ -9,12 +9,12 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
 
-FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& settings);
+reconcile::FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& settings);
 
 // The minutes a Duration text stands for: the hour part times 60 plus the minute part,
 // each with its own sign ("2:30" is 150, "-2:-30" is -150); no value for other text.
 std::optional<std::int64_t> duration_minutes(std::string_view text);
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

@@ -9,8 +9,8 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
 
-FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& settings);
+reconcile::FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& settings);
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

@@ -7,10 +7,10 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
 
 // Codes: "REG" and "OT1" for the regular and overtime columns, otherwise the pay code
 // written with the amount.
-FileContents read_adp7_file(std::string_view bytes, const SettingsFields& settings);
+reconcile::FileContents read_adp7_file(std::string_view bytes, const SettingsFields& settings);
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

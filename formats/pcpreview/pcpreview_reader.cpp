@@ -1,4 +1,4 @@
-#include "readers/pcpreview_reader.h"
+#include "pcpreview/pcpreview_reader.h"
 
 #include <algorithm>
 #include <optional>
@@ -7,10 +7,11 @@
 #include "zorvat/format.h"
 #include "zorvat/reconcile/text_reader.h"
 
-namespace zorvat::reconcile {
-namespace {
+namespace zorvat::formats {
 
-using formats::PCPreview;
+// The read-back vocabulary: records, lines, the cursor and its errors.
+using namespace zorvat::reconcile;
+namespace {
 
 constexpr std::string_view kLayout = "PCPreview";
 constexpr std::size_t kNumberWidth = 6;
@@ -100,4 +101,4 @@ FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& s
   return contents;
 }
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

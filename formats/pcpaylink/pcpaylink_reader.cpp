@@ -1,13 +1,14 @@
-#include "readers/pcpaylink_reader.h"
+#include "pcpaylink/pcpaylink_reader.h"
 
 #include "pcpaylink/pcpaylink.h"
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
 
-namespace zorvat::reconcile {
-namespace {
+namespace zorvat::formats {
 
-using formats::PCPayLink;
+// The read-back vocabulary: records, lines, the cursor and its errors.
+using namespace zorvat::reconcile;
+namespace {
 
 constexpr std::string_view kLayout = "PCPayLink";
 
@@ -71,4 +72,4 @@ FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& s
   return contents;
 }
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

@@ -7,9 +7,9 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
 
 // Codes: "REG", "OT1" and "OT2" for the fixed rates, otherwise the earning code.
-FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& settings);
+reconcile::FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& settings);
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

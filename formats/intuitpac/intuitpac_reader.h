@@ -9,9 +9,9 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
 
-FileContents read_intuitpac_file(std::string_view bytes, const SettingsFields& settings,
-                                 bool jr_edition);
+reconcile::FileContents read_intuitpac_file(std::string_view bytes, const SettingsFields& settings,
+                                            bool jr_edition);
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

@@ -1,12 +1,13 @@
-#include "readers/peachtree_reader.h"
+#include "peachtree/peachtree_reader.h"
 
 #include "peachtree/peachtree.h"
 #include "zorvat/reconcile/text_reader.h"
 
-namespace zorvat::reconcile {
-namespace {
+namespace zorvat::formats {
 
-using formats::Peachtree;
+// The read-back vocabulary: records, lines, the cursor and its errors.
+using namespace zorvat::reconcile;
+namespace {
 
 constexpr std::string_view kLayout = "Peachtree";
 constexpr std::size_t kColumns = 23;
@@ -89,4 +90,4 @@ FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& s
   return contents;
 }
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

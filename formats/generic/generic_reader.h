@@ -9,12 +9,12 @@
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
 
 // `export_ids`, the cards' export IDs in collection order, is needed only where the
 // fields run together (no separator and no quotes, as the Tab option with Remove
 // Blanks writes them): there a line can only be split knowing where its ID ends.
-FileContents read_generic_file(std::string_view bytes, const SettingsFields& settings,
-                               const std::vector<std::string>& export_ids = {});
+reconcile::FileContents read_generic_file(std::string_view bytes, const SettingsFields& settings,
+                                          const std::vector<std::string>& export_ids = {});
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

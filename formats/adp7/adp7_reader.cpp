@@ -1,13 +1,14 @@
-#include "readers/adp7_reader.h"
+#include "adp7/adp7_reader.h"
 
 #include "adp7/adp7.h"
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
 
-namespace zorvat::reconcile {
-namespace {
+namespace zorvat::formats {
 
-using formats::ADP7;
+// The read-back vocabulary: records, lines, the cursor and its errors.
+using namespace zorvat::reconcile;
+namespace {
 
 constexpr std::string_view kEpip = "ADP7 EPIP";
 constexpr std::string_view kCsv = "ADP7 CSV";
@@ -159,4 +160,4 @@ FileContents read_adp7_file(std::string_view bytes, const SettingsFields& settin
   return read_csv(bytes, settings);
 }
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

@@ -1,4 +1,4 @@
-#include "readers/generic_reader.h"
+#include "generic/generic_reader.h"
 
 #include <algorithm>
 
@@ -7,7 +7,10 @@
 #include "zorvat/unicode.h"
 #include "zorvat/variant.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
+
+// The read-back vocabulary: records, lines, the cursor and its errors.
+using namespace zorvat::reconcile;
 namespace {
 
 constexpr std::string_view kLayout = "Generic";
@@ -121,4 +124,4 @@ FileContents read_generic_file(std::string_view bytes, const SettingsFields& set
   return contents;
 }
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

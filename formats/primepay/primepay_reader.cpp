@@ -1,9 +1,12 @@
-#include "readers/primepay_reader.h"
+#include "primepay/primepay_reader.h"
 
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
 
-namespace zorvat::reconcile {
+namespace zorvat::formats {
+
+// The read-back vocabulary: records, lines, the cursor and its errors.
+using namespace zorvat::reconcile;
 namespace {
 
 constexpr std::string_view kLayout = "PrimePay";
@@ -65,4 +68,4 @@ FileContents read_primepay_file(std::string_view bytes) {
   return contents;
 }
 
-}  // namespace zorvat::reconcile
+}  // namespace zorvat::formats

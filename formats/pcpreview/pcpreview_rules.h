@@ -1,0 +1,11 @@
+// PCPreview's entry in the class list: its creation, and the expectation and reader that
+// reconcile what it writes.
+#pragma once
+
+#include "class_rules.h"
+
+namespace zorvat::formats::pcpreview {
+
+const reconcile::ClassRules& class_rules();
+
+}  // namespace zorvat::formats::pcpreview
