@@ -5,6 +5,7 @@
 // position raises anything.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "export_classes.h"
@@ -71,8 +72,19 @@ const std::vector<Expected>& expected_tables() {
        {0, 0, 2, 3, 4, 5, 6, 7},
        "C:\\Company\\Sample.QBW,Regular Hourly Rate,Overtime Hourly Rate,Premuim Overtime Hourly "
        "Rate,Vacation Hourly Rate,Holiday Hourly Rate,Sick Hourly Rate,Other Hourly Rate"},
+      // The test tree's own class.
+      {"Tally", "", {"0"}, {9001}, "1"},
   };
   return tables;
+}
+
+// Every class of the list has its table above: a class added without one fails here.
+TEST(SettingsDescriptionTables, CoverEveryClassOfTheList) {
+  std::vector<std::string> tabled;
+  for (const Expected& expected : expected_tables()) tabled.emplace_back(expected.class_name);
+  for (const reconcile::ClassRules& rules : export_classes())
+    EXPECT_NE(std::find(tabled.begin(), tabled.end(), rules.class_name), tabled.end())
+        << rules.class_name;
 }
 
 class SettingsDescription : public testing::TestWithParam<Expected> {

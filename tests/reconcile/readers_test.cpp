@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "corpus_cases.h"
 #include "export_classes.h"
 #include "reconcile_test_support.h"
 #include "zorvat/reconcile/reconcile.h"
@@ -62,10 +63,10 @@ struct CorpusCase {
 
 std::vector<CorpusCase> corpus_files() {
   std::vector<CorpusCase> cases;
-  for (const auto& entry : fs::recursive_directory_iterator(ZORVAT_CORPUS_DIR)) {
-    if (!entry.is_regular_file() || entry.path().filename() != "case.json") continue;
-    const nlohmann::json json = nlohmann::json::parse(read_file_bytes(entry.path().string()));
-    if (json["expect"]["file"].is_string()) cases.push_back({entry.path().parent_path(), json});
+  for (const fs::path& folder : corpus_case_folders()) {
+    const nlohmann::json json =
+        nlohmann::json::parse(read_file_bytes((folder / "case.json").string()));
+    if (json["expect"]["file"].is_string()) cases.push_back({folder, json});
   }
   std::sort(cases.begin(), cases.end(),
             [](const CorpusCase& a, const CorpusCase& b) { return a.folder < b.folder; });
@@ -99,10 +100,7 @@ TEST_P(CorpusFiles, ReadBackAsWrittenAndReconciled) {
 }
 
 std::string corpus_name(const testing::TestParamInfo<CorpusCase>& info) {
-  std::string name = fs::relative(info.param.folder, ZORVAT_CORPUS_DIR).generic_string();
-  for (char& c : name)
-    if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
-  return name;
+  return corpus_case_name(info.param.folder);
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, CorpusFiles, testing::ValuesIn(corpus_files()), corpus_name);
@@ -140,6 +138,17 @@ std::string setup_name(const testing::TestParamInfo<ClassSetup>& info) {
 
 INSTANTIATE_TEST_SUITE_P(EveryClass, RandomCards, testing::ValuesIn(random_test_setups()),
                          setup_name);
+
+// Every class of the list that writes a file has random setups.
+TEST(RandomCardsList, EveryClassThatWritesAFileHasSetups) {
+  std::set<std::string> with_setups;
+  for (const ClassSetup& setup : random_test_setups()) with_setups.insert(setup.class_name);
+  for (const reconcile::ClassRules& rules : formats::export_classes()) {
+    if (rules.reads_files()) {
+      EXPECT_TRUE(with_setups.count(std::string(rules.class_name))) << rules.class_name;
+    }
+  }
+}
 
 // The random cards reach every rule: each reason but "unexplained" explains some row.
 TEST(RandomCardsCoverage, EveryReasonOccurs) {

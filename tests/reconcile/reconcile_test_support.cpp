@@ -124,6 +124,8 @@ std::vector<ClassSetup> random_test_setups() {
        ""},
       {"PrimePay", "4,02,20,23,24,25,28", ""},
       {"PrimePay", "0,2,20,23,24,25,28", ""},
+      {"Tally", "1", ""},
+      {"Tally", "0", ""},
   };
 }
 
