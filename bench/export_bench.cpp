@@ -18,8 +18,9 @@
 // the fastest of each (as the class alone keeps its fastest pass): on a shared machine
 // a run is only ever slowed down by its neighbours, never sped up.
 //
-// Layouts: Generic, ADP7 (EPIP and CSV), IntuitPAC (full and Jr editions), PCPayLink,
-// PCPreview, Peachtree (whose cards carry five day records) and PrimePay.
+// Layouts: every class of the class list that writes a file, with each of its settings
+// examples (today Generic, ADP7 EPIP and CSV, IntuitPAC full and Jr, PCPayLink,
+// PCPreview, Peachtree, whose cards carry five day records, and PrimePay).
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <spawn.h>
@@ -46,35 +47,25 @@ using namespace zorvat;
 
 namespace {
 
+// One layout: a class with settings a payroll office would use (each class's own
+// examples, from the class list).
 struct Layout {
-  const char* label;
-  const char* class_name;
-  const char* setup;
-  const char* title;
+  std::string label;
+  std::string class_name;
+  std::string setup;
+  std::string title;
   bool days;  // cards carry day records (Peachtree reads them)
 };
 
-// Settings a payroll office would use; each passes its class's check.
-constexpr Layout kLayouts[] = {
-    {"Generic", "Generic", "0,1,0,1,0,False,True,False,False,False,,0", "", false},
-    {"ADP7-EPIP", "ADP7",
-     "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,EPIP", "",
-     false},
-    {"ADP7-CSV", "ADP7",
-     "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,CSV", "",
-     false},
-    {"IntuitPAC", "IntuitPAC", "ABCE12345,1,2,3,4,5,6,7,1,0,0,0",
-     "Intuit PC Access Import File V2.0", false},
-    {"IntuitPAC-Jr", "IntuitPAC", "ABC1234,1,2,3,4,5,6,7,0,0,0,0", "QuikPay Import File V2.0",
-     false},
-    {"PCPayLink", "PCPayLink", "7,A001,3,12,VA,HO,QS,R3", "", false},
-    {"PCPreview", "PCPreview", "12,A,B,C,7,D,E,F,G,1,0,0,0", "", false},
-    {"Peachtree", "Peachtree",
-     "1,2,3,4,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,ADMN-02002,"
-     "ADMN-02003,0,17",
-     "", true},
-    {"PrimePay", "PrimePay", "4,02,20,23,24,25,28", "", false},
-};
+std::vector<Layout> layouts() {
+  std::vector<Layout> all;
+  for (const reconcile::ClassRules& rules : formats::export_classes())
+    for (const reconcile::SettingsExample& example : rules.examples)
+      all.push_back({std::string(example.label), std::string(rules.class_name),
+                     std::string(example.setup), std::string(example.title),
+                     example.cards_with_days});
+  return all;
+}
 
 fs::path bench_dir() {
   const fs::path dir = fs::temp_directory_path() / "zorvat-bench";
@@ -258,7 +249,7 @@ double io_floor(const fs::path& input, std::uintmax_t output_bytes, const fs::pa
 void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
   const int n = static_cast<int>(state.range(0));
   const fs::path& input = cards_file(n, layout.days);
-  const fs::path output = bench_dir() / (std::string(layout.label) + ".out");
+  const fs::path output = bench_dir() / (layout.label + ".out");
   const std::vector<std::string> command = {ZORVAT_CLI,     "export",  layout.class_name, "--cards",
                                             input.string(), "--setup", layout.setup,      "--title",
                                             layout.title,   "--out",   output.string(),   "--today",
@@ -314,7 +305,8 @@ void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
 // exec (Linux carries it into the child's peak), so this process must not have held
 // loaded cards yet when the command's peak memory is measured.
 const bool registered = [] {
-  for (const Layout& layout : kLayouts)
+  const std::vector<Layout> all = layouts();
+  for (const Layout& layout : all)
     benchmark::RegisterBenchmark((std::string("BM_EndToEnd/") + layout.label).c_str(), BM_EndToEnd,
                                  layout)
         ->RangeMultiplier(10)
@@ -323,7 +315,7 @@ const bool registered = [] {
         ->UseManualTime()
         ->Iterations(3)
         ->Complexity(benchmark::oN);
-  for (const Layout& layout : kLayouts)
+  for (const Layout& layout : all)
     benchmark::RegisterBenchmark((std::string("BM_Core/") + layout.label).c_str(), BM_Core, layout)
         ->RangeMultiplier(10)
         ->Range(1000, 1000000)

@@ -63,10 +63,17 @@ FileContents read(std::string_view bytes, const SettingsFields& settings, std::s
   return read_adp7_file(bytes, settings);
 }
 
+constexpr SettingsExample kExamples[] = {
+    {"ADP7-EPIP",
+     "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,EPIP"},
+    {"ADP7-CSV",
+     "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,CSV"},
+};
+
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"ADP7", create_export_class<ADP7>, expect, read};
+  static constexpr ClassRules rules{"ADP7", create_export_class<ADP7>, expect, read, kExamples};
   return rules;
 }
 

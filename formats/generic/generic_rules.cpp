@@ -38,10 +38,15 @@ FileContents read(std::string_view bytes, const SettingsFields& settings, std::s
   return read_generic_file(bytes, settings, export_ids);
 }
 
+constexpr SettingsExample kExamples[] = {
+    {"Generic", "0,1,0,1,0,False,True,False,False,False,,0"},
+};
+
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"Generic", create_export_class<Generic>, expect, read};
+  static constexpr ClassRules rules{"Generic", create_export_class<Generic>, expect, read,
+                                    kExamples};
   return rules;
 }
 

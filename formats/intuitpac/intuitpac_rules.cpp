@@ -67,10 +67,16 @@ FileContents read(std::string_view bytes, const SettingsFields& settings, std::s
   return read_intuitpac_file(bytes, settings, is_jr(title));
 }
 
+constexpr SettingsExample kExamples[] = {
+    {"IntuitPAC", "ABCE12345,1,2,3,4,5,6,7,1,0,0,0", "Intuit PC Access Import File V2.0"},
+    {"IntuitPAC-Jr", "ABC1234,1,2,3,4,5,6,7,0,0,0,0", "QuikPay Import File V2.0"},
+};
+
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"IntuitPAC", create_export_class<IntuitPAC>, expect, read};
+  static constexpr ClassRules rules{"IntuitPAC", create_export_class<IntuitPAC>, expect, read,
+                                    kExamples};
   return rules;
 }
 

@@ -43,10 +43,15 @@ FileContents read(std::string_view bytes, const SettingsFields& settings, std::s
   return read_pcpaylink_file(bytes, settings);
 }
 
+constexpr SettingsExample kExamples[] = {
+    {"PCPayLink", "7,A001,3,12,VA,HO,QS,R3"},
+};
+
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"PCPayLink", create_export_class<PCPayLink>, expect, read};
+  static constexpr ClassRules rules{"PCPayLink", create_export_class<PCPayLink>, expect, read,
+                                    kExamples};
   return rules;
 }
 

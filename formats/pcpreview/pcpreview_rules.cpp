@@ -40,10 +40,15 @@ FileContents read(std::string_view bytes, const SettingsFields& settings, std::s
   return read_pcpreview_file(bytes, settings);
 }
 
+constexpr SettingsExample kExamples[] = {
+    {"PCPreview", "12,A,B,C,7,D,E,F,G,1,0,0,0"},
+};
+
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"PCPreview", create_export_class<PCPreview>, expect, read};
+  static constexpr ClassRules rules{"PCPreview", create_export_class<PCPreview>, expect, read,
+                                    kExamples};
   return rules;
 }
 

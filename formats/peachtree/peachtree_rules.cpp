@@ -76,10 +76,18 @@ FileContents read(std::string_view bytes, const SettingsFields& settings, std::s
   return read_peachtree_file(bytes, settings);
 }
 
+constexpr SettingsExample kExamples[] = {
+    {"Peachtree",
+     "1,2,3,4,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,ADMN-02002,"
+     "ADMN-02003,0,17",
+     "", true},
+};
+
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"Peachtree", create_export_class<Peachtree>, expect, read};
+  static constexpr ClassRules rules{"Peachtree", create_export_class<Peachtree>, expect, read,
+                                    kExamples};
   return rules;
 }
 

@@ -46,10 +46,15 @@ FileContents read(std::string_view bytes, const SettingsFields&, std::string_vie
   return read_primepay_file(bytes);
 }
 
+constexpr SettingsExample kExamples[] = {
+    {"PrimePay", "4,02,20,23,24,25,28"},
+};
+
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"PrimePay", create_export_class<PrimePay>, expect, read};
+  static constexpr ClassRules rules{"PrimePay", create_export_class<PrimePay>, expect, read,
+                                    kExamples};
   return rules;
 }
 

@@ -50,6 +50,18 @@ TEST(ExportClasses, EachEntryCreatesTheClassItNames) {
   }
 }
 
+// The benchmark exports with each class's examples: a class that writes a file has
+// one at least, and each passes the class's own check.
+TEST(ExportClasses, EachClassThatWritesAFileHasExamplesItsCheckAccepts) {
+  for (const reconcile::ClassRules& rules : export_classes()) {
+    if (!rules.reads_files()) continue;
+    EXPECT_FALSE(rules.examples.empty()) << rules.class_name;
+    for (const reconcile::SettingsExample& example : rules.examples)
+      EXPECT_NO_THROW(reconcile::run_settings_check(rules, example.setup, example.title))
+          << rules.class_name << " " << example.label;
+  }
+}
+
 TEST(ExportClasses, ClassesAreFoundByNameOrProgIdInAnyCase) {
   ASSERT_NE(find_export_class("zorvat.peachtree"), nullptr);
   EXPECT_EQ(find_export_class("zorvat.peachtree")->class_name, "Peachtree");

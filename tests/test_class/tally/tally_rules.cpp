@@ -36,10 +36,14 @@ FileContents read(std::string_view bytes, const SettingsFields& settings, std::s
   return read_tally_file(bytes, settings);
 }
 
+constexpr SettingsExample kExamples[] = {
+    {"Tally", "1"},
+};
+
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"Tally", create_export_class<Tally>, expect, read};
+  static constexpr ClassRules rules{"Tally", create_export_class<Tally>, expect, read, kExamples};
   return rules;
 }
 

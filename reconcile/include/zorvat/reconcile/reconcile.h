@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,6 +64,15 @@ struct Expectation {
 // What reconciliation knows of one export class: how to create it (for its check of
 // the settings) and, for a class that writes a file, what the file must carry and how
 // it is read back. Each class registers its own (see the formats' class list).
+// Settings a payroll office would use with a class, each passing the class's check:
+// what the benchmark exports with.
+struct SettingsExample {
+  std::string_view label;  // "ADP7-EPIP"
+  std::string_view setup;
+  std::string_view title = {};
+  bool cards_with_days = false;  // the class reads the cards' day records
+};
+
 struct ClassRules {
   std::string_view class_name;
   std::unique_ptr<ExportClass> (*create)(ExportContext context);
@@ -72,6 +82,8 @@ struct ClassRules {
   // Reads a written file; raises ReadError for a file not in the layout.
   FileContents (*read)(std::string_view bytes, const SettingsFields& settings,
                        std::string_view title, const Variant& cards) = nullptr;
+
+  std::span<const SettingsExample> examples = {};
 
   bool reads_files() const { return expect != nullptr && read != nullptr; }
 };
