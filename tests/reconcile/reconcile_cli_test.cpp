@@ -112,6 +112,16 @@ TEST_F(ReconcileCommand, UnknownClassIsAUsageError) {
   EXPECT_NE(result.err.find("unknown export class \"Nope\""), std::string::npos);
 }
 
+TEST_F(ReconcileCommand, AClassThatWritesNoFileIsAUsageErrorThatSaysSo) {
+  const testing_support::CommandRun result =
+      testing_support::run_command({"reconcile", "zorvat.qb2000", "--cards", kCards, exported()});
+  EXPECT_EQ(result.status, cli::kUsageError);
+  EXPECT_NE(result.err.find("QB2000 writes no file to reconcile (reconciled: Generic, ADP7, "
+                            "IntuitPAC, PCPayLink, PCPreview, Peachtree, PrimePay"),
+            std::string::npos)
+      << result.err;
+}
+
 TEST_F(ReconcileCommand, CheckBeforeExportWritesNothing) {
   const testing_support::CommandRun result = testing_support::run_command(
       {"export", "ADP7", "--cards", kCards, "--setup", kEpipSetup, "--check"});
