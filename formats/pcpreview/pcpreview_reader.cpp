@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "pcpreview/pcpreview.h"
+#include "pcpreview/pcpreview_layout.h"
 #include "zorvat/format.h"
 #include "zorvat/reconcile/text_reader.h"
 
@@ -13,36 +14,38 @@ namespace zorvat::formats {
 using namespace zorvat::reconcile;
 namespace {
 
+namespace layout = pcpreview_layout;
 constexpr std::string_view kLayout = "PCPreview";
-constexpr std::size_t kNumberWidth = 6;
-constexpr std::size_t kNameWidth = 25;
-constexpr std::size_t kHoursWidth = 8;
 constexpr PCPreview::Position kPayCodeFields[] = {
     PCPreview::kRegularPayCode,  PCPreview::kOvertime1PayCode, PCPreview::kOvertime2PayCode,
     PCPreview::kVacationPayCode, PCPreview::kHolidayPayCode,   PCPreview::kSickPayCode,
     PCPreview::kOtherPayCode};
 
+// The columns every record starts with, up to its pay code.
+void read_record_start(Cursor& cursor, FileRecord& record) {
+  record.employee = cursor.take(layout::kEmployeeNumber);
+  cursor.take(layout::kName);
+  cursor.expect_blanks(layout::kColumns32To50);
+  cursor.expect(layout::kEarningsType);
+}
+
 // Reads the record at the cursor with `code` as its pay code, leaving the cursor after
-// it; no value when the record does not fit that code. The records follow one another
-// with no line end, so where the next starts is known only once this one is read.
-std::optional<FileRecord> try_record(Cursor& cursor, std::string_view code,
-                                     std::string_view sequence) {
+// it; raises ReadError when the record does not fit that code. The records follow one
+// another with no line end, so where the next starts is known only once this one is
+// read.
+FileRecord read_record(Cursor& cursor, std::string_view code, std::string_view sequence) {
   FileRecord record;
-  record.employee = cursor.take(kNumberWidth, "the employee number");
-  cursor.take(kNameWidth, "the name");
-  cursor.expect_blanks(19, "columns 32-50");
-  cursor.expect("E ", "the earnings record type");
-  if (!cursor.rest().starts_with(code)) return std::nullopt;
-  cursor.expect(code, "the pay code");
-  if (!cursor.rest().starts_with("         ")) return std::nullopt;
-  cursor.expect_blanks(9, "the blanks after the pay code");
-  const auto hours = parse_decimal(cursor.take(kHoursWidth, "the hours"), 2);
-  if (!hours) return std::nullopt;
-  const std::string filler = std::string(19, ' ') + std::string(sequence) + std::string(37, ' ');
-  if (!cursor.rest().starts_with(filler)) return std::nullopt;
-  cursor.expect(filler, "the filler and sequence");
+  read_record_start(cursor, record);
+  cursor.expect(layout::kPayCode, code);
+  cursor.expect_blanks(layout::kAfterPayCode);
+  const std::size_t hours_start = cursor.position();
+  record.amount = from_hundredths(cursor.number_in(cursor.take(layout::kHours), hours_start,
+                                                   pattern_decimals(layout::kHours.pattern),
+                                                   layout::kHours.name));
+  cursor.expect_blanks(layout::kColumns71To89);
+  cursor.expect(layout::kSequence, sequence);
+  cursor.expect_blanks(layout::kFill);
   record.code = code;
-  record.amount = from_hundredths(*hours);
   return record;
 }
 
@@ -74,22 +77,18 @@ FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& s
     for (const std::string& code : codes) {
       Cursor attempt = cursor;
       try {
-        record = try_record(attempt, code, sequence);
+        record = read_record(attempt, code, sequence);
       } catch (const ReadError&) {
-        record.reset();
+        continue;
       }
-      if (record) {
-        record_bytes = attempt.position();
-        break;
-      }
+      record_bytes = attempt.position();
+      break;
     }
     if (!record) {
-      // Read again with the first code for the message that says where it fails.
+      // Read again up to the pay code for the message that says where it fails.
       Cursor failing = cursor;
-      failing.take(kNumberWidth, "the employee number");
-      failing.take(kNameWidth, "the name");
-      failing.expect_blanks(19, "columns 32-50");
-      failing.expect("E ", "the earnings record type");
+      FileRecord ignored;
+      read_record_start(failing, ignored);
       failing.fail("no pay code of the settings fits this record");
     }
     record->line = number;

@@ -1,6 +1,7 @@
 #include "zorvat/reconcile/records.h"
 
 #include <cmath>
+#include <stdexcept>
 
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
@@ -211,6 +212,42 @@ std::int64_t Cursor::number_in(std::string_view text, std::size_t position, int 
     fail_at(position, problem);
   }
   return *value;
+}
+
+void Cursor::expect_at(const Column& column) const {
+  const auto column_now = static_cast<std::ptrdiff_t>(text_length(line_.text.substr(0, position_)));
+  if (column_now + 1 != static_cast<std::ptrdiff_t>(column.first) + shift_)
+    throw std::logic_error("the reader is out of step with the layout at " +
+                           std::string(column.name));
+}
+
+std::string_view Cursor::take(const Column& column) {
+  expect_at(column);
+  return take(column.width, column.name);
+}
+
+void Cursor::expect(const Column& column) {
+  expect_at(column);
+  expect(column.literal, column.name);
+}
+
+void Cursor::expect(const Column& column, std::string_view text) {
+  expect_at(column);
+  expect(text, column.name);
+  shift_ +=
+      static_cast<std::ptrdiff_t>(text_length(text)) - static_cast<std::ptrdiff_t>(column.width);
+}
+
+void Cursor::expect_blanks(const Column& column) {
+  expect_at(column);
+  expect_blanks(column.width, column.name);
+}
+
+std::int64_t Cursor::number(const Column& column) {
+  expect_at(column);
+  const bool negative = position_ < line_.text.size() && line_.text[position_] == '-';
+  if (negative) ++shift_;
+  return number(column.width, pattern_decimals(column.pattern), column.name);
 }
 
 void Cursor::expect_end() {

@@ -115,5 +115,49 @@ TEST(Columns, RightJustifiedTextWiderInLettersStillRaises) {
             5);
 }
 
+// A record declared column by column: each column starts where the one before ends.
+constexpr Column kTag{"the tag", 1, 1, "D"};
+constexpr Column kNumber{"the number", 2, 6, {}, "000000"};
+constexpr Column kName{"the name", 8, 5};
+constexpr Column kHours{"the hours", 13, 8, {}, "#####.00", Justify::Right};
+constexpr Column kRecord[] = {kTag, kNumber, kName, kHours};
+static_assert(columns_follow(kRecord));
+static_assert(kHours.last() == 20);
+
+TEST(ColumnDeclarations, AGapAnOverlapOrALiteralOfAnotherWidthIsRefused) {
+  constexpr Column kGap[] = {kTag, {"the number", 3, 6}};
+  constexpr Column kOverlap[] = {kTag, kNumber, {"the name", 7, 5}};
+  constexpr Column kWideLiteral[] = {{"the tag", 1, 1, "DE"}};
+  constexpr Column kEmpty[] = {{"nothing", 1, 0}};
+  constexpr Column kLater[] = {kName, kHours};
+  EXPECT_FALSE(columns_follow(kGap));
+  EXPECT_FALSE(columns_follow(kOverlap));
+  EXPECT_FALSE(columns_follow(kWideLiteral));
+  EXPECT_FALSE(columns_follow(kEmpty));
+  EXPECT_FALSE(columns_follow(kLater));
+  EXPECT_TRUE(columns_follow(kLater, 8));
+}
+
+TEST(ColumnDeclarations, APatternsDecimalsAreTheDigitsAfterItsPoint) {
+  EXPECT_EQ(pattern_decimals("#####.00"), 2);
+  EXPECT_EQ(pattern_decimals("000000"), 0);
+  EXPECT_EQ(pattern_decimals("0.0000"), 4);
+  EXPECT_EQ(pattern_decimals(""), 0);
+}
+
+TEST(ColumnDeclarations, AWriterAppendsEachColumnAsDeclared) {
+  std::string out;
+  append_literal(out, kTag);
+  column_pattern<kNumber>().append_to(out, Variant(315.0));
+  append_in_column(out, kName, "José Peña");  // left: cut to five letters
+  std::string hours;
+  column_pattern<kHours>().append_to(hours, Variant(41.5));
+  append_in_column(out, kHours, hours);  // right: blanks before
+  EXPECT_EQ(out, "D000315José    41.50");
+  std::string blank;
+  append_blank(blank, kName);
+  EXPECT_EQ(blank, "     ");
+}
+
 }  // namespace
 }  // namespace zorvat

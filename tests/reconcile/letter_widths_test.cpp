@@ -90,6 +90,60 @@ const reconcile::ClassRules& rules_of(const char* class_name) {
 
 // --- The cursor ------------------------------------------------------------------------
 
+// A record read by its declaration: the cursor must stand at each column's first
+// column, give or take what wider or narrower fields before it moved.
+constexpr Column kTag{"the tag", 1, 1, "D"};
+constexpr Column kCode{"the code", 2, 1};
+constexpr Column kHundredths{"the hundredths", 3, 5, {}, "00000"};
+constexpr Column kEnd{"the end", 8, 1, "|"};
+
+TEST(CursorColumns, ReadsADeclaredRecordAndNamesTheColumnThatFails) {
+  Cursor cursor("Test", Line{"DA00150|", 1});
+  cursor.expect(kTag);
+  cursor.expect(kCode, "A");
+  EXPECT_EQ(cursor.number(kHundredths), 150);
+  cursor.expect(kEnd);
+  cursor.expect_end();
+
+  Cursor bad("Test", Line{"DA0015x|", 2});
+  bad.expect(kTag);
+  bad.expect(kCode, "A");
+  try {
+    bad.number(kHundredths);
+    FAIL() << "no error";
+  } catch (const reconcile::ReadError& error) {
+    EXPECT_NE(std::string(error.what()).find("the hundredths"), std::string::npos) << error.what();
+    EXPECT_EQ(error.line(), 2u);
+    EXPECT_EQ(error.column(), 3u);
+  }
+}
+
+TEST(CursorColumns, AWiderNarrowerOrNegativeFieldMovesTheColumnsAfterIt) {
+  Cursor wide("Test", Line{"DAB00150|", 1});
+  wide.expect(kTag);
+  wide.expect(kCode, "AB");  // a two-letter code in a one-column field
+  EXPECT_EQ(wide.number(kHundredths), 150);
+  wide.expect(kEnd);
+
+  Cursor narrow("Test", Line{"D00150|", 1});
+  narrow.expect(kTag);
+  narrow.expect(kCode, "");  // an empty code
+  EXPECT_EQ(narrow.number(kHundredths), 150);
+  narrow.expect(kEnd);
+
+  Cursor negative("Test", Line{"DA-00150|", 1});
+  negative.expect(kTag);
+  negative.expect(kCode, "A");
+  EXPECT_EQ(negative.number(kHundredths), -150);
+  negative.expect(kEnd);
+}
+
+TEST(CursorColumns, AReaderOutOfStepWithItsLayoutIsABug) {
+  Cursor cursor("Test", Line{"DA00150|", 1});
+  cursor.expect(kTag);
+  EXPECT_THROW(cursor.number(kHundredths), std::logic_error);  // the code was skipped
+}
+
 TEST(CursorLetters, TakesWidthsInLetters) {
   Cursor cursor("Test", Line{"José Peña|Renée Müller-Ñúñez|Grace O’Neil|Šimek", 1});
   EXPECT_EQ(cursor.take(4, "a first name"), "José");

@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "zorvat/columns.h"
 #include "zorvat/date.h"
 #include "zorvat/reconcile/records.h"
 
@@ -87,14 +88,32 @@ class Cursor {
                          std::string_view what) const;
   void expect_end();
 
+  // The same by a record's declaration (zorvat/columns.h): each first checks that the
+  // cursor stands at the column's first column (a reader out of step with its layout
+  // is a bug, std::logic_error), and names the column in an error. A negative number
+  // widens its column by one and moves the columns after it (`number`).
+  std::string_view take(const Column& column);
+  void expect(const Column& column);
+  // The column holds `text`, a value the reader knows. A text wider or narrower than
+  // the column (a two-digit pay code in a one-column field, an empty one) moves the
+  // columns after it, as the writers have always let it.
+  void expect(const Column& column, std::string_view text);
+  void expect_blanks(const Column& column);
+  // A number written through the column's pattern, with the pattern's decimals.
+  std::int64_t number(const Column& column);
+
   [[noreturn]] void fail(std::string_view problem) const { fail_at(position_, problem); }
   // Fails naming the column of the byte at `position`.
   [[noreturn]] void fail_at(std::size_t position, std::string_view problem) const;
 
  private:
+  void expect_at(const Column& column) const;
+
   std::string_view layout_;
   Line line_;
   std::size_t position_ = 0;
+  // Letters the fields read so far are wider (or narrower) than declared.
+  std::ptrdiff_t shift_ = 0;
 };
 
 }  // namespace zorvat::reconcile
