@@ -226,6 +226,19 @@ std::string_view Cursor::take(const Column& column) {
   return take(column.width, column.name);
 }
 
+std::string_view Cursor::take(const Column& column, std::size_t letters) {
+  expect_at(column);
+  shift_ += static_cast<std::ptrdiff_t>(letters) - static_cast<std::ptrdiff_t>(column.width);
+  return take(letters, column.name);
+}
+
+void Cursor::expect_fill(const Column& column) {
+  expect_at(column);
+  if (text_length(line_.text) != column.last())
+    fail("a record is " + std::to_string(column.last()) + " columns wide");
+  expect_blanks(line_.text.size() - position_, column.name);
+}
+
 void Cursor::expect(const Column& column) {
   expect_at(column);
   expect(column.literal, column.name);

@@ -93,6 +93,9 @@ class Cursor {
   // is a bug, std::logic_error), and names the column in an error. A negative number
   // widens its column by one and moves the columns after it (`number`).
   std::string_view take(const Column& column);
+  // The column as `letters` wide in this record (a value written as it stands); the
+  // difference moves the columns after it.
+  std::string_view take(const Column& column, std::size_t letters);
   void expect(const Column& column);
   // The column holds `text`, a value the reader knows. A text wider or narrower than
   // the column (a two-digit pay code in a one-column field, an empty one) moves the
@@ -101,6 +104,9 @@ class Cursor {
   void expect_blanks(const Column& column);
   // A number written through the column's pattern, with the pattern's decimals.
   std::int64_t number(const Column& column);
+  // Blanks from the column to the end of the record, which ends at the column's last
+  // column: the fill of a record to its declared width.
+  void expect_fill(const Column& column);
 
   [[noreturn]] void fail(std::string_view problem) const { fail_at(position_, problem); }
   // Fails naming the column of the byte at `position`.
