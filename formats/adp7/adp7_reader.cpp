@@ -1,6 +1,7 @@
 #include "adp7/adp7_reader.h"
 
 #include "adp7/adp7.h"
+#include "adp7/adp7_layout.h"
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
 
@@ -12,10 +13,6 @@ namespace {
 
 constexpr std::string_view kEpip = "ADP7 EPIP";
 constexpr std::string_view kCsv = "ADP7 CSV";
-constexpr std::string_view kLineEnd = "\r\n";
-constexpr std::size_t kEpipWidth = 80;
-constexpr std::size_t kLineDigits = 7;
-constexpr std::size_t kTotalDigits = 11;
 constexpr std::string_view kCsvTitles = "Co Code,Batch ID,File #,Pay #,Shift,Reg Hours,O/T Hours";
 
 void add(FileContents& contents, std::string_view employee, std::string_view code,
@@ -30,40 +27,45 @@ void add(FileContents& contents, std::string_view employee, std::string_view cod
 }
 
 FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
+  namespace layout = adp7_layout;
   FileContents contents;
   contents.layout = "EPIP";
-  const std::vector<Line> lines = split_lines(kEpip, bytes, kLineEnd, true);
+  const std::vector<Line> lines = split_lines(kEpip, bytes, layout::kLineEnd, true);
   if (lines.size() < 2)
     throw ReadError(kEpip, lines.size() + 1, 1, "a batch has a header and a trailer");
 
   Cursor header(kEpip, lines.front());
-  header.expect("A001", "the header tag");
+  header.expect(layout::kHeaderTag, "the header tag");
   header.expect(settings.at(ADP7::kCompanyCode), "the company code");
-  header.expect("002", "the batch tag");
-  contents.batch = header.number(2, 0, "the batch number");
+  header.expect(layout::kBatch.tag, "the batch tag");
+  contents.batch = header.number(layout::kBatch.pattern.size(), 0, layout::kBatch.name);
   contents.controls.emplace_back("batch number", *contents.batch);
-  header.expect("z", "the end of the header fields");
-  if (header.column() > kEpipWidth - 1) header.fail("the header is longer than 79 columns");
-  header.expect_blanks(kEpipWidth - 1 - header.column(), "fill to column 79");
-  header.expect("7", "column 80");
+  header.expect(layout::kEndOfFields, "the end of the header fields");
+  if (header.column() > layout::kFilledWidth) header.fail("the header is longer than 79 columns");
+  header.expect_blanks(layout::kFilledWidth - header.column(), "fill to column 79");
+  header.expect(layout::kColumn80, "column 80");
   header.expect_end();
 
-  const std::string employee_end = "004" + settings.at(ADP7::kPayNumber) + "010";
+  const std::string employee_end = std::string(layout::kPayNumber.tag) +
+                                   settings.at(ADP7::kPayNumber) + std::string(layout::kShift.tag);
   const std::string& ot2_code = settings.at(ADP7::kOT2PayCode);
   // The fields after the export ID: the shift, then tagged hundredths up to "z".
   auto read_hours = [&](Cursor& cursor) {
     std::vector<std::pair<std::string_view, std::int64_t>> hours;
-    cursor.take(2, "the shift");
-    while (cursor.rest() != "z") {
+    cursor.take(layout::kShift.pattern.size(), layout::kShift.name);
+    while (cursor.rest() != layout::kEndOfFields) {
       const std::size_t tag_start = cursor.position();
       const std::string_view tag = cursor.take(3, "a field tag");
-      if (tag == "012") {
-        hours.emplace_back("REG", cursor.number(kLineDigits, 0, "regular hundredths"));
-      } else if (tag == "013") {
-        hours.emplace_back("OT1", cursor.number(kLineDigits, 0, "overtime hundredths"));
-      } else if (tag == "016") {
+      auto hundredths = [&](const layout::TaggedField& field) {
+        return cursor.number(field.pattern.size(), 0, field.name);
+      };
+      if (tag == layout::kRegular.tag) {
+        hours.emplace_back("REG", hundredths(layout::kRegular));
+      } else if (tag == layout::kOvertime1.tag) {
+        hours.emplace_back("OT1", hundredths(layout::kOvertime1));
+      } else if (tag == layout::kOvertime2.tag) {
         cursor.expect(ot2_code, "the overtime 2 pay code");
-        hours.emplace_back(ot2_code, cursor.number(kLineDigits, 0, "overtime 2 hundredths"));
+        hours.emplace_back(ot2_code, hundredths(layout::kOvertime2));
       } else {
         cursor.fail_at(tag_start, "unknown field tag \"" + std::string(tag) + "\"");
       }
@@ -73,7 +75,7 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
   };
   for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
     Cursor cursor(kEpip, lines[i]);
-    cursor.expect("B003", "the employee line tag");
+    cursor.expect(layout::kEmployeeTag, "the employee line tag");
     // The export ID is free text, so the fields that end it ("004", the pay number,
     // "010") can stand inside it too ("E1004101" with pay number 1): it ends at the
     // first of those places after which the rest of the line reads as hour fields.
@@ -88,7 +90,7 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
       Cursor attempt = cursor;
       const std::string_view employee =
           attempt.take(text_length(line_rest.substr(0, end)), "the export ID");
-      attempt.expect(employee_end, "the pay number");
+      attempt.expect(employee_end, layout::kPayNumber.name);
       try {
         for (const auto& [code, hundredths] : read_hours(attempt))
           add(contents, employee, code, hundredths, lines[i]);
@@ -100,27 +102,28 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
   }
 
   Cursor trailer(kEpip, lines.back());
-  trailer.expect("C", "the trailer tag");
-  while (!trailer.rest().starts_with("z")) {
+  trailer.expect(layout::kTrailerTag, "the trailer tag");
+  while (!trailer.rest().starts_with(layout::kEndOfFields)) {
     const std::size_t tag_start = trailer.position();
     const std::string_view tag = trailer.take(3, "a total tag");
-    const char* name = tag == "030"   ? "regular hundredths"
-                       : tag == "031" ? "overtime 1 hundredths"
-                       : tag == "032" ? "overtime 2 hundredths"
-                                      : nullptr;
-    if (!name) trailer.fail_at(tag_start, "unknown total tag");
-    contents.controls.emplace_back(name, trailer.number(kTotalDigits, 0, name));
-    if (tag != "032") trailer.expect(" ", "the blank after a total");
+    const layout::TaggedField* total = nullptr;
+    for (const layout::TaggedField* field :
+         {&layout::kRegularTotal, &layout::kOvertime1Total, &layout::kOvertime2Total})
+      if (tag == field->tag) total = field;
+    if (!total) trailer.fail_at(tag_start, "unknown total tag");
+    contents.controls.emplace_back(total->name,
+                                   trailer.number(total->pattern.size(), 0, total->name));
+    if (total != &layout::kOvertime2Total) trailer.expect(" ", "the blank after a total");
   }
-  trailer.expect("z", "the end of the totals");
-  trailer.expect_blank_fill(kEpipWidth - 1);
+  trailer.expect(layout::kEndOfFields, "the end of the totals");
+  trailer.expect_blank_fill(layout::kFilledWidth);
   return contents;
 }
 
 FileContents read_csv(std::string_view bytes, const SettingsFields& settings) {
   FileContents contents;
   contents.layout = "CSV";
-  const std::vector<Line> lines = split_lines(kCsv, bytes, kLineEnd, true);
+  const std::vector<Line> lines = split_lines(kCsv, bytes, adp7_layout::kLineEnd, true);
   if (lines.empty() || !lines.front().text.starts_with(kCsvTitles))
     throw ReadError(kCsv, 1, 1, "the title line is missing");
   contents.batch = parse_decimal(settings.at(ADP7::kBatchSeqNum), 0);
