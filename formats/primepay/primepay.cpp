@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "primepay/primepay_form.h"
+#include "primepay/primepay_layout.h"
 #include "zorvat/automation.h"
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
@@ -12,6 +13,8 @@
 
 namespace zorvat::formats {
 namespace {
+
+namespace layout = primepay_layout;
 
 constexpr std::string_view kExecuteSource = "zorvat.PrimePay.Execute";
 constexpr std::string_view kSetupSource = "zorvat.PrimePay.Setup";
@@ -30,8 +33,6 @@ constexpr double kPayCodeLow = 0;
 constexpr double kPayCodeHigh = 99;
 
 constexpr std::string_view kRecorderName = "Brantell Time Recorder";
-constexpr std::size_t kRecorderNameWidth = 37;
-constexpr std::string_view kLineEnd = "\r\n";
 
 constexpr std::size_t kHourTypes = time_card::kHourCategoryCount;
 constexpr std::size_t kRegular = 0;
@@ -45,31 +46,6 @@ constexpr std::size_t kPayCodeFields[] = {0,
                                           PrimePay::kHolidayPayCode,
                                           PrimePay::kSickPayCode,
                                           PrimePay::kSickPayCode};
-
-const FormatPattern& date_pattern() {
-  static const FormatPattern pattern("mm/dd/yy");
-  return pattern;
-}
-const FormatPattern& employee_number_pattern() {
-  static const FormatPattern pattern("000000");
-  return pattern;
-}
-const FormatPattern& regular_hours_pattern() {
-  static const FormatPattern pattern("000000");
-  return pattern;
-}
-const FormatPattern& other_hours_pattern() {
-  static const FormatPattern pattern("0000000");
-  return pattern;
-}
-const FormatPattern& pay_code_pattern() {
-  static const FormatPattern pattern("00");
-  return pattern;
-}
-const FormatPattern& batch_pattern() {
-  static const FormatPattern pattern("000");
-  return pattern;
-}
 
 }  // namespace
 
@@ -129,13 +105,12 @@ void PrimePay::OutputHeader(std::string& output) {
   guarded(kOutputHeaderSource, [&] {
     const Variant today(context().clock.today());
     const Variant period_end = get_property(time_cards_, time_card::kPeriodEnd);
-    output += 'H';                                                     //  1     "H"
-    output += "PTA10001";                                              //  2-9   "PTA10001"
-    date_pattern().append_to(output, today);                           // 10-17  today
-    append_left_justified(output, kRecorderName, kRecorderNameWidth);  // 18-54  recorder name
-    output += 'N';                                                     // 55     "N"
-    date_pattern().append_to(output, period_end);                      // 56-63  "PeriodEnd"
-    output += kLineEnd;
+    append_literal(output, layout::kHeaderTag);                          //  1-9
+    column_pattern<layout::kExportDate>().append_to(output, today);      // 10-17
+    append_in_column(output, layout::kRecorderName, kRecorderName);      // 18-54
+    append_literal(output, layout::kColumn55);                           // 55
+    column_pattern<layout::kPeriodEnd>().append_to(output, period_end);  // 56-63
+    output += layout::kLineEnd;
   });
 }
 
@@ -160,25 +135,20 @@ void PrimePay::EmployeeRecord(const Variant& card, std::string& output) {
       const double hundredths = Min2HrsinHun(double_to_long(minutes[type]));
       const Variant number = get_property(card, time_card::kNumber);
 
+      append_literal(output, layout::kDetailTag);                           //  1
+      column_pattern<layout::kEmployeeNumber>().append_to(output, number);  //  2-7
+      append_literal(output, layout::kColumn8);                             //  8
       if (type == kRegular) {
-        output += 'D';                                          //  1     "D"
-        employee_number_pattern().append_to(output, number);    //  2-7   "Number", "000000"
-        append_spaces(output, 1);                               //  8
-        regular_hours_pattern().append_to(output, hundredths);  //  9-14  hundredths, "000000"
-        append_spaces(output, 48);                              // 15-62
-        output += batch_column();                               // 63-65  batch
+        column_pattern<layout::kRegularHundredths>().append_to(output, hundredths);  //  9-14
+        append_blank(output, layout::kRegularFill);                                  // 15-62
       } else {
-        output += 'D';                                        //  1     "D"
-        employee_number_pattern().append_to(output, number);  //  2-7   "Number", "000000"
-        append_spaces(output, 1);                             //  8
-        append_spaces(output, 6);                             //  9-14
-        append_spaces(output, 5);                             // 15-19
-        other_hours_pattern().append_to(output, hundredths);  // 20-26  hundredths, "0000000"
-        output += pay_code_column(type);                      // 27-28  pay code, "00"
-        append_spaces(output, 34);                            // 29-62
-        output += batch_column();                             // 63-65  batch
+        append_blank(output, layout::kOtherLead);                                  //  9-19
+        column_pattern<layout::kOtherHundredths>().append_to(output, hundredths);  // 20-26
+        output += pay_code_column(type);                                           // 27-28
+        append_blank(output, layout::kOtherFill);                                  // 29-62
       }
-      output += kLineEnd;
+      output += batch_column();  // 63-65
+      output += layout::kLineEnd;
     }
   });
 }
@@ -194,7 +164,8 @@ std::int32_t PrimePay::Min2Hrs(std::int32_t minutes) {
 // The hour type's pay code through "00".
 const std::string& PrimePay::pay_code_column(std::size_t hour_type) {
   std::optional<std::string>& column = pay_code_columns_[hour_type];
-  if (!column) column = pay_code_pattern()(Variant(fields_.at(kPayCodeFields[hour_type])));
+  if (!column)
+    column = column_pattern<layout::kPayCode>()(Variant(fields_.at(kPayCodeFields[hour_type])));
   return *column;
 }
 
@@ -202,7 +173,8 @@ const std::string& PrimePay::pay_code_column(std::size_t hour_type) {
 const std::string& PrimePay::batch_column() {
   if (!batch_column_) {
     const Variant batch(fields_.at(kBatchSequenceNumber));
-    batch_column_ = to_double(batch) > 0 ? batch_pattern()(batch) : std::string(3, ' ');
+    batch_column_ = to_double(batch) > 0 ? column_pattern<layout::kBatch>()(batch)
+                                         : std::string(layout::kBatch.width, ' ');
   }
   return *batch_column_;
 }
