@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "pcpreview/pcpreview_form.h"
+#include "pcpreview/pcpreview_layout.h"
 #include "zorvat/automation.h"
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
@@ -13,6 +14,8 @@
 
 namespace zorvat::formats {
 namespace {
+
+namespace layout = pcpreview_layout;
 
 constexpr std::string_view kExecuteSource = "zorvat.PCPreview.Execute";
 constexpr std::string_view kSetupSource = "zorvat.PCPreview.Setup";
@@ -25,10 +28,6 @@ constexpr double kClientNumberLow = 0;
 constexpr double kClientNumberHigh = 9999;
 constexpr std::size_t kPayCodeLength = 2;
 
-constexpr std::size_t kNameWidth = 25;
-constexpr std::size_t kHoursWidth = 8;
-constexpr std::string_view kEarningsRecord = "E";
-
 constexpr std::size_t kHourTypes = time_card::kHourCategoryCount;
 // The settings field holding each hour type's pay code, in the order above.
 constexpr std::size_t kPayCodeFields[] = {
@@ -38,18 +37,6 @@ constexpr std::size_t kPayCodeFields[] = {
 
 const FormatPattern& client_number_pattern() {
   static const FormatPattern pattern("0000");
-  return pattern;
-}
-const FormatPattern& employee_number_pattern() {
-  static const FormatPattern pattern("000000");
-  return pattern;
-}
-const FormatPattern& pay_code_pattern() {
-  static const FormatPattern pattern("0");
-  return pattern;
-}
-const FormatPattern& hours_pattern() {
-  static const FormatPattern pattern("#####.00");
   return pattern;
 }
 
@@ -133,20 +120,19 @@ void PCPreview::EmployeeRecord(const Variant& card, std::string& output) {
       if (!(minutes[type] > 0)) continue;
       const Variant number = get_property(card, time_card::kNumber);
       hours_text_.clear();
-      hours_pattern().append_to(hours_text_, Min2Hrs(minutes[type]));
+      column_pattern<layout::kHours>().append_to(hours_text_, Min2Hrs(minutes[type]));
 
       // Positions as for a one-character pay code and sequence.
-      employee_number_pattern().append_to(output, number);       //   1-6    "Number", "000000"
-      append_left_justified(output, name, kNameWidth);           //   7-31   name
-      append_spaces(output, 19);                                 //  32-50
-      output += kEarningsRecord;                                 //  51      "E"
-      append_spaces(output, 1);                                  //  52
-      output += pay_code_column(type);                           //  53      pay code, "0"
-      append_spaces(output, 9);                                  //  54-62
-      append_right_justified(output, hours_text_, kHoursWidth);  //  63-70   hours, "#####.00"
-      append_spaces(output, 19);                                 //  71-89
-      output += sequence_column();                               //  90      sequence or blank
-      append_spaces(output, 37);                                 //  91-127
+      column_pattern<layout::kEmployeeNumber>().append_to(output, number);  //   1-6
+      append_in_column(output, layout::kName, name);                        //   7-31
+      append_blank(output, layout::kColumns32To50);                         //  32-50
+      append_literal(output, layout::kEarningsType);                        //  51-52  "E "
+      output += pay_code_column(type);                                      //  53
+      append_blank(output, layout::kAfterPayCode);                          //  54-62
+      append_in_column(output, layout::kHours, hours_text_);                //  63-70
+      append_blank(output, layout::kColumns71To89);                         //  71-89
+      output += sequence_column();                                          //  90
+      append_blank(output, layout::kFill);                                  //  91-127
     }
   });
 }
@@ -160,7 +146,8 @@ double PCPreview::Min2Hrs(double minutes) {
 // the code, so a two-character code moves what follows by one.
 const std::string& PCPreview::pay_code_column(std::size_t hour_type) {
   std::optional<std::string>& column = pay_code_columns_[hour_type];
-  if (!column) column = pay_code_pattern()(Variant(fields_.at(kPayCodeFields[hour_type])));
+  if (!column)
+    column = column_pattern<layout::kPayCode>()(Variant(fields_.at(kPayCodeFields[hour_type])));
   return *column;
 }
 
