@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "intuitpac/intuitpac_form.h"
+#include "intuitpac/intuitpac_layout.h"
 #include "zorvat/automation.h"
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
@@ -13,6 +14,8 @@
 
 namespace zorvat::formats {
 namespace {
+
+namespace layout = intuitpac_layout;
 
 constexpr std::string_view kExecuteSource = "zorvat.IntuitPAC.Execute";
 constexpr std::string_view kSetupSource = "zorvat.IntuitPAC.Setup";
@@ -42,38 +45,7 @@ constexpr std::string_view kPayCodeDescription = "Pay Code value must be between
 constexpr double kLowestPayCode = 0;
 constexpr double kHighestPayCode = 99;
 
-constexpr long kRecordWidth = 80;
-constexpr std::string_view kRecordEnd = "\r\n";
-constexpr std::int16_t kAmountWidth = 7;
-
-// The last digit of an amount with its sign: "{" and "A".."I" for 0..9 when the
-// amount is not negative, "}" and "J".."R" when it is.
-constexpr std::string_view kOverPunchCharacters = "{ABCDEFGHI}JKLMNOPQR";
-
-const FormatPattern& company_part_pattern() {
-  static const FormatPattern pattern("&&&&");
-  return pattern;
-}
-const FormatPattern& employee_part_pattern() {
-  static const FormatPattern pattern("0000");
-  return pattern;
-}
-const FormatPattern& pay_code_pattern() {
-  static const FormatPattern pattern("00");
-  return pattern;
-}
-const FormatPattern& amount_pattern() {
-  static const FormatPattern pattern("0000000");
-  return pattern;
-}
-const FormatPattern& five_digit_hundredths() {
-  static const FormatPattern pattern("00000");
-  return pattern;
-}
-const FormatPattern& eight_digit_hundredths() {
-  static const FormatPattern pattern("00000000");
-  return pattern;
-}
+constexpr auto kAmountWidth = static_cast<std::int16_t>(layout::kAmount1st.width);
 
 // The text from its fourth character from the end: its last four characters. Text
 // of fewer than four characters puts the start at 0 or before, which raises 5
@@ -88,10 +60,11 @@ std::string last_four(const std::string& text) {
 // digits or more, so its last four characters are the number's last four digits.
 void append_employee_part(std::string& out, const Variant& number) {
   if (number.type() == Variant::Type::Long && number.as_long() >= 1000) {
-    employee_part_pattern().append_to(out, static_cast<double>(number.as_long() % 10000));
+    column_pattern<layout::kEmployeePart>().append_to(
+        out, static_cast<double>(number.as_long() % 10000));
     return;
   }
-  employee_part_pattern().append_to(out, Variant(last_four(to_text(number))));
+  column_pattern<layout::kEmployeePart>().append_to(out, Variant(last_four(to_text(number))));
 }
 
 double hundredths(double minutes) {
@@ -102,9 +75,10 @@ double hundredths(double minutes) {
 // and ends it. A record already wider makes the count of blanks negative, which
 // raises 5.
 void end_record(std::string& text, std::size_t record_start) {
-  append_spaces(text, kRecordWidth - static_cast<long>(
-                                         text_length(std::string_view(text).substr(record_start))));
-  text += kRecordEnd;
+  append_spaces(text,
+                static_cast<long>(layout::kRecordWidth) -
+                    static_cast<long>(text_length(std::string_view(text).substr(record_start))));
+  text += layout::kRecordEnd;
 }
 
 bool company_name_fits(const std::string& code, bool jr) {
@@ -192,28 +166,32 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     std::size_t record_start = text.size();
     auto put_pay_code = [&](Position position) { text += pay_code(position); };
 
+    auto start_record = [&] {
+      text += company;                          //  1-4   company part, "&&&&"
+      append_literal(text, layout::kColumn5);   //  5     "4"
+      text += employee;                         //  6-9   employee part, "0000"
+      append_literal(text, layout::kColumn10);  // 10     "8"
+    };
+
     if (jr_) {
       // One record of 70 columns: plain hundredths, no shift, no signs.
       auto amount = [&](const FormatPattern& pattern, const PropertyName& category) {
         pattern.append_to(text, hundredths(get_number(card, category)));
       };
-      text += company;                                    // 1-4    company part
-      text += '4';                                        // 5      "4"
-      text += employee;                                   // 6-9    employee part
-      text += '8';                                        // 10     "8"
-      amount(five_digit_hundredths(), time_card::kREG);   // 11-15  regular
-      amount(five_digit_hundredths(), time_card::kOT1);   // 16-20  overtime 1
-      put_pay_code(kPayCode2);                            // 21-22  overtime 2 pay code
-      amount(eight_digit_hundredths(), time_card::kOT2);  // 23-30  overtime 2
-      put_pay_code(kVACPayCode);                          // 31-32  vacation pay code
-      amount(eight_digit_hundredths(), time_card::kVAC);  // 33-40  vacation
-      put_pay_code(kHOLPayCode);                          // 41-42  holiday pay code
-      amount(eight_digit_hundredths(), time_card::kHOL);  // 43-50  holiday
-      put_pay_code(kSICPayCode);                          // 51-52  sick pay code
-      amount(eight_digit_hundredths(), time_card::kSIC);  // 53-60  sick
-      put_pay_code(kOTHPayCode);                          // 61-62  other pay code
-      amount(eight_digit_hundredths(), time_card::kOTH);  // 63-70  other
-      end_record(text, record_start);                     // 71-80  blanks
+      start_record();                                                   //  1-10
+      amount(column_pattern<layout::kJrRegular>(), time_card::kREG);    // 11-15
+      amount(column_pattern<layout::kJrOvertime1>(), time_card::kOT1);  // 16-20
+      put_pay_code(kPayCode2);                                          // 21-22
+      amount(column_pattern<layout::kJrOvertime2>(), time_card::kOT2);  // 23-30
+      put_pay_code(kVACPayCode);                                        // 31-32
+      amount(column_pattern<layout::kJrVacation>(), time_card::kVAC);   // 33-40
+      put_pay_code(kHOLPayCode);                                        // 41-42
+      amount(column_pattern<layout::kJrHoliday>(), time_card::kHOL);    // 43-50
+      put_pay_code(kSICPayCode);                                        // 51-52
+      amount(column_pattern<layout::kJrSick>(), time_card::kSIC);       // 53-60
+      put_pay_code(kOTHPayCode);                                        // 61-62
+      amount(column_pattern<layout::kJrOther>(), time_card::kOTH);      // 63-70
+      end_record(text, record_start);                                   // 71-80
       return;
     }
 
@@ -227,12 +205,14 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
       const double minutes = get_number(card, category);
       OverPunch(kAmountWidth, double_to_long(deduction(deduct) ? -minutes : minutes), text);
     };
+    // The shift as it stands: a wider one moves every column after it.
+    auto start_full_record = [&] {
+      start_record();                                //  1-10
+      append_literal(text, layout::kColumns11To13);  // 11-13
+      text += shift;                                 // 14     shift
+    };
 
-    text += company;                 // 1-4    company part
-    text += '4';                     // 5      "4"
-    text += employee;                // 6-9    employee part
-    text += "8   ";                  // 10-13  "8" and three blanks
-    text += shift;                   // 14     shift, as it stands
+    start_full_record();             //  1-14
     put_pay_code(kPayCode0);         // 15-16  regular pay code
     amount(time_card::kREG);         // 17-23  regular
     put_pay_code(kPayCode1);         // 24-25  overtime 1 pay code
@@ -242,11 +222,7 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
     end_record(text, record_start);  // 42-80  blanks
 
     record_start = text.size();
-    text += company;                             // 1-4    company part
-    text += '4';                                 // 5      "4"
-    text += employee;                            // 6-9    employee part
-    text += "8   ";                              // 10-13  "8" and three blanks
-    text += shift;                               // 14     shift
+    start_full_record();                         //  1-14
     put_pay_code(kVACPayCode);                   // 15-16  vacation pay code
     signed_amount(time_card::kVAC, kVACDeduct);  // 17-23  vacation
     put_pay_code(kHOLPayCode);                   // 24-25  holiday pay code
@@ -262,7 +238,8 @@ void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
 const std::string& IntuitPAC::company_part() {
   if (!company_part_) {
     std::string part;
-    company_part_pattern().append_to(part, Variant(last_four(settings_.at(kCompanyName))));
+    column_pattern<layout::kCompanyPart>().append_to(
+        part, Variant(last_four(settings_.at(kCompanyName))));
     company_part_ = std::move(part);
   }
   return *company_part_;
@@ -272,7 +249,7 @@ const std::string& IntuitPAC::pay_code(Position position) {
   std::optional<std::string>& cached = pay_codes_[position];
   if (!cached) {
     std::string code;
-    pay_code_pattern().append_to(code, Variant(settings_.at(position)));
+    column_pattern<layout::kPayCode1st>().append_to(code, Variant(settings_.at(position)));
     cached = std::move(code);
   }
   return *cached;
@@ -293,14 +270,14 @@ void IntuitPAC::OverPunch(std::int16_t iLength, std::int32_t lMinutes, std::stri
 
     // Hundredths rounded to a whole number and zero-filled to the field's length.
     if (iLength == kAmountWidth) {
-      amount_pattern().append_to(record, magnitude);
+      column_pattern<layout::kAmount1st>().append_to(record, magnitude);
     } else {
       if (iLength < 1) raise_runtime(rt::kInvalidProcedureCall);
       FormatPattern(std::string(static_cast<std::size_t>(iLength), '0'))
           .append_to(record, magnitude);
     }
     const std::size_t last = static_cast<std::size_t>(record.back() - '0');
-    record.back() = kOverPunchCharacters[last + offset];
+    record.back() = layout::kOverPunchCharacters[last + offset];
   });
 }
 
