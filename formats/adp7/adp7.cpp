@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "adp7/adp7_form.h"
+#include "adp7/adp7_layout.h"
 #include "zorvat/automation.h"
 #include "zorvat/columns.h"
 #include "zorvat/error.h"
@@ -12,6 +13,9 @@
 
 namespace zorvat::formats {
 namespace {
+
+namespace layout = adp7_layout;
+using layout::field_pattern;
 
 constexpr std::string_view kExecuteSource = "zorvat.ADP7.Execute";
 constexpr std::string_view kSetupSource = "zorvat.ADP7.Setup";
@@ -23,12 +27,7 @@ constexpr std::string_view kPayCodeDescription =
     "Paycode field must be at least 2 characters in length";
 
 constexpr std::string_view kEpipFormat = "EPIP";
-constexpr std::string_view kLineEnd = "\r\n";
 constexpr double kHighestBatchSeqNum = 99;
-
-// The EPIP header and trailer are filled with blanks to this length; the header then
-// takes "7" in column 80.
-constexpr long kEpipFilledLength = 79;
 
 constexpr std::string_view kCsvTitles = "Co Code,Batch ID,File #,Pay #,Shift,Reg Hours,O/T Hours";
 
@@ -45,21 +44,23 @@ constexpr ExtraCategory kExtraCategories[] = {
     {time_card::kSIC, ADP7::kSICPayCode, ADP7::kSICCodeName},
     {time_card::kOTH, ADP7::kOTHPayCode, ADP7::kOTHCodeName}};
 
-const FormatPattern& two_digits() {
-  static const FormatPattern pattern("00");
-  return pattern;
-}
-const FormatPattern& line_hundredths() {
-  static const FormatPattern pattern("0000000");
-  return pattern;
-}
-const FormatPattern& total_hundredths() {
-  static const FormatPattern pattern("00000000000");
-  return pattern;
-}
 const FormatPattern& csv_hours() {
   static const FormatPattern pattern("#####.00");
   return pattern;
+}
+
+// The header and the trailer are filled with blanks to column 79. A line already
+// longer makes the count of blanks negative, which raises 5.
+void fill_to_column_79(std::string& line) {
+  append_spaces(line,
+                static_cast<long>(layout::kFilledWidth) - static_cast<long>(text_length(line)));
+}
+
+// Appends a tagged field: its tag, then its value through its pattern.
+template <const layout::TaggedField& field, class Value>
+void append_tagged(std::string& line, const Value& value) {
+  line += field.tag;
+  field_pattern<field>().append_to(line, value);
 }
 
 // Hours in hundredths, on doubles; the zero-filled pattern rounds to a whole number.
@@ -86,7 +87,7 @@ bool ADP7::Execute(const Variant& pcTimeCards) {
 
     const std::string& company = settings.at(kCompanyCode);
     std::string batch;
-    two_digits().append_to(batch, Variant(settings.at(kBatchSeqNum)));
+    field_pattern<layout::kBatch>().append_to(batch, Variant(settings.at(kBatchSeqNum)));
     SaveDialogRequest request;
     if (epip) {
       // The pattern part has never had a dot after the "*"; it stays as it is.
@@ -110,14 +111,13 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
   std::string line;
 
   // Header: 80 columns.
-  line += "A001";                                                                 // 1-4  "A001"
-  line += settings.at(kCompanyCode);                                              // company code
-  line += "002";                                                                  // tag 002:
-  two_digits().append_to(line, Variant(settings.at(kBatchSeqNum)));               //   batch, "00"
-  line += 'z';                                                                    // end of fields
-  append_spaces(line, kEpipFilledLength - static_cast<long>(text_length(line)));  // to 79
-  line += '7';                                                                    // 80   "7"
-  line += kLineEnd;
+  line += layout::kHeaderTag;
+  line += settings.at(kCompanyCode);
+  append_tagged<layout::kBatch>(line, Variant(settings.at(kBatchSeqNum)));
+  line += layout::kEndOfFields;
+  fill_to_column_79(line);
+  line += layout::kColumn80;
+  line += layout::kLineEnd;
   text += line;
 
   // Totals of the exported cards. Second-level overtime is kept in a 16-bit integer,
@@ -134,32 +134,30 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
     const double overtime2 = get_number(card, time_card::kOT2);
     if (regular + overtime1 + overtime2 == 0) return;
 
-    // Employee line: tagged fields, not padded.
+    // Employee line: tagged fields, not padded; each hour field ends with a blank.
     line.clear();
-    line += "B003";                                                       // tag 003:
-    append_text(line, card, time_card::kExportID);                        //   export id
-    line += "004";                                                        // tag 004:
-    line += pay_number;                                                   //   pay number
-    line += "010";                                                        // tag 010:
-    two_digits().append_to(line, get_property(card, time_card::kShift));  //   shift, "00"
+    line += layout::kEmployeeTag;
+    append_text(line, card, time_card::kExportID);
+    line += layout::kPayNumber.tag;
+    line += pay_number;
+    append_tagged<layout::kShift>(line, get_property(card, time_card::kShift));
     if (regular != 0) {
-      line += "012";                                           // tag 012:
-      line_hundredths().append_to(line, hundredths(regular));  //   regular
+      append_tagged<layout::kRegular>(line, hundredths(regular));
       line += ' ';
     }
     if (overtime1 != 0) {
-      line += "013";                                             // tag 013:
-      line_hundredths().append_to(line, hundredths(overtime1));  //   overtime 1
+      append_tagged<layout::kOvertime1>(line, hundredths(overtime1));
       line += ' ';
     }
     if (overtime2 != 0) {
-      line += "016";                                             // tag 016:
-      line += ot2_pay_code;                                      //   pay code,
-      line_hundredths().append_to(line, hundredths(overtime2));  //   overtime 2
+      // The pay code stands between the tag and the hundredths.
+      line += layout::kOvertime2.tag;
+      line += ot2_pay_code;
+      field_pattern<layout::kOvertime2>().append_to(line, hundredths(overtime2));
       line += ' ';
     }
-    line += 'z';
-    line += kLineEnd;
+    line += layout::kEndOfFields;
+    line += layout::kLineEnd;
     text += line;
 
     regular_total += regular;
@@ -170,24 +168,20 @@ void ADP7::write_epip(const SettingsFields& settings, const Variant& cards, std:
   // Trailer: the totals, filled with blanks to 79 characters. The overtime 2 total
   // has never been followed by a blank.
   line.clear();
-  line += 'C';  // 1    "C"
+  line += layout::kTrailerTag;
   if (regular_total != 0) {
-    line += "030";                                                  // tag 030:
-    total_hundredths().append_to(line, hundredths(regular_total));  // regular
+    append_tagged<layout::kRegularTotal>(line, hundredths(regular_total));
     line += ' ';
   }
   if (overtime1_total != 0) {
-    line += "031";                                                    // tag 031:
-    total_hundredths().append_to(line, hundredths(overtime1_total));  // overtime 1
+    append_tagged<layout::kOvertime1Total>(line, hundredths(overtime1_total));
     line += ' ';
   }
-  if (overtime2_total != 0) {
-    line += "032";                                                    // tag 032:
-    total_hundredths().append_to(line, hundredths(overtime2_total));  // overtime 2
-  }
-  line += 'z';
-  append_spaces(line, kEpipFilledLength - static_cast<long>(text_length(line)));  // to 79
-  line += kLineEnd;
+  if (overtime2_total != 0)
+    append_tagged<layout::kOvertime2Total>(line, hundredths(overtime2_total));
+  line += layout::kEndOfFields;
+  fill_to_column_79(line);
+  line += layout::kLineEnd;
   text += line;
 }
 
@@ -204,7 +198,7 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
     text += name;
     text += " Amount";
   }
-  text += kLineEnd;
+  text += layout::kLineEnd;
 
   const std::string& company = settings.at(kCompanyCode);
   const std::string& batch = settings.at(kBatchSeqNum);
@@ -241,7 +235,7 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
       line += ',';
       csv_hours().append_to(line, minutes / 60);  // <name> Amount
     }
-    line += kLineEnd;
+    line += layout::kLineEnd;
     text += line;
   });
 }

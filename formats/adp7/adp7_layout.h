@@ -7,6 +7,8 @@
 
 #include <string_view>
 
+#include "zorvat/format.h"
+
 namespace zorvat::formats::adp7_layout {
 
 // A tagged field: its tag, how the reader names it, the Format pattern of its value
@@ -16,6 +18,13 @@ struct TaggedField {
   std::string_view name;
   std::string_view pattern = {};
 };
+
+// The field's pattern, parsed once.
+template <const TaggedField& field>
+const FormatPattern& field_pattern() {
+  static const FormatPattern pattern(field.pattern);
+  return pattern;
+}
 
 inline constexpr std::string_view kLineEnd = "\r\n";
 inline constexpr std::size_t kFilledWidth = 79;
