@@ -45,7 +45,7 @@ constexpr ExtraCategory kExtraCategories[] = {
     {time_card::kOTH, ADP7::kOTHPayCode, ADP7::kOTHCodeName}};
 
 const FormatPattern& csv_hours() {
-  static const FormatPattern pattern("#####.00");
+  static const FormatPattern pattern(layout::kCsvHoursPattern);
   return pattern;
 }
 

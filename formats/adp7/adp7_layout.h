@@ -44,6 +44,9 @@ inline constexpr TaggedField kRegular{"012", "regular hundredths", "0000000"};
 inline constexpr TaggedField kOvertime1{"013", "overtime hundredths", "0000000"};
 inline constexpr TaggedField kOvertime2{"016", "overtime 2 hundredths", "0000000"};
 
+// --- CSV: the hours of each column ------------------------------------------------------
+inline constexpr std::string_view kCsvHoursPattern = "#####.00";
+
 // --- The trailer: "C", the batch's totals, "z", the fill -------------------------------
 // Each total is followed by a blank but overtime 2's, which never was.
 inline constexpr std::string_view kTrailerTag = "C";

@@ -4,6 +4,7 @@
 #include "adp7/adp7_rules.h"
 
 #include "adp7/adp7.h"
+#include "adp7/adp7_layout.h"
 #include "adp7/adp7_reader.h"
 #include "zorvat/reconcile/expectation.h"
 
@@ -11,6 +12,7 @@ namespace zorvat::formats::adp7 {
 namespace {
 
 using namespace zorvat::reconcile;
+namespace layout = adp7_layout;
 
 Expectation expect(const Variant& cards, const SettingsFields& settings, std::string_view) {
   const bool epip = settings.at(ADP7::kOutputFormat) == "EPIP";
@@ -35,25 +37,26 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
         if (c > kOT2) {
           builder.drop(rows[c], Reason::NotInLayout);
         } else if (m != 0) {
-          builder.write(rows[c], code, written(m / 60.0 * 100.0, "0000000", 0),
+          builder.write(rows[c], code, written(m / 60.0 * 100.0, layout::kRegular.pattern, 0),
                         Reason::RoundedToHundredths);
         }
       } else if (c > kOT1 && code.empty()) {
         builder.drop(rows[c], Reason::NoPayCode);
       } else if (c <= kOT1 || m != 0) {
-        builder.write(rows[c], code, written(m / 60, "#####.00", 2), Reason::RoundedToHundredths);
+        builder.write(rows[c], code, written(m / 60, layout::kCsvHoursPattern, 2),
+                      Reason::RoundedToHundredths);
       }
     }
   });
   if (epip) {
-    builder.control("batch number",
-                    pattern_number(Variant(settings.at(ADP7::kBatchSeqNum)), "00", 0));
+    builder.control("batch number", pattern_number(Variant(settings.at(ADP7::kBatchSeqNum)),
+                                                   layout::kBatch.pattern, 0));
     constexpr const char* kTotalNames[] = {"regular hundredths", "overtime 1 hundredths",
                                            "overtime 2 hundredths"};
     for (std::size_t c = kREG; c <= kOT2; ++c)
       if (totals[c] != 0)
-        builder.control(kTotalNames[c],
-                        pattern_number(Variant(totals[c] / 60.0 * 100.0), "00000000000", 0));
+        builder.control(kTotalNames[c], pattern_number(Variant(totals[c] / 60.0 * 100.0),
+                                                       layout::kRegularTotal.pattern, 0));
   }
   return builder.finish();
 }

@@ -1,6 +1,7 @@
 #include "generic/generic.h"
 
 #include "generic/generic_form.h"
+#include "generic/generic_layout.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -30,15 +31,15 @@ constexpr std::string_view kTitles[] = {
     "SecondLevelOvertime", "VACATION",       "HOLIDAY",   "SICK",         "OTHER"};
 
 const FormatPattern& employee_number_pattern() {
-  static const FormatPattern pattern("000000000");
+  static const FormatPattern pattern(generic_layout::kEmployeeNumberPattern);
   return pattern;
 }
 const FormatPattern& shift_pattern() {
-  static const FormatPattern pattern("00");
+  static const FormatPattern pattern(generic_layout::kShiftPattern);
   return pattern;
 }
 const FormatPattern& hours_pattern() {
-  static const FormatPattern pattern("###0.00");
+  static const FormatPattern pattern(generic_layout::kHoursPattern);
   return pattern;
 }
 

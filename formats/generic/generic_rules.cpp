@@ -1,7 +1,8 @@
-// What a Generic file must carry: every card, every category, hours "###0.00".
+// What a Generic file must carry: every card, every category, in hours.
 #include "generic/generic_rules.h"
 
 #include "generic/generic.h"
+#include "generic/generic_layout.h"
 #include "generic/generic_reader.h"
 #include "zorvat/reconcile/expectation.h"
 
@@ -24,7 +25,8 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
     const Rows rows = builder.card(export_id(card, remove_blanks), minutes);
     for (std::size_t c = 0; c < kCategoryCount; ++c)
       builder.write(rows[c], std::string(kCategories[c]),
-                    hours_with_decimals(minutes[c], "###0.00"), Reason::RoundedToHundredths);
+                    hours_with_decimals(minutes[c], generic_layout::kHoursPattern),
+                    Reason::RoundedToHundredths);
   });
   return builder.finish();
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "intuitpac/intuitpac.h"
+#include "intuitpac/intuitpac_layout.h"
 #include "intuitpac/intuitpac_reader.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -15,6 +16,7 @@ namespace zorvat::formats::intuitpac {
 namespace {
 
 using namespace zorvat::reconcile;
+namespace layout = intuitpac_layout;
 
 // The edition as the class itself reads it from the title.
 bool is_jr(std::string_view title) {
@@ -35,7 +37,8 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
   for_each(cards, [&](const Variant& card) {
     const std::string number = to_text(get_property(card, "Number"));
     if (text_length(number) < 4) raise_runtime(rt::kInvalidProcedureCall);
-    const std::string employee = format(Variant(std::string(text_right(number, 4))), "0000");
+    const std::string employee =
+        format(Variant(std::string(text_right(number, 4))), layout::kEmployeePart.pattern);
     const Minutes minutes = card_minutes(card);
     const Rows rows = builder.card(employee, minutes);
     for (std::size_t c = 0; c < kCategoryCount; ++c) {
@@ -44,9 +47,13 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
         if (c >= kVAC && m != 0 && flag_set(settings, kDeductions[c - kVAC]))
           builder.adjust(rows[c], Reason::DeductionFlagIgnored, 0);
         const std::string code =
-            c <= kOT1 ? std::string(kCategories[c]) : text_through(settings.at(kPayCodes[c]), "00");
-        builder.write(rows[c], code, written(m / 60.0 * 100.0, c <= kOT1 ? "00000" : "00000000", 0),
-                      Reason::RoundedToHundredths);
+            c <= kOT1 ? std::string(kCategories[c])
+                      : text_through(settings.at(kPayCodes[c]), layout::kPayCode1st.pattern);
+        builder.write(
+            rows[c], code,
+            written(m / 60.0 * 100.0,
+                    c <= kOT1 ? layout::kJrRegular.pattern : layout::kJrOvertime2.pattern, 0),
+            Reason::RoundedToHundredths);
         continue;
       }
       double whole = double_to_long(m);
@@ -54,8 +61,9 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
         builder.adjust(rows[c], Reason::WrittenAsDeduction, -2 * from_minutes(m));
         whole = -whole;
       }
-      const Amount magnitude = written(std::abs(whole) / 60.0 * 100.0, "0000000", 0);
-      builder.write(rows[c], text_through(settings.at(kPayCodes[c]), "00"),
+      const Amount magnitude =
+          written(std::abs(whole) / 60.0 * 100.0, layout::kAmount1st.pattern, 0);
+      builder.write(rows[c], text_through(settings.at(kPayCodes[c]), layout::kPayCode1st.pattern),
                     whole < 0 ? -magnitude : magnitude, Reason::RoundedToHundredths);
     }
   });

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "pcpaylink/pcpaylink_form.h"
+#include "pcpaylink/pcpaylink_layout.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -54,19 +55,19 @@ constexpr Category kCategories[] = {
 constexpr std::size_t kCategoryCount = std::size(kCategories);
 
 const FormatPattern& office_number_pattern() {
-  static const FormatPattern pattern("0000");
+  static const FormatPattern pattern(pcpaylink_layout::kOfficeNumberPattern);
   return pattern;
 }
 const FormatPattern& employee_number_pattern() {
-  static const FormatPattern pattern("0000");
+  static const FormatPattern pattern(pcpaylink_layout::kEmployeeNumberPattern);
   return pattern;
 }
 const FormatPattern& hours_pattern() {
-  static const FormatPattern pattern("####.00");
+  static const FormatPattern pattern(pcpaylink_layout::kHoursPattern);
   return pattern;
 }
 const FormatPattern& sequence_pattern() {
-  static const FormatPattern pattern("000");
+  static const FormatPattern pattern(pcpaylink_layout::kSequencePattern);
   return pattern;
 }
 

@@ -3,6 +3,7 @@
 #include "pcpaylink/pcpaylink_rules.h"
 
 #include "pcpaylink/pcpaylink.h"
+#include "pcpaylink/pcpaylink_layout.h"
 #include "pcpaylink/pcpaylink_reader.h"
 #include "zorvat/format.h"
 #include "zorvat/reconcile/expectation.h"
@@ -13,7 +14,7 @@ namespace {
 using namespace zorvat::reconcile;
 
 std::string employee_number(const Variant& card) {
-  return format(get_property(card, "Number"), "0000");
+  return format(get_property(card, "Number"), pcpaylink_layout::kEmployeeNumberPattern);
 }
 
 Expectation expect(const Variant& cards, const SettingsFields& settings, std::string_view) {
@@ -25,7 +26,8 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
       builder, cards, employee_number, [&](std::size_t row, std::size_t c, double m) {
         const std::string code =
             c <= kOT2 ? std::string(kCategories[c]) : settings.at(kEarningCodes[c - kVAC]);
-        builder.write(row, code, hours_with_decimals(m, "####.00"), Reason::RoundedToHundredths);
+        builder.write(row, code, hours_with_decimals(m, pcpaylink_layout::kHoursPattern),
+                      Reason::RoundedToHundredths);
         if (c == kREG) ++employees;  // only regular time counts an employee
       });
   // The trailer's counts: the header and each detail are records; the header has two

@@ -3,6 +3,7 @@
 #include "pcpreview/pcpreview_rules.h"
 
 #include "pcpreview/pcpreview.h"
+#include "pcpreview/pcpreview_layout.h"
 #include "pcpreview/pcpreview_reader.h"
 #include "zorvat/format.h"
 #include "zorvat/reconcile/expectation.h"
@@ -13,7 +14,7 @@ namespace {
 using namespace zorvat::reconcile;
 
 std::string employee_number(const Variant& card) {
-  return format(get_property(card, "Number"), "000000");
+  return format(get_property(card, "Number"), pcpreview_layout::kEmployeeNumber.pattern);
 }
 
 Expectation expect(const Variant& cards, const SettingsFields& settings, std::string_view) {
@@ -29,8 +30,9 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
       builder, cards, employee_number, [&](std::size_t row, std::size_t c, double m) {
         if (c >= kVAC && flag_set(settings, kDeductions[c - kVAC]))
           builder.adjust(row, Reason::DeductionFlagIgnored, 0);
-        builder.write(row, text_through(settings.at(kPayCodes[c]), "0"),
-                      hours_with_decimals(m, "#####.00"), Reason::RoundedToHundredths);
+        builder.write(
+            row, text_through(settings.at(kPayCodes[c]), pcpreview_layout::kPayCode.pattern),
+            hours_with_decimals(m, pcpreview_layout::kHours.pattern), Reason::RoundedToHundredths);
       });
   return builder.finish();
 }

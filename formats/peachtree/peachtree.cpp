@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "peachtree/peachtree_form.h"
+#include "peachtree/peachtree_layout.h"
 #include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -45,19 +46,19 @@ constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kDescription = "From Horalis";
 
 const FormatPattern& ticket_date_pattern() {
-  static const FormatPattern pattern("mm/dd/yy");
+  static const FormatPattern pattern(peachtree_layout::kTicketDatePattern);
   return pattern;
 }
 const FormatPattern& whole_hours_pattern() {
-  static const FormatPattern pattern("##0");
+  static const FormatPattern pattern(peachtree_layout::kWholeHoursPattern);
   return pattern;
 }
 const FormatPattern& minutes_pattern() {
-  static const FormatPattern pattern("00");
+  static const FormatPattern pattern(peachtree_layout::kMinutesPattern);
   return pattern;
 }
 const FormatPattern& unit_duration_pattern() {
-  static const FormatPattern pattern("##0.00");
+  static const FormatPattern pattern(peachtree_layout::kUnitDurationPattern);
   return pattern;
 }
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "peachtree/peachtree.h"
+#include "peachtree/peachtree_layout.h"
 #include "peachtree/peachtree_reader.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
@@ -38,8 +39,8 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
 
     for_each(get_property(card, "Days"), [&](const Variant& day) {
       const bool worked = to_double(get_property(day, "Hours")) != 0;
-      const auto date =
-          parse_short_date(format(Variant(to_date(get_property(day, "DayDate"))), "mm/dd/yy"));
+      const auto date = parse_short_date(format(Variant(to_date(get_property(day, "DayDate"))),
+                                                peachtree_layout::kTicketDatePattern));
       for (std::size_t c = 0; c < kCategoryCount; ++c) {
         const double m = minutes_of(day, kCategories[c]);
         if (m == 0) continue;
@@ -48,9 +49,11 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
           continue;
         }
         const std::int32_t whole = to_long(Variant(m));
-        std::string duration = format(Variant(hours::minutes_to_hours(whole, kSource)), "##0");
+        std::string duration = format(Variant(hours::minutes_to_hours(whole, kSource)),
+                                      peachtree_layout::kWholeHoursPattern);
         duration += ':';
-        duration += format(Variant(static_cast<double>(whole % 60)), "00");
+        duration +=
+            format(Variant(static_cast<double>(whole % 60)), peachtree_layout::kMinutesPattern);
         const auto written_minutes = duration_minutes(duration);
         if (!written_minutes) throw std::logic_error("unexpected duration " + duration);
         builder.write(rows[c], settings.at(Peachtree::kPayItemCodeReg + c), from_minutes(m),

@@ -4,6 +4,7 @@
 #include "primepay/primepay_rules.h"
 
 #include "primepay/primepay.h"
+#include "primepay/primepay_layout.h"
 #include "primepay/primepay_reader.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
@@ -16,7 +17,7 @@ namespace {
 using namespace zorvat::reconcile;
 
 std::string employee_number(const Variant& card) {
-  return format(get_property(card, "Number"), "000000");
+  return format(get_property(card, "Number"), primepay_layout::kEmployeeNumber.pattern);
 }
 
 Expectation expect(const Variant& cards, const SettingsFields& settings, std::string_view) {
@@ -29,16 +30,18 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
   positive_time_only(
       builder, cards, employee_number, [&](std::size_t row, std::size_t c, double m) {
         const std::string code =
-            c == kREG ? std::string("REG") : text_through(settings.at(kPayCodes[c]), "00");
+            c == kREG ? std::string("REG")
+                      : text_through(settings.at(kPayCodes[c]), primepay_layout::kPayCode.pattern);
         if (c == kOTH) builder.adjust(row, Reason::UnderOtherCode, 0);
         const std::int32_t hundredths = hours::minutes_to_hundredths(double_to_long(m), kSource);
         builder.write(row, code, from_hundredths(hundredths), Reason::RoundedToHundredths);
       });
-  const auto period_end = parse_short_date(format(get_property(cards, "PeriodEnd"), "mm/dd/yy"));
+  const auto period_end = parse_short_date(
+      format(get_property(cards, "PeriodEnd"), primepay_layout::kPeriodEnd.pattern));
   if (period_end) builder.control("period end", date_number(*period_end));
   const Variant batch(settings.at(PrimePay::kBatchSequenceNumber));
   if (builder.record_count() > 0 && to_double(batch) > 0)
-    builder.control("batch number", pattern_number(batch, "000", 0));
+    builder.control("batch number", pattern_number(batch, primepay_layout::kBatch.pattern, 0));
   return builder.finish();
 }
 
