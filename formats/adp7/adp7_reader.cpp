@@ -143,7 +143,9 @@ FileContents read_csv(std::string_view bytes, const SettingsFields& settings) {
       const std::size_t comma = cursor.rest().find(',');
       const std::string_view text =
           comma == std::string_view::npos ? cursor.take_rest() : cursor.take_until(",", what);
-      add(contents, employee, code, cursor.number_in(text, column, 2, what), line);
+      add(contents, employee, code,
+          cursor.number_in(text, column, pattern_decimals(adp7_layout::kCsvHoursPattern), what),
+          line);
     };
     hours("REG", "regular hours");
     if (cursor.at_end()) cursor.fail("the overtime hours are missing");

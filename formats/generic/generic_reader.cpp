@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "generic/generic.h"
+#include "generic/generic_layout.h"
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
 #include "zorvat/variant.h"
@@ -106,7 +107,7 @@ FileContents read_generic_file(std::string_view bytes, const SettingsFields& set
     const std::vector<std::string_view> fields = leading_fields(layout, cursor, export_id);
     for (std::size_t c = 0; c < std::size(kCategories); ++c) {
       const std::string_view text = fields[kLeadingFields + c];
-      const auto hundredths = parse_decimal(text, 2);
+      const auto hundredths = parse_decimal(text, pattern_decimals(generic_layout::kHoursPattern));
       if (!hundredths) {
         std::string message = "\"";
         message.append(text).append("\" is not a number of hours (");

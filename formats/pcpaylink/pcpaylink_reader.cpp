@@ -1,5 +1,7 @@
 #include "pcpaylink/pcpaylink_reader.h"
 
+#include "pcpaylink/pcpaylink_layout.h"
+
 #include "pcpaylink/pcpaylink.h"
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
@@ -55,8 +57,9 @@ FileContents read_pcpaylink_file(std::string_view bytes, const SettingsFields& s
     if (hours_tag != "E0A" && hours_tag != "E0C") cursor.fail("expected hours tag E0A or E0C");
     record.code = code_of(rate, hours_tag);
     const std::size_t column = cursor.position();
-    record.amount =
-        from_hundredths(cursor.number_in(cursor.take_until("|", "the hours"), column, 2, "hours"));
+    record.amount = from_hundredths(
+        cursor.number_in(cursor.take_until("|", "the hours"), column,
+                         pattern_decimals(pcpaylink_layout::kHoursPattern), "hours"));
     cursor.expect_end();
     record.line = line.number;
     contents.records.push_back(std::move(record));

@@ -1,6 +1,7 @@
 #include "peachtree/peachtree_reader.h"
 
 #include "peachtree/peachtree.h"
+#include "peachtree/peachtree_layout.h"
 #include "zorvat/reconcile/text_reader.h"
 
 namespace zorvat::formats {
@@ -80,7 +81,8 @@ FileContents read_peachtree_file(std::string_view bytes, const SettingsFields& s
     const auto minutes = duration_minutes(fields[15]);
     if (!minutes) fail(16, "not a duration (h:mm)");
     record.amount = *minutes * kUnitsPerMinute;
-    if (!parse_decimal(fields[20], 2)) fail(21, "not a unit duration (hours)");
+    if (!parse_decimal(fields[20], pattern_decimals(peachtree_layout::kUnitDurationPattern)))
+      fail(21, "not a unit duration (hours)");
     contents.records.push_back(std::move(record));
   }
   if (!contents.records.empty()) {
