@@ -73,13 +73,9 @@ struct Section {
   int percent = 0;        // each "%" multiplies by 100
   bool scientific = false;
   int exponent_forced = 0;
-  // The fixed-point fast path applies: digits, a point and grouping; no scaling,
-  // percent or exponent.
-  bool plain = false;
-  // Nothing but digit placeholders, at least one before the point, and at most a point
-  // among them ("000000000", "###0.00"): written straight from the scaled number.
-  bool digits_only = false;
   bool has_point = false;
+  // The fixed-point specialisation may write this section (see fixed_point_applies).
+  bool fixed_point = false;
   // Date sections: hours on the 12-hour clock (an AM/PM marker is present).
   bool twelve_hour = false;
   // Text sections.
@@ -87,6 +83,8 @@ struct Section {
   char case_mode = 0;  // '<' lower, '>' upper: the first one written counts
   int text_places = 0;
 };
+
+bool fixed_point_applies(const Section& section);
 
 [[noreturn]] void refuse() {
   raise_runtime(rt::kInvalidProcedureCall);
@@ -276,14 +274,9 @@ Section parse_number_section(std::string_view pattern) {
     }
   }
   if (first_forced_whole >= 0) section.whole_forced = section.whole_places - first_forced_whole;
-  section.plain = section.scale == 0 && section.percent == 0 && !section.scientific;
   section.has_point = std::any_of(section.tokens.begin(), section.tokens.end(),
                                   [](const Token& t) { return t.kind == Tok::DecimalPoint; });
-  section.digits_only =
-      section.plain && !section.grouping && section.whole_places > 0 &&
-      std::all_of(section.tokens.begin(), section.tokens.end(), [](const Token& t) {
-        return t.kind == Tok::DigitZero || t.kind == Tok::DigitHash || t.kind == Tok::DecimalPoint;
-      });
+  section.fixed_point = fixed_point_applies(section);
   return section;
 }
 
@@ -529,50 +522,13 @@ void round_decimal(Decimal& decimal, int places) {
   trim_zeros(decimal);
 }
 
-// The general path: the value to 15 significant digits, then rounded on its decimal
-// digits to `places` after the point.
+// The value to 15 significant digits, then rounded on its decimal digits to `places`
+// after the point; `shift` moves the point first (percent, thousands scaling).
 Decimal rounded_decimal(double magnitude, int places, int shift) {
   Decimal decimal = to_decimal(magnitude);
   if (decimal.count > 0) decimal.point += shift;
   round_decimal(decimal, places);
   return decimal;
-}
-
-// The fixed-point fast path for plain patterns: when the value scaled to the wanted
-// decimal places is well clear of a tie, taking it to 15 significant digits first
-// cannot move it across the tie, so rounding the scaled double gives the same digits
-// as the general path. Returns false when the general path must decide.
-// `magnitude` x 10^places rounded to a whole number, where that is safe.
-bool scaled_and_rounded(double magnitude, int places, std::uint64_t& number) {
-  static constexpr double kScale[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
-  if (places < 0 || places > 4 || !(magnitude < 1e12)) return false;
-  const double scaled = magnitude * kScale[places];
-  // Below 10^16 the whole part fits the integer, and cutting it off is the floor.
-  const auto whole = static_cast<std::uint64_t>(scaled);
-  const double fraction = scaled - static_cast<double>(whole);
-  // Room for the 15-digit rounding and the error of the multiplication.
-  const double margin = scaled * 1e-13 + 1e-9;
-  if (std::fabs(fraction - 0.5) <= margin) return false;
-  number = whole + (fraction > 0.5 ? 1 : 0);
-  return true;
-}
-
-bool rounded_decimal_fast(double magnitude, int places, Decimal& decimal) {
-  std::uint64_t number = 0;
-  if (!scaled_and_rounded(magnitude, places, number)) return false;
-  if (number == 0) {
-    decimal.count = 0;
-    decimal.point = 0;
-    return true;
-  }
-  char buffer[24];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, number);
-  const int length = static_cast<int>(result.ptr - buffer);
-  decimal.count = length;
-  for (int i = 0; i < length; ++i) decimal.digits[static_cast<std::size_t>(i)] = buffer[i];
-  decimal.point = length - places;
-  trim_zeros(decimal);
-  return true;
 }
 
 char digit_at(const Decimal& decimal, int index) {
@@ -589,58 +545,11 @@ void append_exponent(std::string& out, const Token& token, int exponent, int for
   append_number(out, forced, exponent < 0 ? -exponent : exponent);
 }
 
-// The digits-only sections without the general machinery: the value scaled and rounded
-// as the fast path rounds it, then written as the general path writes it: the sign, the
-// whole digits padded with zeros to the forced places, the point, and the forced
-// fraction digits with the optional ones up to the last that is not zero. Returns
-// false, having written nothing, where the general path must decide (a value near a
-// tie, or too large).
-bool render_digits_only(std::string& out, const Section& section, double value, bool write_sign) {
-  static constexpr std::uint64_t kScale[] = {1, 10, 100, 1000, 10000};
-  const int places = section.fraction_places;
-  std::uint64_t scaled = 0;
-  const auto whole_forced = static_cast<std::size_t>(section.whole_forced);  // never negative
-  if (whole_forced > 24 || !scaled_and_rounded(std::fabs(value), places, scaled)) return false;
-  // Whole numbers (the zero-filled patterns) need no division.
-  const std::uint64_t whole = places == 0 ? scaled : scaled / kScale[places];
-  std::uint64_t fraction = places == 0 ? 0 : scaled % kScale[places];
-  // Laid out in a buffer, the whole digits leftwards from the point and the fraction
-  // to the right of it, then appended at once. The 24 places before the point start
-  // as zeros, so padding to the forced places only moves where the text starts.
-  char buffer[48];
-  char* const point = buffer + 32;
-  std::memset(point - 24, '0', 24);
-  char* first = std::min(digits_leftwards(point, whole), point - whole_forced);
-  char* last = point;
-  if (section.has_point) {
-    *last++ = '.';
-    for (int i = places - 1; i >= 0; --i) {
-      last[i] = static_cast<char>('0' + fraction % 10);
-      fraction /= 10;
-    }
-    int written = places;
-    while (written > section.fraction_forced && last[written - 1] == '0') --written;
-    last += written;
-  }
-  if (value < 0.0 && write_sign) out.push_back('-');
-  out.append(first, static_cast<std::size_t>(last - first));
-  return true;
-}
-
-// Every number section but the digits-only ones on the fast path.
-void render_number_generally(std::string& out, const Section& section, double value,
-                             bool write_sign, bool fast);
-
-// Kept apart from the general machinery, so that the digits-only sections, which the
-// classes format by the million, do not pay for its set-up.
-inline void render_number(std::string& out, const Section& section, double value, bool write_sign,
-                          bool fast) {
-  if (fast && section.digits_only && render_digits_only(out, section, value, write_sign)) return;
-  render_number_generally(out, section, value, write_sign, fast);
-}
-
+// The general renderer: every number section, every value. Kept out of line so that
+// the fixed-point specialisation in front of it does not pay for its set-up.
 [[gnu::noinline]] void render_number_generally(std::string& out, const Section& section,
-                                               double value, bool write_sign, bool fast) {
+                                               double value, bool write_sign) {
+  if (!std::isfinite(value)) raise_runtime(rt::kOverflow);
   const double magnitude = std::fabs(value);
   Decimal decimal;
   int exponent = 0;
@@ -657,8 +566,7 @@ inline void render_number(std::string& out, const Section& section, double value
         decimal.point = section.whole_places;
       }
     }
-  } else if (!(fast && section.plain &&
-               rounded_decimal_fast(magnitude, section.fraction_places, decimal))) {
+  } else {
     decimal = rounded_decimal(magnitude, section.fraction_places,
                               2 * section.percent - 3 * section.scale);
   }
@@ -740,6 +648,118 @@ inline void render_number(std::string& out, const Section& section, double value
         break;
     }
   }
+}
+
+// --- Numbers: the fixed-point specialisation ---------------------------------------
+//
+// The export classes write numbers by the million through sections of digit
+// placeholders alone ("000000000", "0000", "###0.00", "#####.00"). For those, the
+// general renderer's work (the value as 15 digits of text, rounding on the digits, the
+// walk over the tokens) comes down to one multiplication and a whole number written
+// out, which this section does.
+//
+// Where it applies. The section, decided once as the pattern is parsed
+// (fixed_point_applies): digit placeholders, at least one of them before the point,
+// and at most a point; nothing else (no literal text, grouping, thousands scaling,
+// percent or exponent); at most four places after the point and 24 forced before it.
+// The value, decided as it is written (fixed_point_whole): a magnitude below 10^12,
+// which scaled to the places is not within the margin of a tie (a whole number and a
+// half). Everything else (infinities, NaN, 1e15, 2.675 through "0.00", 0.125 through
+// "0.00") is written by the general renderer.
+//
+// Why the digits are the same. The general renderer takes the value to 15 significant
+// digits and rounds those half away from zero at the places. Let x be the exact value
+// times 10^places: the 15 digits times 10^places are within 5e-15 x of x (half a unit
+// in the 15th digit), the double product `scaled` within 2^-53 x, so the two lie
+// within 1e-13 `scaled` of each other. Rounding to a whole number changes only at a
+// tie; with `scaled` farther than that from every tie, both lie between the same two
+// ties and round to the same whole number. Below 10^16 (10^12 x 10^4) the whole part
+// of `scaled` is exact in a 64-bit integer and its fraction exact in the double. The
+// layout is the general renderer's for these tokens: the sign, the whole digits padded
+// with zeros to the forced places (all of them when there are more digits than
+// places), the point, then the forced fraction digits and the optional ones up to the
+// last that is not zero.
+
+constexpr double kPowersOfTen[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
+constexpr int kFixedPointMaxPlaces = static_cast<int>(std::size(kPowersOfTen)) - 1;
+constexpr int kFixedPointMaxForced = 24;
+constexpr double kFixedPointLimit = 1e12;
+
+bool fixed_point_applies(const Section& section) {
+  return section.whole_places > 0 && section.fraction_places <= kFixedPointMaxPlaces &&
+         section.whole_forced <= kFixedPointMaxForced && !section.grouping && section.scale == 0 &&
+         std::all_of(section.tokens.begin(), section.tokens.end(), [](const Token& t) {
+           return t.kind == Tok::DigitZero || t.kind == Tok::DigitHash ||
+                  t.kind == Tok::DecimalPoint;
+         });
+}
+
+// `magnitude` x 10^places rounded half away from zero to a whole number, where that
+// gives the general renderer's digits; false where the general renderer must decide.
+bool fixed_point_whole(double magnitude, int places, std::uint64_t& number) {
+  if (!(magnitude < kFixedPointLimit)) return false;
+  const double scaled = magnitude * kPowersOfTen[places];
+  const auto whole = static_cast<std::int64_t>(scaled);
+  const double fraction = scaled - static_cast<double>(whole);
+  if (std::fabs(fraction - 0.5) <= scaled * 1e-13) return false;
+  number = static_cast<std::uint64_t>(whole) + (fraction > 0.5 ? 1 : 0);
+  return true;
+}
+
+// Writes `value` with a fixed-point section; returns false, having written nothing,
+// where the general renderer must decide.
+inline bool render_fixed_point(std::string& out, const Section& section, double value,
+                               bool write_sign) {
+  const int places = section.fraction_places;
+  std::uint64_t number = 0;
+  if (!fixed_point_whole(std::fabs(value), places, number)) return false;
+  // Laid out in a buffer: the fraction digits to the right of the point, taken off the
+  // end of the number, then the whole digits leftwards from the point, and appended at
+  // once. The places before the point start as zeros, so padding to the forced places
+  // only moves where the text starts.
+  char buffer[48];
+  char* const point = buffer + 32;
+  char* last = point;
+  if (section.has_point) {
+    *last++ = '.';
+    for (int i = places - 1; i >= 0; --i) {
+      last[i] = static_cast<char>('0' + number % 10);
+      number /= 10;
+    }
+    int written = places;
+    while (written > section.fraction_forced && last[written - 1] == '0') --written;
+    last += written;
+  }
+  std::memset(point - kFixedPointMaxForced, '0', kFixedPointMaxForced);
+  char* const first = std::min(digits_leftwards(point, number), point - section.whole_forced);
+  if (write_sign && value < 0.0) out.push_back('-');
+  out.append(first, static_cast<std::size_t>(last - first));
+  return true;
+}
+
+// --- Numbers: choosing the section and the route -----------------------------------
+
+// The section a number is written with. The negative section shows the magnitude
+// without a sign; the zero section is chosen by the value before rounding. An empty
+// section leaves the value to the first one.
+struct NumberSection {
+  const Section& section;
+  double value;
+  bool write_sign;
+};
+
+NumberSection number_section(const std::vector<Section>& sections, double value) {
+  if (value < 0.0 && sections.size() >= 2 && !sections[1].empty)
+    return {sections[1], -value, false};
+  if (value == 0.0 && sections.size() >= 3 && !sections[2].empty) return {sections[2], 0.0, false};
+  return {sections[0], value, true};
+}
+
+// The one place a number's route is chosen: the fixed-point specialisation where it
+// applies, the general renderer otherwise.
+inline void render_number(std::string& out, const Section& section, double value, bool write_sign) {
+  if (section.fixed_point && render_fixed_point(out, section, value, write_sign)) return;
+  render_number_generally(out, section, value, write_sign);
 }
 
 // --- Dates -------------------------------------------------------------------------
@@ -916,10 +936,6 @@ struct FormatPattern::Tokens {
   Kind kind = Kind::Number;
   std::vector<Section> sections;
   std::string choice_true, choice_false;  // Kind::Choice
-  // The pattern is one number section of digit placeholders alone ("000000000",
-  // "###0.00"): every value goes to it, signed, so the fast path is tried before any
-  // of the general dispatch.
-  bool digits_only = false;
 };
 
 FormatPattern::FormatPattern(std::string_view pattern)
@@ -959,8 +975,6 @@ FormatPattern::FormatPattern(std::string_view pattern)
         break;
     }
   }
-  tokens_->digits_only = tokens_->kind == Kind::Number && tokens_->sections.size() == 1 &&
-                         tokens_->sections[0].digits_only;
 }
 
 FormatPattern::~FormatPattern() = default;
@@ -973,9 +987,22 @@ std::string FormatPattern::operator()(const Variant& value) const {
   return out;
 }
 
-void FormatPattern::append_double(std::string& out, double value, bool fast) const {
+void FormatPattern::append_to(std::string& out, double value) const {
+  if (tokens_->kind == Kind::Number) {
+    const NumberSection chosen = number_section(tokens_->sections, value);
+    render_number(out, chosen.section, chosen.value, chosen.write_sign);
+    return;
+  }
+  append_not_number(out, value);
+}
+
+// Kept out of line, so that the numbers, which the classes format by the million, do
+// not pay for the set-up of the other kinds.
+[[gnu::noinline]] void FormatPattern::append_not_number(std::string& out, double value) const {
   const auto& sections = tokens_->sections;
   switch (tokens_->kind) {
+    case Kind::Number:  // written by append_to
+      return;
     case Kind::General:
       out += general_number_text(value);
       return;
@@ -986,32 +1013,16 @@ void FormatPattern::append_double(std::string& out, double value, bool fast) con
       render_text(out, sections[0], general_number_text(value));
       return;
     case Kind::Date:
-    case Kind::GeneralDate:
-      if (!(value >= -657434.0 && value < 2958466.0)) raise_runtime(rt::kOverflow);
+    case Kind::GeneralDate: {
+      // Converted as every date is: outside the automation date range it raises 6.
+      const Date date = to_date(Variant(value));
       if (tokens_->kind == Kind::GeneralDate)
-        out += general_date_text(Date{value});
+        out += general_date_text(date);
       else
-        render_date(out, sections[0], Date{value});
+        render_date(out, sections[0], date);
       return;
-    case Kind::Number:
-      break;
+    }
   }
-  if (!std::isfinite(value)) raise_runtime(rt::kOverflow);
-  // The negative section shows the magnitude without a sign; the zero section is
-  // chosen by the value before rounding. An empty section leaves the value to the
-  // first one.
-  if (value < 0.0 && sections.size() >= 2 && !sections[1].empty) {
-    render_number(out, sections[1], -value, false, fast);
-  } else if (value == 0.0 && sections.size() >= 3 && !sections[2].empty) {
-    render_number(out, sections[2], 0.0, false, fast);
-  } else {
-    render_number(out, sections[0], value, true, fast);
-  }
-}
-
-void FormatPattern::append_to(std::string& out, double value) const {
-  if (tokens_->digits_only && render_digits_only(out, tokens_->sections[0], value, true)) return;
-  append_double(out, value, true);
 }
 
 void FormatPattern::append_to(std::string& out, const Variant& value) const {
@@ -1020,7 +1031,7 @@ void FormatPattern::append_to(std::string& out, const Variant& value) const {
     case Variant::Type::Null:
       // A number pattern's fourth section is written for Null.
       if (kind == Kind::Number && tokens_->sections.size() >= 4 && !tokens_->sections[3].empty)
-        render_number(out, tokens_->sections[3], 0.0, false, true);
+        render_number(out, tokens_->sections[3], 0.0, false);
       return;
     case Variant::Type::Object:
       raise_runtime(rt::kTypeMismatch);
@@ -1085,7 +1096,12 @@ void FormatPattern::append_to(std::string& out, const Variant& value) const {
 
 std::string FormatPattern::without_fast_path(double value) const {
   std::string out;
-  append_double(out, value, false);
+  if (tokens_->kind != Kind::Number) {
+    append_to(out, value);
+    return out;
+  }
+  const NumberSection chosen = number_section(tokens_->sections, value);
+  render_number_generally(out, chosen.section, chosen.value, chosen.write_sign);
   return out;
 }
 

@@ -307,16 +307,20 @@ TEST(ClassicFormatRefusals, FourSectionsAreAccepted) {
   EXPECT_EQ(format(Variant::null(), "0;0;\"z\";\"n\""), "n");
 }
 
-// The fixed-point fast path of the plain patterns gives exactly the text of the general
-// decimal path: over every tie at every decimal place, their neighbours, negatives,
-// values up to and past the fast path's range, and random values.
+// The fixed-point specialisation of the digit patterns gives exactly the text of the
+// general decimal renderer: over every tie at every decimal place, their neighbours,
+// the ties a double cannot hold (2.675, 1.005), negatives, values up to and past the
+// specialisation's range (1e15 to 1e17), tiny values and random values, through the
+// patterns the export classes use and their neighbours.
 TEST(ClassicFormatFastPath, AgreesWithTheGeneralPath) {
   const std::vector<FormatPattern> patterns = [] {
     std::vector<FormatPattern> list;
     for (const char* pattern :
-         {"0",           "00",     "000",    "0000",    "000000",   "0000000",  "000000000",
-          "00000000000", "##0",    "##0.00", "###0.00", "####.00",  "#####.00", "0.0",
-          "0.000",       "0.0000", "#.####", "##",      "#,##0.00", "#,##0"})
+         {"0",       "00",       "000",       "0000",        "00000", "000000",
+          "0000000", "00000000", "000000000", "00000000000", "##0",   "##0.00",
+          "###0.00", "####.00",  "#####.00",  "00000.00",    "0.00",  "0.0",
+          "0.000",   "0.0000",   "0.00000",   "#.####",      "##",    ".00",
+          "0.",      "#,##0.00", "#,##0",     "0.00;0.00",   "0;0;0", "0.00;(0.00);\\z"})
       list.emplace_back(pattern);
     return list;
   }();
@@ -344,9 +348,17 @@ TEST(ClassicFormatFastPath, AgreesWithTheGeneralPath) {
     const double unit = static_cast<double>(state % 1000000007u) / 1000000007.0;
     values.push_back(unit * std::pow(10.0, static_cast<double>(i % 20) - 6.0));
   }
+  for (double tie : {0.125, 2.675, 1.005, 0.005, 0.015, 0.045, 1.115, 8.345, 0.5, 1.5, 2.5, 1234.5,
+                     0.00005, 0.000049999999, 1.00005, 4.35, 1.45, 0.285})
+    values.push_back(tie);
   for (double huge : {999999999999.5, 1e12 - 0.5, 1e12, 1e12 + 0.5, 123456789012345.0, 1e15, 1e20,
-                      4.5e15, 9007199254740993.0})
+                      4.5e15, 9007199254740993.0, 4503599627370495.5})
     values.push_back(huge);
+  for (double huge = 1e15; huge <= 1e17; huge *= 1.0471285480508996)  // 100 steps a decade
+    for (double near : {huge, std::floor(huge) + 0.5, std::nextafter(huge, 0.0)})
+      values.push_back(near);
+  for (double tiny : {5e-324, 2.2250738585072014e-308, 1e-300, 1e-20, 1e-9, 4.9e-5, 5.1e-5})
+    values.push_back(tiny);
   std::string fast;
   long compared = 0;
   for (const FormatPattern& pattern : patterns) {

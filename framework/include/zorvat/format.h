@@ -49,13 +49,13 @@ class FormatPattern {
 
   std::string_view pattern() const { return pattern_; }
 
-  // The same text as append_to(out, value), always taken through the general decimal
-  // path: what the tests hold the fixed-point fast path to.
+  // The same text as append_to(out, value), always written by the general decimal
+  // renderer: what the tests hold the fixed-point specialisation to.
   std::string without_fast_path(double value) const;
 
  private:
   struct Tokens;
-  void append_double(std::string& out, double value, bool fast) const;
+  void append_not_number(std::string& out, double value) const;
   std::string pattern_;
   std::unique_ptr<Tokens> tokens_;
 };
