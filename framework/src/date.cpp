@@ -94,7 +94,7 @@ int Date::seconds_of_day() const {
 
 std::string general_date_text(Date date) {
   // Only the automation date range (years 100 to 9999) has a text.
-  if (!(date.serial >= -657434.0 && date.serial < 2958466.0)) raise_runtime(rt::kOverflow);
+  if (!in_date_range(date.serial)) raise_runtime(rt::kOverflow);
   std::string text;
   if (std::trunc(date.serial) != 0.0) {
     const CivilDate civil = date.civil();

@@ -287,7 +287,7 @@ Date to_date(const Variant& value) {
     default: {
       const double serial = to_double(value);
       // The automation date range: years 100 to 9999.
-      if (!(serial >= -657434.0 && serial < 2958466.0)) raise_runtime(rt::kOverflow);
+      if (!in_date_range(serial)) raise_runtime(rt::kOverflow);
       return Date{serial};
     }
   }

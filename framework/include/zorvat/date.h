@@ -15,6 +15,15 @@ struct CivilDate {
   friend bool operator==(const CivilDate&, const CivilDate&) = default;
 };
 
+// The automation date range, years 100 to 9999: serials from 1 January 100 up to,
+// not including, 1 January 10000. A date outside it has no text and converts to no
+// date (6, Overflow).
+inline constexpr double kFirstDateSerial = -657434.0;
+inline constexpr double kEndDateSerial = 2958466.0;
+constexpr bool in_date_range(double serial) {
+  return serial >= kFirstDateSerial && serial < kEndDateSerial;
+}
+
 struct Date {
   double serial = 0.0;
   friend bool operator==(const Date&, const Date&) = default;
