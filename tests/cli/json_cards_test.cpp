@@ -290,6 +290,40 @@ TEST(JsonCards, DeepNestingIsRefused) {
   EXPECT_THROW(load_cards_json(deep, "deep"), CardsFileError);
 }
 
+// The whole message of a refused file, or "loaded".
+std::string refusal(const std::string& text) {
+  try {
+    load_cards_json(text, "m.json");
+  } catch (const CardsFileError& error) {
+    return error.what();
+  }
+  return "loaded";
+}
+
+TEST(JsonCards, RefusalsNameTheFileAndThePlaceInFull) {
+  EXPECT_EQ(refusal("[]"),
+            "cards file m.json: top level: expected an object with a \"cards\" array");
+  EXPECT_EQ(refusal(R"({"PeriodEnd": "2004-03-06"})"),
+            "cards file m.json: top level: no \"cards\" array");
+  EXPECT_EQ(refusal(R"({"cards": {}})"), "cards file m.json: cards: expected an array of cards");
+  EXPECT_EQ(refusal(R"({"cards": [{}, {"Days": [1]}]})"),
+            "cards file m.json: cards[1].Days[0]: expected an object");
+  EXPECT_EQ(
+      refusal(R"({"cards": [{"Days": [{"DayDate": "2004-13-01"}]}]})"),
+      "cards file m.json: cards[0].Days[0].DayDate: \"2004-13-01\" is not a date (YYYY-MM-DD)");
+  EXPECT_EQ(refusal(R"({"PeriodEnd": "March 6", "cards": []})"),
+            "cards file m.json: top level.PeriodEnd: \"March 6\" is not a date (YYYY-MM-DD)");
+  EXPECT_EQ(refusal(R"({"cards": [{"a": 1},]})"),
+            "cards file m.json: not valid JSON: [json.exception.parse_error.101] parse error at "
+            "line 1, column 21: syntax error while parsing value - unexpected ']'; expected '[', "
+            "'{', or a literal");
+  // Cards nested past simdjson's depth limit but within the scanner's, which the
+  // second reading accepts: with no line and column to give, the message gives the
+  // place the scanner had reached while the cards were parsed, the start of the array.
+  EXPECT_EQ(refusal("{\"cards\": [" + std::string(1024, '[') + std::string(1024, ']') + "]}"),
+            "cards file m.json: not valid JSON: unexpected text at byte 11");
+}
+
 TEST(JsonCards, AbsentPropertiesRaise438) {
   const Variant cards = load_cards_json("{\"cards\": [{\"REG\": 60}]}", "one");
   for_each(cards, [](const Variant& card) {

@@ -1,4 +1,4 @@
-// The part of simdjson's DOM interface the cards reader uses (json_cards.cpp), over
+// The part of simdjson's DOM interface the cards reader uses (json_card_loader.cpp), over
 // nlohmann-json, for builds that have simdjson's header but not its compiled parser:
 // MinGW, for which Debian ships no simdjson library. Values keep the types simdjson
 // gives them: integers in the signed 64-bit range are INT64, larger ones UINT64,
