@@ -17,10 +17,6 @@ namespace {
 namespace layout = adp7_layout;
 using layout::field_pattern;
 
-constexpr std::string_view kExecuteSource = "zorvat.ADP7.Execute";
-constexpr std::string_view kSetupSource = "zorvat.ADP7.Setup";
-constexpr std::string_view kValidateSetupDataSource = "zorvat.ADP7.ValidateSetupData";
-
 constexpr std::string_view kBatchSeqNumDescription =
     "Batch Sequence Number must be between 0 and 99";
 constexpr std::string_view kPayCodeDescription =
@@ -75,7 +71,7 @@ long error_number(std::size_t position) {
 }  // namespace
 
 bool ADP7::Execute(const Variant& pcTimeCards) {
-  return guarded(kExecuteSource, [&] {
+  return guarded(source_of("Execute"), [&] {
     SettingsFields settings(setup_data());
     const bool epip = settings.at(kOutputFormat) == kEpipFormat;
 
@@ -241,21 +237,22 @@ void ADP7::write_csv(const SettingsFields& settings, const Variant& cards, std::
 }
 
 bool ADP7::Setup() {
-  return guarded(kSetupSource, [&] {
+  return guarded(source_of("Setup"), [&] {
     const bool saved = open_setup_form(frmADP7());
     return saved;
   });
 }
 
 void ADP7::ValidateSetupData(std::string_view psSetup) {
-  guarded(kValidateSetupDataSource, [&] {
+  const std::string source = source_of("ValidateSetupData");
+  guarded(source, [&] {
     const SettingsFields fields(psSetup);
     for (std::size_t position = 0; position < fields.size(); ++position) {
       const std::string& field = fields.at(position);
       switch (position) {
         case kBatchSeqNum:
           if (!field_in_range(field, 0, kHighestBatchSeqNum))
-            raise(error_number(position), kValidateSetupDataSource, kBatchSeqNumDescription);
+            raise(error_number(position), source, kBatchSeqNumDescription);
           break;
         case kOT2PayCode:
         case kVACPayCode:
@@ -264,8 +261,7 @@ void ADP7::ValidateSetupData(std::string_view psSetup) {
         case kOTHPayCode:
           // An empty pay code fails here too, although the export would simply leave
           // that category out.
-          if (text_length(field) < 2)
-            raise(error_number(position), kValidateSetupDataSource, kPayCodeDescription);
+          if (text_length(field) < 2) raise(error_number(position), source, kPayCodeDescription);
           break;
         default:
           break;  // company code, pay number, code names and format are not checked

@@ -12,15 +12,6 @@
 namespace zorvat::formats {
 namespace {
 
-constexpr std::string_view kExecuteSource = "zorvat.Generic.Execute";
-constexpr std::string_view kSetupSource = "zorvat.Generic.Setup";
-constexpr std::string_view kValidateSource = "zorvat.Generic.Validate";
-constexpr std::string_view kGetSeperatorSource = "zorvat.Generic.GetSeperator";
-constexpr std::string_view kCreateHeaderSource = "zorvat.Generic.CreateHeader";
-constexpr std::string_view kEmployeeRecordSource = "zorvat.Generic.EmployeeRecord";
-constexpr std::string_view kMin2HrsSource = "zorvat.Generic.Min2Hrs";
-constexpr std::string_view kLineTerminatorSource = "zorvat.Generic.LineTerminator";
-
 constexpr std::string_view kFileFilter = "Generic ASCII (*.TAB) | *.TAB";
 
 // The option labelled "Tab (0x09)" has always written four blanks, not a tab.
@@ -46,7 +37,7 @@ const FormatPattern& hours_pattern() {
 }  // namespace
 
 bool Generic::Execute(const Variant& pcTimeCards) {
-  return guarded(kExecuteSource, [&] {
+  return guarded(source_of("Execute"), [&] {
     separator_.reset();
     terminator_.reset();
     quoting_.reset();
@@ -69,11 +60,11 @@ bool Generic::Execute(const Variant& pcTimeCards) {
 }
 
 bool Generic::Setup() {
-  return guarded(kSetupSource, [&] { return open_setup_form(frmGeneric()); });
+  return guarded(source_of("Setup"), [&] { return open_setup_form(frmGeneric()); });
 }
 
 void Generic::Validate(std::string_view psProperty, Variant& pvValue) {
-  guarded(kValidateSource, [&] {
+  guarded(source_of("Validate"), [&] {
     const std::string property = to_upper_ascii(psProperty);
     // No property has a rule: every name and value is accepted as it is.
     static_cast<void>(pvValue);
@@ -105,15 +96,15 @@ std::string Generic::terminator_of(const SettingsFields& fields) {
 
 const std::string& Generic::GetSeperator() {
   if (!separator_)
-    separator_ =
-        guarded(kGetSeperatorSource, [&] { return separator_of(SettingsFields(setup_data())); });
+    separator_ = guarded(source_of("GetSeperator"),
+                         [&] { return separator_of(SettingsFields(setup_data())); });
   return *separator_;
 }
 
 const std::string& Generic::LineTerminator() {
   if (!terminator_)
-    terminator_ =
-        guarded(kLineTerminatorSource, [&] { return terminator_of(SettingsFields(setup_data())); });
+    terminator_ = guarded(source_of("LineTerminator"),
+                          [&] { return terminator_of(SettingsFields(setup_data())); });
   return *terminator_;
 }
 
@@ -149,7 +140,7 @@ void Generic::append_field(std::string& text, std::string_view field) {
 }
 
 void Generic::CreateHeader(std::string& text) {
-  guarded(kCreateHeaderSource, [&] {
+  guarded(source_of("CreateHeader"), [&] {
     const std::string& separator = GetSeperator();
     bool first = true;
     auto title = [&](std::string_view name) {
@@ -172,7 +163,7 @@ void Generic::CreateHeader(std::string& text) {
 }
 
 void Generic::EmployeeRecord(const Variant& card, std::string& text) {
-  guarded(kEmployeeRecordSource, [&] {
+  guarded(employee_record_source_, [&] {
     const std::string& separator = GetSeperator();
     const bool quote = quoting();
     bool first = true;
@@ -230,7 +221,7 @@ void Generic::EmployeeRecord(const Variant& card, std::string& text) {
 }
 
 double Generic::Min2Hrs(double minutes) {
-  return hours::minutes_to_hours(minutes, kMin2HrsSource);
+  return hours::minutes_to_hours(minutes, min2hrs_source_);
 }
 
 }  // namespace zorvat::formats

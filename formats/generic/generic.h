@@ -75,6 +75,11 @@ class Generic final : public ExportClass {
   std::optional<bool> quoting_;
   std::optional<bool> include_employee_information_;
   std::optional<bool> include_full_name_;
+
+  // The sources of the procedures every card runs, built once with the object: a
+  // record costs no allocation for them.
+  const std::string employee_record_source_ = source_of("EmployeeRecord");
+  const std::string min2hrs_source_ = source_of("Min2Hrs");
 };
 
 }  // namespace zorvat::formats

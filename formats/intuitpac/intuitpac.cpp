@@ -17,13 +17,6 @@ namespace {
 
 namespace layout = intuitpac_layout;
 
-constexpr std::string_view kExecuteSource = "zorvat.IntuitPAC.Execute";
-constexpr std::string_view kSetupSource = "zorvat.IntuitPAC.Setup";
-constexpr std::string_view kValidateSetupDataSource = "zorvat.IntuitPAC.ValidateSetupData";
-constexpr std::string_view kIsJrSource = "zorvat.IntuitPAC.IsJr";
-constexpr std::string_view kEmployeeRecordSource = "zorvat.IntuitPAC.EmployeeRecord";
-constexpr std::string_view kOverPunchSource = "zorvat.IntuitPAC.OverPunch";
-
 constexpr std::string_view kFileFilter = "Intuit PC Access Import File (*.clk) | *.clk";
 
 // The editions that take the short layout; every other title, unknown ones included,
@@ -92,7 +85,7 @@ bool company_name_fits(const std::string& code, bool jr) {
 }  // namespace
 
 bool IntuitPAC::Execute(const Variant& pcTimeCards) {
-  return guarded(kExecuteSource, [&] {
+  return guarded(source_of("Execute"), [&] {
     ValidateSetupData(setup_data());
     settings_ = SettingsFields(setup_data());
     jr_ = IsJr(Title);
@@ -111,7 +104,7 @@ bool IntuitPAC::Execute(const Variant& pcTimeCards) {
 }
 
 bool IntuitPAC::Setup() {
-  return guarded(kSetupSource, [&] {
+  return guarded(source_of("Setup"), [&] {
     const bool saved = open_setup_form(frmIntuitPAC());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
@@ -121,7 +114,8 @@ bool IntuitPAC::Setup() {
 }
 
 void IntuitPAC::ValidateSetupData(std::string_view psSetup) {
-  guarded(kValidateSetupDataSource, [&] {
+  const std::string source = source_of("ValidateSetupData");
+  guarded(source, [&] {
     const SettingsFields fields(psSetup);
     // Missing fields are not checked; the deduction flags after the pay codes never.
     for (std::size_t position = 0; position < fields.size() && position <= kOTHPayCode;
@@ -132,19 +126,18 @@ void IntuitPAC::ValidateSetupData(std::string_view psSetup) {
         if (!company_name_fits(field, jr)) {
           std::string description(kCompanyNameLength);
           description += jr ? kCompanyNameJr : kCompanyNameFull;
-          raise(static_cast<long>(IntuitPACErrorsEnum::errCompanyName), kValidateSetupDataSource,
-                description);
+          raise(static_cast<long>(IntuitPACErrorsEnum::errCompanyName), source, description);
         }
       } else if (!field_in_range(field, kLowestPayCode, kHighestPayCode)) {
         raise(static_cast<long>(IntuitPACErrorsEnum::errCompanyName) + static_cast<long>(position),
-              kValidateSetupDataSource, kPayCodeDescription);
+              source, kPayCodeDescription);
       }
     }
   });
 }
 
 bool IntuitPAC::IsJr(std::string_view psTitle) const {
-  return guarded(kIsJrSource, [&] {
+  return guarded(source_of("IsJr"), [&] {
     for (std::string_view title : kJrTitles)
       if (psTitle == title) return true;
     return false;
@@ -156,7 +149,7 @@ void IntuitPAC::run_check() {
 }
 
 void IntuitPAC::EmployeeRecord(const Variant& card, std::string& text) {
-  guarded(kEmployeeRecordSource, [&] {
+  guarded(employee_record_source_, [&] {
     // Every card yields its records, also one with no time at all.
     const std::string& company = company_part();
     std::string employee;
@@ -262,7 +255,7 @@ bool IntuitPAC::deduction(Position flag) {
 }
 
 void IntuitPAC::OverPunch(std::int16_t iLength, std::int32_t lMinutes, std::string& record) const {
-  guarded(kOverPunchSource, [&] {
+  guarded(over_punch_source_, [&] {
     const std::size_t offset = lMinutes < 0 ? 10 : 0;
     // The lowest Long has no positive counterpart.
     if (lMinutes == std::numeric_limits<std::int32_t>::min()) raise_runtime(rt::kOverflow);

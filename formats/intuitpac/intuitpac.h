@@ -86,6 +86,11 @@ class IntuitPAC final : public ExportClass {
   std::optional<std::string> company_part_;
   std::array<std::optional<std::string>, kFieldCount> pay_codes_;
   std::array<std::optional<bool>, kFieldCount> deductions_;
+
+  // The sources of the procedures every card runs, built once with the object: a
+  // record costs no allocation for them.
+  const std::string employee_record_source_ = source_of("EmployeeRecord");
+  const std::string over_punch_source_ = source_of("OverPunch");
 };
 
 }  // namespace zorvat::formats

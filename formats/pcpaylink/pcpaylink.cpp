@@ -15,12 +15,6 @@
 namespace zorvat::formats {
 namespace {
 
-constexpr std::string_view kExecuteSource = "zorvat.PCPayLink.Execute";
-constexpr std::string_view kSetupSource = "zorvat.PCPayLink.Setup";
-constexpr std::string_view kValidateSetupDataSource = "zorvat.PCPayLink.ValidateSetupData";
-constexpr std::string_view kEmployeeRecordSource = "zorvat.PCPayLink.EmployeeRecord";
-constexpr std::string_view kMin2HrsSource = "zorvat.PCPayLink.Min2Hrs";
-
 constexpr double kHighestOfficeNumber = 1295;
 constexpr std::size_t kLongestClientID = 4;
 constexpr double kHighestSiteNumber = 9;
@@ -84,7 +78,7 @@ long error_number(std::size_t position) {
 }  // namespace
 
 bool PCPayLink::Execute(const Variant& pcTimeCards) {
-  return guarded(kExecuteSource, [&] {
+  return guarded(source_of("Execute"), [&] {
     ValidateSetupData(setup_data());
     settings_ = SettingsFields(setup_data());
 
@@ -127,7 +121,7 @@ bool PCPayLink::Execute(const Variant& pcTimeCards) {
 }
 
 bool PCPayLink::Setup() {
-  return guarded(kSetupSource, [&] {
+  return guarded(source_of("Setup"), [&] {
     const bool saved = open_setup_form(frmPCPayLink());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
@@ -137,7 +131,8 @@ bool PCPayLink::Setup() {
 }
 
 void PCPayLink::ValidateSetupData(std::string_view psSetup) {
-  guarded(kValidateSetupDataSource, [&] {
+  const std::string source = source_of("ValidateSetupData");
+  guarded(source, [&] {
     const SettingsFields fields(psSetup);
     // The earning codes after the sequence number are not checked.
     for (std::size_t position = 0; position < fields.size() && position <= kSeqNumber; ++position) {
@@ -145,19 +140,19 @@ void PCPayLink::ValidateSetupData(std::string_view psSetup) {
       switch (position) {
         case kOfficeNumber:
           if (!field_in_range(field, 0, kHighestOfficeNumber))
-            raise(error_number(position), kValidateSetupDataSource, kOfficeNumberDescription);
+            raise(error_number(position), source, kOfficeNumberDescription);
           break;
         case kClientID:
           if (text_length(field) > kLongestClientID)
-            raise(error_number(position), kValidateSetupDataSource, kClientIDDescription);
+            raise(error_number(position), source, kClientIDDescription);
           break;
         case kSiteNumber:
           if (!field_in_range(field, 0, kHighestSiteNumber))
-            raise(error_number(position), kValidateSetupDataSource, kSiteNumberDescription);
+            raise(error_number(position), source, kSiteNumberDescription);
           break;
         default:
           if (!field_in_range(field, 0, kHighestSeqNumber))
-            raise(error_number(position), kValidateSetupDataSource, kSeqNumberDescription);
+            raise(error_number(position), source, kSeqNumberDescription);
           break;
       }
     }
@@ -169,7 +164,7 @@ void PCPayLink::run_check() {
 }
 
 void PCPayLink::EmployeeRecord(const Variant& card, std::string& text) {
-  guarded(kEmployeeRecordSource, [&] {
+  guarded(employee_record_source_, [&] {
     double minutes[kCategoryCount];
     double total = 0;
     for (std::size_t i = 0; i < kCategoryCount; ++i) {
@@ -213,7 +208,7 @@ void PCPayLink::EmployeeRecord(const Variant& card, std::string& text) {
 }
 
 double PCPayLink::Min2Hrs(double minutes) {
-  return hours::minutes_to_hours(minutes, kMin2HrsSource);
+  return hours::minutes_to_hours(minutes, min2hrs_source_);
 }
 
 }  // namespace zorvat::formats

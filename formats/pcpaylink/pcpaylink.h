@@ -64,6 +64,11 @@ class PCPayLink final : public ExportClass {
   std::int32_t employee_count_ = 0;
   std::int32_t detail_count_ = 0;
   std::string records_;  // one employee's records, reused from card to card
+
+  // The sources of the procedures every card runs, built once with the object: a
+  // record costs no allocation for them.
+  const std::string employee_record_source_ = source_of("EmployeeRecord");
+  const std::string min2hrs_source_ = source_of("Min2Hrs");
 };
 
 }  // namespace zorvat::formats

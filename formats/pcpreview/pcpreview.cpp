@@ -17,12 +17,6 @@ namespace {
 
 namespace layout = pcpreview_layout;
 
-constexpr std::string_view kExecuteSource = "zorvat.PCPreview.Execute";
-constexpr std::string_view kSetupSource = "zorvat.PCPreview.Setup";
-constexpr std::string_view kValidateSetupDataSource = "zorvat.PCPreview.ValidateSetupData";
-constexpr std::string_view kEmployeeRecordSource = "zorvat.PCPreview.EmployeeRecord";
-constexpr std::string_view kMin2HrsSource = "zorvat.PCPreview.Min2Hrs";
-
 // The client number's range, and the longest pay code or sequence the import takes.
 constexpr double kClientNumberLow = 0;
 constexpr double kClientNumberHigh = 9999;
@@ -43,7 +37,7 @@ const FormatPattern& client_number_pattern() {
 }  // namespace
 
 bool PCPreview::Execute(const Variant& pcTimeCards) {
-  return guarded(kExecuteSource, [&] {
+  return guarded(source_of("Execute"), [&] {
     ValidateSetupData(SetupData());
 
     fields_ = SettingsFields(setup_data());
@@ -68,7 +62,7 @@ bool PCPreview::Execute(const Variant& pcTimeCards) {
 }
 
 bool PCPreview::Setup() {
-  return guarded(kSetupSource, [&] {
+  return guarded(source_of("Setup"), [&] {
     const bool saved = open_setup_form(frmPCPreview());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
@@ -78,7 +72,8 @@ bool PCPreview::Setup() {
 }
 
 void PCPreview::ValidateSetupData(std::string_view psSetup) {
-  guarded(kValidateSetupDataSource, [&] {
+  const std::string source = source_of("ValidateSetupData");
+  guarded(source, [&] {
     const SettingsFields fields(psSetup);
     // Only the fields present are checked; the deduction flags are not checked.
     for (std::size_t position = 0; position < fields.size(); ++position) {
@@ -89,18 +84,17 @@ void PCPreview::ValidateSetupData(std::string_view psSetup) {
         // The client number's message speaks of a pay level: the wording users have
         // always seen for this field.
         if (!field_in_range(field, kClientNumberLow, kClientNumberHigh))
-          raise(number, kValidateSetupDataSource,
-                pay_level_range_message(kClientNumberLow, kClientNumberHigh));
+          raise(number, source, pay_level_range_message(kClientNumberLow, kClientNumberHigh));
       } else if (position <= kOtherPayCode) {
         if (text_length(field) > kPayCodeLength)
-          raise(number, kValidateSetupDataSource, pay_item_code_length_message(kPayCodeLength));
+          raise(number, source, pay_item_code_length_message(kPayCodeLength));
       }
     }
   });
 }
 
 void PCPreview::EmployeeRecord(const Variant& card, std::string& output) {
-  guarded(kEmployeeRecordSource, [&] {
+  guarded(employee_record_source_, [&] {
     double minutes[kHourTypes];
     double total = 0;
     for (std::size_t type = 0; type < kHourTypes; ++type) {
@@ -138,7 +132,7 @@ void PCPreview::EmployeeRecord(const Variant& card, std::string& output) {
 }
 
 double PCPreview::Min2Hrs(double minutes) {
-  return hours::minutes_to_hours(minutes, kMin2HrsSource);
+  return hours::minutes_to_hours(minutes, min2hrs_source_);
 }
 
 // The pay code through "0": a numeric code loses its leading zeros ("05" is "5"), a

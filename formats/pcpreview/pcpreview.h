@@ -76,6 +76,11 @@ class PCPreview final : public ExportClass {
   std::array<std::optional<std::string>, 7> pay_code_columns_;  // by hour type
   std::optional<std::string> sequence_column_;
   std::string hours_text_;  // the hours of one record, before they are right-justified
+
+  // The sources of the procedures every card runs, built once with the object: a
+  // record costs no allocation for them.
+  const std::string employee_record_source_ = source_of("EmployeeRecord");
+  const std::string min2hrs_source_ = source_of("Min2Hrs");
 };
 
 }  // namespace zorvat::formats

@@ -17,15 +17,6 @@
 namespace zorvat::formats {
 namespace {
 
-constexpr std::string_view kExecuteSource = "zorvat.Peachtree.Execute";
-constexpr std::string_view kSetupSource = "zorvat.Peachtree.Setup";
-constexpr std::string_view kValidateSource = "zorvat.Peachtree.Validate";
-constexpr std::string_view kOutputHeaderSource = "zorvat.Peachtree.OutputHeader";
-constexpr std::string_view kEmployeeRecordSource = "zorvat.Peachtree.EmployeeRecord";
-constexpr std::string_view kDataRecordSource = "zorvat.Peachtree.DataRecord";
-constexpr std::string_view kMin2HrsSource = "zorvat.Peachtree.Min2Hrs";
-constexpr std::string_view kMin2HrsinHunSource = "zorvat.Peachtree.Min2HrsinHun";
-
 constexpr std::string_view kFileFilter = "Peachtree Complete Import File (*.csv) | *.csv";
 
 // Pay levels run from 0 to 20; pay item codes take up to 32 characters.
@@ -65,7 +56,7 @@ const FormatPattern& unit_duration_pattern() {
 }  // namespace
 
 bool Peachtree::Execute(const Variant& pcTimeCards) {
-  return guarded(kExecuteSource, [&] {
+  return guarded(source_of("Execute"), [&] {
     ValidateSetupData(SetupData());
 
     SettingsFields fields(setup_data());
@@ -89,7 +80,7 @@ bool Peachtree::Execute(const Variant& pcTimeCards) {
 }
 
 bool Peachtree::Setup() {
-  return guarded(kSetupSource, [&] {
+  return guarded(source_of("Setup"), [&] {
     const bool saved = open_setup_form(frmPeachtree());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
@@ -99,7 +90,9 @@ bool Peachtree::Setup() {
 }
 
 void Peachtree::ValidateSetupData(std::string_view psSetup) {
-  guarded(kValidateSource, [&] {
+  // Its errors have always carried the source "Validate".
+  const std::string source = source_of("Validate");
+  guarded(source, [&] {
     const SettingsFields fields(psSetup);
     // Only the fields present are checked; the titles flag and the batch sequence are
     // not checked (a bad sequence fails at the first ticket of an export).
@@ -109,17 +102,17 @@ void Peachtree::ValidateSetupData(std::string_view psSetup) {
           static_cast<long>(PeachtreeErrorsEnum::errLevelReg) + static_cast<long>(position);
       if (position < kPayItemCodeReg) {
         if (!field_in_range(field, kPayLevelLow, kPayLevelHigh))
-          raise(number, kValidateSource, pay_level_range_message(kPayLevelLow, kPayLevelHigh));
+          raise(number, source, pay_level_range_message(kPayLevelLow, kPayLevelHigh));
       } else if (position < kOutputFieldTitles) {
         if (text_length(field) > kPayItemCodeLength)
-          raise(number, kValidateSource, pay_item_code_length_message(kPayItemCodeLength));
+          raise(number, source, pay_item_code_length_message(kPayItemCodeLength));
       }
     }
   });
 }
 
 void Peachtree::OutputHeader(std::string& output) {
-  guarded(kOutputHeaderSource, [&] {
+  guarded(source_of("OutputHeader"), [&] {
     output += kTitleRow;
     output += kLineEnd;
   });
@@ -127,7 +120,7 @@ void Peachtree::OutputHeader(std::string& output) {
 
 void Peachtree::EmployeeRecord(const SettingsFields& fields, FieldCounter& batch_sequence,
                                const Variant& card, std::string& output) {
-  guarded(kEmployeeRecordSource, [&] {
+  guarded(employee_record_source_, [&] {
     // The card's ID and a day's date are read at the day's first ticket, as a card or
     // day without tickets never reads them, and kept for the tickets after it.
     std::optional<std::string> recorded_by_of_card;
@@ -177,7 +170,7 @@ void Peachtree::DataRecord(std::string& output, const std::string& recordedBy,
                            std::int32_t ticketNumber, Date ticketDate,
                            const std::string& activityItem, std::int32_t payLevel,
                            std::int32_t minutes, std::string_view description) {
-  guarded(kDataRecordSource, [&] {
+  guarded(data_record_source_, [&] {
     // The hour part of the duration goes through "##0", which rounds the hours to the
     // nearest whole hour rather than cutting the fraction: 90 minutes are "2:30". The
     // importers of these files rely on it.
@@ -225,11 +218,11 @@ void Peachtree::DataRecord(std::string& output, const std::string& recordedBy,
 }
 
 double Peachtree::Min2Hrs(double minutes) {
-  return hours::minutes_to_hours(minutes, kMin2HrsSource);
+  return hours::minutes_to_hours(minutes, min2hrs_source_);
 }
 
 std::int32_t Peachtree::Min2HrsinHun(std::int32_t minutes) {
-  return hours::minutes_to_hundredths(minutes, kMin2HrsinHunSource);
+  return hours::minutes_to_hundredths(minutes, min2hrsinhun_source_);
 }
 
 }  // namespace zorvat::formats

@@ -86,6 +86,13 @@ class Peachtree final : public ExportClass {
   };
   std::array<TicketDate, 16> ticket_dates_{};
   std::size_t next_ticket_date_ = 0;
+
+  // The sources of the procedures every card and ticket runs, built once with the
+  // object: a record costs no allocation for them.
+  const std::string employee_record_source_ = source_of("EmployeeRecord");
+  const std::string data_record_source_ = source_of("DataRecord");
+  const std::string min2hrs_source_ = source_of("Min2Hrs");
+  const std::string min2hrsinhun_source_ = source_of("Min2HrsinHun");
 };
 
 }  // namespace zorvat::formats

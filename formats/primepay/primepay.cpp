@@ -16,14 +16,6 @@ namespace {
 
 namespace layout = primepay_layout;
 
-constexpr std::string_view kExecuteSource = "zorvat.PrimePay.Execute";
-constexpr std::string_view kSetupSource = "zorvat.PrimePay.Setup";
-constexpr std::string_view kValidateSource = "zorvat.PrimePay.Validate";
-constexpr std::string_view kOutputHeaderSource = "zorvat.PrimePay.OutputHeader";
-constexpr std::string_view kEmployeeRecordSource = "zorvat.PrimePay.EmployeeRecord";
-constexpr std::string_view kMin2HrsSource = "zorvat.PrimePay.Min2Hrs";
-constexpr std::string_view kMin2HrsinHunSource = "zorvat.PrimePay.Min2HrsinHun";
-
 constexpr std::string_view kFileFilter = "PrimePay PrimeLink Import File (*.DAT) | *.DAT";
 
 // The batch sequence runs from 0 to 127, the pay codes from 0 to 99.
@@ -50,7 +42,7 @@ constexpr std::size_t kPayCodeFields[] = {0,
 }  // namespace
 
 bool PrimePay::Execute(const Variant& pcTimeCards) {
-  return guarded(kExecuteSource, [&] {
+  return guarded(source_of("Execute"), [&] {
     ValidateSetupData(SetupData());
 
     time_cards_ = pcTimeCards;
@@ -69,7 +61,7 @@ bool PrimePay::Execute(const Variant& pcTimeCards) {
 }
 
 bool PrimePay::Setup() {
-  return guarded(kSetupSource, [&] {
+  return guarded(source_of("Setup"), [&] {
     const bool saved = open_setup_form(frmPrimePay());
     // A saved string goes through the check at once, so that a bad field is raised
     // from Setup.
@@ -79,7 +71,9 @@ bool PrimePay::Setup() {
 }
 
 void PrimePay::ValidateSetupData(std::string_view psSetup) {
-  guarded(kValidateSource, [&] {
+  // Its errors have always carried the source "Validate".
+  const std::string source = source_of("Validate");
+  guarded(source, [&] {
     const SettingsFields fields(psSetup);
     // Only the fields present are checked.
     for (std::size_t position = 0; position < fields.size(); ++position) {
@@ -88,13 +82,13 @@ void PrimePay::ValidateSetupData(std::string_view psSetup) {
                           static_cast<long>(position);
       if (position == kBatchSequenceNumber) {
         if (!field_in_range(field, kBatchSequenceLow, kBatchSequenceHigh))
-          raise(number, kValidateSource, "Batch Sequence Number invalid");
+          raise(number, source, "Batch Sequence Number invalid");
       } else if (position <= kOtherPayCode) {
         // Compared as numbers with no numeric test first: a code that is not a number
         // is a type mismatch.
         const double code = to_double(Variant(field));
         if (code < kPayCodeLow || code > kPayCodeHigh)
-          raise(number, kValidateSource, "Paycode field invalid");
+          raise(number, source, "Paycode field invalid");
       }
     }
   });
@@ -102,7 +96,7 @@ void PrimePay::ValidateSetupData(std::string_view psSetup) {
 
 // The header line, 63 characters.
 void PrimePay::OutputHeader(std::string& output) {
-  guarded(kOutputHeaderSource, [&] {
+  guarded(source_of("OutputHeader"), [&] {
     const Variant today(context().clock.today());
     const Variant period_end = get_property(time_cards_, time_card::kPeriodEnd);
     append_literal(output, layout::kHeaderTag);                          //  1-9
@@ -119,7 +113,7 @@ void PrimePay::OutputHeader(std::string& output) {
 // batch column is the batch sequence through "000" when it is above zero, otherwise
 // blank.
 void PrimePay::EmployeeRecord(const Variant& card, std::string& output) {
-  guarded(kEmployeeRecordSource, [&] {
+  guarded(employee_record_source_, [&] {
     double minutes[kHourTypes];
     double total = 0;
     for (std::size_t type = 0; type < kHourTypes; ++type) {
@@ -154,11 +148,11 @@ void PrimePay::EmployeeRecord(const Variant& card, std::string& output) {
 }
 
 std::int32_t PrimePay::Min2HrsinHun(std::int32_t minutes) {
-  return hours::minutes_to_hundredths(minutes, kMin2HrsinHunSource);
+  return hours::minutes_to_hundredths(minutes, min2hrsinhun_source_);
 }
 
 std::int32_t PrimePay::Min2Hrs(std::int32_t minutes) {
-  return hours::minutes_to_whole_hours(minutes, kMin2HrsSource);
+  return hours::minutes_to_whole_hours(minutes, min2hrs_source_);
 }
 
 // The hour type's pay code through "00".

@@ -72,6 +72,12 @@ class PrimePay final : public ExportClass {
   SettingsFields fields_;
   std::array<std::optional<std::string>, 7> pay_code_columns_;  // by hour type
   std::optional<std::string> batch_column_;
+
+  // The sources of the procedures every card runs, built once with the object: a
+  // record costs no allocation for them.
+  const std::string employee_record_source_ = source_of("EmployeeRecord");
+  const std::string min2hrsinhun_source_ = source_of("Min2HrsinHun");
+  const std::string min2hrs_source_ = source_of("Min2Hrs");
 };
 
 }  // namespace zorvat::formats

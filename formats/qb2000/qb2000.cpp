@@ -14,12 +14,6 @@
 namespace zorvat::formats {
 namespace {
 
-constexpr std::string_view kExecuteSource = "zorvat.QB2000.Execute";
-constexpr std::string_view kSetupSource = "zorvat.QB2000.Setup";
-constexpr std::string_view kValidateSource = "zorvat.QB2000.Validate";
-constexpr std::string_view kValidateSetupDataSource = "zorvat.QB2000.ValidateSetupData";
-constexpr std::string_view kVerifyTxnDatesSource = "zorvat.QB2000.VerifyTxnDates";
-
 // Creating the session manager fails with the classic error of a COM class that is
 // not installed.
 constexpr long kActiveXCannotCreateObject = 429;
@@ -113,7 +107,7 @@ QB2000::~QB2000() {
 }
 
 bool QB2000::Execute(const Variant& pcTimeCards) {
-  return guarded(kExecuteSource, [&] {
+  return guarded(source_of("Execute"), [&] {
     try {
       return ExportToQuickBooks(pcTimeCards);
     } catch (...) {
@@ -180,10 +174,11 @@ bool QB2000::ExportToQuickBooks(const Variant& pcTimeCards) {
 }
 
 void QB2000::VerifyTxnDates(const Variant& pcTimeCards) {
-  guarded(kVerifyTxnDatesSource, [&] {
+  const std::string source = source_of("VerifyTxnDates");
+  guarded(source, [&] {
     // Raised inside the walk, so that the card and its date are the last ones read.
-    qb2000::for_each_century_shifted_date(pcTimeCards, [](const qb2000::CenturyShiftedDate& date) {
-      raise(rt::kInvalidProcedureCall, kVerifyTxnDatesSource,
+    qb2000::for_each_century_shifted_date(pcTimeCards, [&](const qb2000::CenturyShiftedDate& date) {
+      raise(rt::kInvalidProcedureCall, source,
             date.description() + " Nothing was sent to QuickBooks.");
     });
   });
@@ -277,7 +272,7 @@ quickbooks::SessionManager& QB2000::session_manager() {
 }
 
 bool QB2000::Setup() {
-  return guarded(kSetupSource, [&] {
+  return guarded(source_of("Setup"), [&] {
     const bool saved = open_setup_form(frmQB2000());
     // A saved string is checked at once, so that a bad item is raised from Setup.
     if (saved) ValidateSetupData(SetupData());
@@ -286,14 +281,14 @@ bool QB2000::Setup() {
 }
 
 void QB2000::ValidateSetupData(std::string_view psSetup) {
-  guarded(kValidateSetupDataSource, [&] {
+  guarded(source_of("ValidateSetupData"), [&] {
     const SettingsFields fields(psSetup);
     // The company file and, as always, the regular item are not checked; the error
     // number is the field's position.
     for (std::size_t position = kOvertime1Item; position <= kOtherItem && position < fields.size();
          ++position) {
       if (text_length(fields.at(position)) > kItemNameLength)
-        raise(static_cast<long>(position), kValidateSource, item_length_message());
+        raise(static_cast<long>(position), source_of("Validate"), item_length_message());
     }
   });
 }

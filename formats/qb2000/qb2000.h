@@ -116,6 +116,15 @@ class QB2000 final : public ExportClass {
   bool progress_open_ = false;
   // QuickBooks was seen naming employees last name first ("Doe, Jane").
   bool names_last_first_ = false;
+
+  // The sources of the procedures every card, day or employee name runs, built once
+  // with the object: the time export costs no allocation for them.
+  const std::string export_time_card_source_ = source_of("ExportTimeCard");
+  const std::string export_tc_data_source_ = source_of("ExportTCData");
+  const std::string export_edit_totals_source_ = source_of("ExportEditTotals");
+  const std::string min2hrs_source_ = source_of("Min2Hrs");
+  const std::string min2hrsinhun_source_ = source_of("Min2HrsinHun");
+  const std::string format_name_source_ = source_of("FormatName");
 };
 
 }  // namespace zorvat::formats

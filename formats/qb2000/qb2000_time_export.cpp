@@ -13,12 +13,6 @@
 namespace zorvat::formats {
 namespace {
 
-constexpr std::string_view kExportTimeCardSource = "zorvat.QB2000.ExportTimeCard";
-constexpr std::string_view kExportTCDataSource = "zorvat.QB2000.ExportTCData";
-constexpr std::string_view kExportEditTotalsSource = "zorvat.QB2000.ExportEditTotals";
-constexpr std::string_view kMin2HrsSource = "zorvat.QB2000.Min2Hrs";
-constexpr std::string_view kMin2HrsinHunSource = "zorvat.QB2000.Min2HrsinHun";
-
 constexpr std::size_t kHourTypes = time_card::kHourCategoryCount;
 
 // The edit totals that are sent, with the settings field of their payroll item.
@@ -63,7 +57,7 @@ void check_time_tracking(const quickbooks::ResponseSet& responses, std::string_v
 
 void QB2000::ExportTimeCard(const Variant& time_card, quickbooks::SessionManager& session,
                             const QbxmlVersion& version) {
-  guarded(kExportTimeCardSource, [&] {
+  guarded(export_time_card_source_, [&] {
     const std::string employee_key =
         to_concat_text(get_property(time_card, time_card::kFirstName)) + "," +
         to_concat_text(get_property(time_card, time_card::kMI)) + "," +
@@ -90,7 +84,7 @@ void QB2000::ExportTimeCard(const Variant& time_card, quickbooks::SessionManager
 // One request set per day, with one entry for each hour type that has minutes.
 void QB2000::ExportTCData(const std::string& employee_key, const Variant& day,
                           quickbooks::SessionManager& session, const QbxmlVersion& version) {
-  guarded(kExportTCDataSource, [&] {
+  guarded(export_tc_data_source_, [&] {
     const qb2000::NameParts parts = qb2000::name_parts(employee_key, ',');
     // The employee's name as QuickBooks writes it.
     const std::string name =
@@ -117,7 +111,7 @@ void QB2000::ExportTCData(const std::string& employee_key, const Variant& day,
       entry.field_order = quickbooks::kDayEntryFieldOrder;
       request_set.requests.emplace_back(std::move(entry));
     }
-    check_time_tracking(session.DoRequests(request_set), kExportTCDataSource);
+    check_time_tracking(session.DoRequests(request_set), export_tc_data_source_);
   });
 }
 
@@ -127,7 +121,7 @@ void QB2000::ExportTCData(const std::string& employee_key, const Variant& day,
 void QB2000::ExportEditTotals(const std::string& employee_key, std::int32_t minutes,
                               const Variant& date, const std::string& payroll_item,
                               quickbooks::SessionManager& session, const QbxmlVersion& version) {
-  guarded(kExportEditTotalsSource, [&] {
+  guarded(export_edit_totals_source_, [&] {
     const std::int32_t hours = Min2Hrs(minutes);
     const std::int32_t rest = minutes % 60;
     std::vector<quickbooks::Duration> durations;
@@ -152,17 +146,17 @@ void QB2000::ExportEditTotals(const std::string& employee_key, std::int32_t minu
       entry.field_order = quickbooks::kEditTotalFieldOrder;
       quickbooks::RequestSet request_set = qb2000::new_request_set(version);
       request_set.requests.emplace_back(std::move(entry));
-      check_time_tracking(session.DoRequests(request_set), kExportEditTotalsSource);
+      check_time_tracking(session.DoRequests(request_set), export_edit_totals_source_);
     }
   });
 }
 
 std::int32_t QB2000::Min2Hrs(std::int32_t minutes) {
-  return hours::minutes_to_whole_hours_from_one_hour(minutes, kMin2HrsSource);
+  return hours::minutes_to_whole_hours_from_one_hour(minutes, min2hrs_source_);
 }
 
 std::int32_t QB2000::Min2HrsinHun(std::int32_t minutes) {
-  return hours::minutes_to_hundredths(minutes, kMin2HrsinHunSource);
+  return hours::minutes_to_hundredths(minutes, min2hrsinhun_source_);
 }
 
 }  // namespace zorvat::formats

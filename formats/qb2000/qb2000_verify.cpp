@@ -13,12 +13,6 @@
 namespace zorvat::formats {
 namespace {
 
-// The payroll items' errors have always carried the employee check's source.
-constexpr std::string_view kVerifyPayrollItemsSource = "zorvat.QB2000.VerifyEmpsInQB";
-constexpr std::string_view kVerifyEmployeesSource = "zorvat.QB2000.VerifyEmpsInQB";
-constexpr std::string_view kAddEmployeesSource = "zorvat.QB2000.AddEmps";
-constexpr std::string_view kFormatNameSource = "zorvat.QB2000.FormatName";
-
 // Only the first 40 wage items of the company file are compared.
 constexpr std::int32_t kPayrollItemsCompared = 40;
 
@@ -31,7 +25,8 @@ constexpr std::string_view kLineEnd = "\r\n";
 // ones too.
 std::string QB2000::VerifyPayrollItemsInQB(quickbooks::SessionManager& session,
                                            const QbxmlVersion& version) {
-  return guarded(kVerifyPayrollItemsSource, [&] {
+  // The payroll items' errors have always carried the employee check's source.
+  return guarded(source_of("VerifyEmpsInQB"), [&] {
     quickbooks::RequestSet request_set = qb2000::new_request_set(version);
     request_set.requests.emplace_back(quickbooks::PayrollItemWageQuery{kPayrollItemsCompared});
     const quickbooks::ResponseSet responses = session.DoRequests(request_set);
@@ -59,7 +54,7 @@ std::string QB2000::VerifyPayrollItemsInQB(quickbooks::SessionManager& session,
 // ",". Also notes whether QuickBooks names its employees last name first.
 std::string QB2000::VerifyEmpsInQB(const Variant& pcTimeCards, quickbooks::SessionManager& session,
                                    const QbxmlVersion& version) {
-  return guarded(kVerifyEmployeesSource, [&] {
+  return guarded(source_of("VerifyEmpsInQB"), [&] {
     names_last_first_ = false;
     quickbooks::RequestSet request_set = qb2000::new_request_set(version);
     request_set.requests.emplace_back(quickbooks::EmployeeQuery{});
@@ -95,7 +90,7 @@ std::string QB2000::VerifyEmpsInQB(const Variant& pcTimeCards, quickbooks::Sessi
 // an employee it refused shows up when the time entries are sent.
 void QB2000::AddEmps(const std::string& missing_employees, quickbooks::SessionManager& session,
                      const QbxmlVersion& version) {
-  guarded(kAddEmployeesSource, [&] {
+  guarded(source_of("AddEmps"), [&] {
     for (const std::string& entry : qb2000::split_text(missing_employees, ',')) {
       qb2000::NameParts employee = qb2000::name_parts(entry, ':');
       quickbooks::RequestSet request_set = qb2000::new_request_set(version);
@@ -109,7 +104,7 @@ void QB2000::AddEmps(const std::string& missing_employees, quickbooks::SessionMa
 }
 
 std::string QB2000::FormatName(std::string_view sName) {
-  return guarded(kFormatNameSource, [&]() -> std::string {
+  return guarded(format_name_source_, [&]() -> std::string {
     const std::vector<std::string> parts = qb2000::split_text(sName, ',');
     switch (parts.size()) {
       case 1:

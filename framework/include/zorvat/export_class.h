@@ -68,7 +68,10 @@ class ExportClass {
   ExportContext& context() { return context_; }
   const std::string& setup_data() const { return setup_data_; }
 
-  // "zorvat.<Class>.<procedure>", the source a procedure re-raises with.
+  // "zorvat.<Class>.<procedure>", the source a procedure re-raises with. Each call
+  // builds a new string, so a procedure that runs per card keeps its source in a
+  // member built once; a final class can build it in the member's initializer, where
+  // class_name() is already the class's own.
   std::string source_of(std::string_view procedure) const;
 
   // The shared file step: asks for the output path with the Save dialog; returns

@@ -22,7 +22,8 @@ const FormatPattern& hours_pattern() {
 }  // namespace
 
 bool Tally::Execute(const Variant& pcTimeCards) {
-  return guarded(source_of("Execute"), [&] {
+  const std::string source = source_of("Execute");  // built once, not per card
+  return guarded(source, [&] {
     const SettingsFields settings(setup_data());
     std::string text;
     if (field_equals_number(settings.at(kOutputFieldTitles), 1)) text += kTitleLine;
@@ -32,7 +33,7 @@ bool Tally::Execute(const Variant& pcTimeCards) {
         minutes += get_number(card, category);
       append_text(text, card, time_card::kExportID);  // column 1: the export ID
       text += ',';
-      hours_pattern().append_to(text, hours::minutes_to_hours(minutes, source_of("Execute")));
+      hours_pattern().append_to(text, hours::minutes_to_hours(minutes, source));
       text += "\r\n";  // column 2: the hours, "0.00"
     });
     return save_text({std::string(kFileFilter), {}}, text);
