@@ -1,6 +1,10 @@
 // zorvat.dll: the in-process automation server. Class factories for the creatable
 // classes, self-registration from the type library embedded in the DLL, and the
 // server's lifetime (DllCanUnloadNow).
+//
+// The creatable classes are the export classes of the class list (export_class_list.h):
+// each is served under the coclass and the interface the IDL gives its name, CLSID_Class
+// and _Class, so a listed class without its coclass does not compile.
 #include <windows.h>
 
 #include <olectl.h>
@@ -11,21 +15,10 @@
 #include <utility>
 #include <vector>
 
+#include "export_class_list.h"
 #include "export_object.h"
 #include "raii.h"
 #include "zorvat.h"
-
-#include "adp7/adp7.h"
-#include "generic/generic.h"
-#include "intuitpac/intuitpac.h"
-#include "pcpaylink/pcpaylink.h"
-#include "pcpreview/pcpreview.h"
-#include "peachtree/peachtree.h"
-#include "primepay/primepay.h"
-#if __has_include("qb2000/qb2000.h")
-#include "qb2000/qb2000.h"
-#define ZORVAT_HAS_QB2000 1
-#endif
 
 namespace zorvat::com {
 namespace {
@@ -34,6 +27,25 @@ HINSTANCE server_instance = nullptr;
 LONG server_locks = 0;
 
 // --- The creatable classes ------------------------------------------------------
+
+// The dual interface of each listed class: _Class in the IDL.
+template <class Class>
+struct InterfaceOf;
+#define ZORVAT_INTERFACE_OF(Class, folder) \
+  template <>                              \
+  struct InterfaceOf<formats::Class> {     \
+    using type = _##Class;                 \
+  };
+ZORVAT_EXPORT_CLASSES(ZORVAT_INTERFACE_OF)
+#undef ZORVAT_INTERFACE_OF
+
+// The COM object behind a class: its interface's six common members and
+// ValidateSetupData. A class whose interface has members of its own names its object
+// below.
+template <class Class>
+struct ComObjectOf {
+  using type = SetupCheckedObject<typename InterfaceOf<Class>::type, Class>;
+};
 
 class GenericObject final : public ExportObject<_Generic, formats::Generic> {
  public:
@@ -65,7 +77,6 @@ class IntuitPACObject final : public SetupCheckedObject<_IntuitPAC, formats::Int
   }
 };
 
-#ifdef ZORVAT_HAS_QB2000
 class QB2000Object final : public SetupCheckedObject<_QB2000, formats::QB2000> {
  public:
   HRESULT STDMETHODCALLTYPE FormatName(BSTR sName, BSTR* result) override {
@@ -78,13 +89,19 @@ class QB2000Object final : public SetupCheckedObject<_QB2000, formats::QB2000> {
     });
   }
 };
-#endif
 
-using ADP7Object = SetupCheckedObject<_ADP7, formats::ADP7>;
-using PCPayLinkObject = SetupCheckedObject<_PCPayLink, formats::PCPayLink>;
-using PCPreviewObject = SetupCheckedObject<_PCPreview, formats::PCPreview>;
-using PeachtreeObject = SetupCheckedObject<_Peachtree, formats::Peachtree>;
-using PrimePayObject = SetupCheckedObject<_PrimePay, formats::PrimePay>;
+template <>
+struct ComObjectOf<formats::Generic> {
+  using type = GenericObject;
+};
+template <>
+struct ComObjectOf<formats::IntuitPAC> {
+  using type = IntuitPACObject;
+};
+template <>
+struct ComObjectOf<formats::QB2000> {
+  using type = QB2000Object;
+};
 
 // One factory per class; factories live as long as the DLL and are not counted.
 template <class Object>
@@ -134,25 +151,14 @@ IClassFactory* factory() {
 struct ServerClass {
   const CLSID* clsid;
   const IID* iid;
-  // Null while the class is not part of this build: creation then fails with
-  // CLASS_E_CLASSNOTAVAILABLE, though the type library and registration have it.
   IClassFactory* (*factory)();
 };
 
-const std::array<ServerClass, 8> server_classes = {{
-    {&CLSID_Generic, &IID__Generic, &factory<GenericObject>},
-    {&CLSID_ADP7, &IID__ADP7, &factory<ADP7Object>},
-    {&CLSID_IntuitPAC, &IID__IntuitPAC, &factory<IntuitPACObject>},
-    {&CLSID_PCPayLink, &IID__PCPayLink, &factory<PCPayLinkObject>},
-    {&CLSID_PCPreview, &IID__PCPreview, &factory<PCPreviewObject>},
-    {&CLSID_Peachtree, &IID__Peachtree, &factory<PeachtreeObject>},
-    {&CLSID_PrimePay, &IID__PrimePay, &factory<PrimePayObject>},
-#ifdef ZORVAT_HAS_QB2000
-    {&CLSID_QB2000, &IID__QB2000, &factory<QB2000Object>},
-#else
-    {&CLSID_QB2000, &IID__QB2000, nullptr},
-#endif
-}};
+// One row per listed class, in the list's order.
+#define ZORVAT_SERVER_CLASS(Class, folder) \
+  ServerClass{&CLSID_##Class, &IID__##Class, &factory<ComObjectOf<formats::Class>::type>},
+const std::array server_classes{ZORVAT_EXPORT_CLASSES(ZORVAT_SERVER_CLASS)};
+#undef ZORVAT_SERVER_CLASS
 
 // --- The type library -----------------------------------------------------------
 
@@ -382,7 +388,6 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
   *object = nullptr;
   for (const ServerClass& server_class : server_classes) {
     if (!IsEqualCLSID(clsid, *server_class.clsid)) continue;
-    if (server_class.factory == nullptr) return CLASS_E_CLASSNOTAVAILABLE;
     return server_class.factory()->QueryInterface(iid, object);
   }
   return CLASS_E_CLASSNOTAVAILABLE;

@@ -1,8 +1,14 @@
 // The conformance corpus through the DLL: each case of tests/corpus is run as the
 // host runs an export, with the Save dialog answered by the dialog driver.
+//
+// The classes are the DLL's own, the coclasses of its type library; the cases of a class
+// are the folders under tests/corpus/<class in lower case>/. Folders of the corpus that
+// belong to no class of the DLL (shared cards, cases for classes other hosts or test
+// binaries have) are not this host's.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -10,6 +16,7 @@
 #include "automation_client.h"
 #include "dialog_driver.h"
 #include "host_objects.h"
+#include "listed_classes.h"
 #include "test_config.h"
 
 namespace zorvat::com::testing {
@@ -40,20 +47,21 @@ std::string text_or_empty(const json& object, const char* key) {
 
 class CorpusCase : public ::testing::Test {
  public:
-  explicit CorpusCase(fs::path folder) : folder_(std::move(folder)) {}
+  CorpusCase(std::string class_name, fs::path folder)
+      : class_name_(std::move(class_name)), folder_(std::move(folder)) {}
 
   void TestBody() override {
     const json test_case = read_json(folder_ / "case.json");
-    const std::string class_name = test_case.at("class").get<std::string>();
+    const std::string& class_name = class_name_;
+    ASSERT_EQ(test_case.at("class").get<std::string>(), class_name)
+        << "a case in the folder of " << class_name << " is for another class";
     const std::string command = test_case.value("command", std::string("export"));
     const json& expect = test_case.at("expect");
 
     HRESULT created = S_OK;
     ComPtr<IDispatch> object = create_object(to_wide("zorvat." + class_name), &created);
-    if (!object) {
-      GTEST_SKIP() << "zorvat." << class_name << " is not available in this DLL (0x" << std::hex
-                   << static_cast<unsigned long>(created) << "): case skipped";
-    }
+    ASSERT_TRUE(object) << "zorvat." << class_name << " cannot be created (0x" << std::hex
+                        << static_cast<unsigned long>(created) << ")";
     ASSERT_TRUE(set_component_today(test_case.value("today", std::string("2004-03-08"))));
     const std::string setup = text_or_empty(test_case, "setup");
     ASSERT_EQ(put(object.Get(), L"Title", text_or_empty(test_case, "title")).hr, S_OK);
@@ -126,24 +134,58 @@ class CorpusCase : public ::testing::Test {
   }
 
  private:
+  std::string class_name_;
   fs::path folder_;
 };
+
+// Stands for the corpus when the DLL's classes cannot be read: one failing test.
+class UnreadableClasses : public ::testing::Test {
+ public:
+  explicit UnreadableClasses(HRESULT hr) : hr_(hr) {}
+  void TestBody() override {
+    FAIL() << "the coclasses of " << config().dll.string() << " cannot be read (0x" << std::hex
+           << static_cast<unsigned long>(hr_) << ")";
+  }
+
+ private:
+  HRESULT hr_;
+};
+
+std::string lower_case(std::string text) {
+  for (char& letter : text)
+    letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+  return text;
+}
 
 }  // namespace
 
 void register_corpus_tests() {
   std::error_code error;
   if (config().corpus.empty() || !fs::is_directory(config().corpus, error)) return;
-  std::vector<fs::path> cases;
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(config().corpus, error))
-    if (entry.is_regular_file() && entry.path().filename() == "case.json")
-      cases.push_back(entry.path().parent_path());
-  std::sort(cases.begin(), cases.end());
-  for (const fs::path& folder : cases) {
-    const std::string suite = "Corpus_" + folder.parent_path().filename().string();
-    const std::string name = folder.filename().string();
-    ::testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, __FILE__, __LINE__,
-                            [folder]() -> ::testing::Test* { return new CorpusCase(folder); });
+  std::vector<LibraryClass> classes;
+  const HRESULT hr = library_classes(config().dll, classes);
+  if (FAILED(hr) || classes.empty()) {
+    ::testing::RegisterTest("Corpus", "ClassesOfTheDll", nullptr, nullptr, __FILE__, __LINE__,
+                            [hr]() -> ::testing::Test* { return new UnreadableClasses(hr); });
+    return;
+  }
+  for (const LibraryClass& coclass : classes) {
+    const std::string class_name = to_utf8(coclass.name);
+    const fs::path class_folder = config().corpus / lower_case(class_name);
+    if (!fs::is_directory(class_folder, error)) continue;
+    std::vector<fs::path> cases;
+    for (const fs::directory_entry& entry : fs::directory_iterator(class_folder, error))
+      if (entry.is_directory() && fs::is_regular_file(entry.path() / "case.json"))
+        cases.push_back(entry.path());
+    std::sort(cases.begin(), cases.end());
+    const std::string suite = "Corpus_" + class_folder.filename().string();
+    for (const fs::path& folder : cases) {
+      const std::string name = folder.filename().string();
+      ::testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, __FILE__, __LINE__,
+                              [class_name, folder]() -> ::testing::Test* {
+                                return new CorpusCase(class_name, folder);
+                              });
+    }
   }
 }
 

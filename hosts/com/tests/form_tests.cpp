@@ -4,6 +4,8 @@
 // is written when the run names a folder for them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -150,8 +152,19 @@ TEST_F(Win32Forms, HelpOfEachFormOpensItsOwnTopic) {
   const Case cases[] = {{"Generic", "frmGeneric", 1093},     {"Peachtree", "frmPeachtree", 1094},
                         {"ADP7", "frmADP7", 1095},           {"PCPayLink", "frmPCPayLink", 1096},
                         {"PCPreview", "frmPCPreview", 1097}, {"PrimePay", "frmPrimePay", 1098},
-                        {"IntuitPAC", "frmIntuitPAC", 1099}};
-  for (const Case& each : cases) {
+                        {"IntuitPAC", "frmIntuitPAC", 1099}, {"QB2000", "frmQB2000", 1089}};
+  // Every class of the list has its form's topic here, and no other class.
+  for (const reconcile::ClassRules& rules : formats::export_classes()) {
+    const std::string class_name(rules.class_name);
+    SCOPED_TRACE(class_name);
+    const auto found = std::find_if(std::begin(cases), std::end(cases), [&](const Case& each) {
+      return class_name == each.class_name;
+    });
+    if (found == std::end(cases)) {
+      ADD_FAILURE() << "no form and help topic for the listed class " << class_name;
+      continue;
+    }
+    const Case& each = *found;
     auto object = create(each.class_name, "", "Intuit PC Access Import File V2.0");
     const std::size_t before = user_.help_requests().size();
     const Outcome outcome = setup(*object, each.form_name, [&](HWND form) {
@@ -165,6 +178,8 @@ TEST_F(Win32Forms, HelpOfEachFormOpensItsOwnTopic) {
     EXPECT_EQ(help.back().data, each.context) << each.form_name;
     EXPECT_EQ(help.back().command, kHelpContextCommand) << each.form_name;
   }
+  EXPECT_EQ(std::size(cases), formats::export_classes().size())
+      << "a help topic for a class that is not in the list";
 }
 
 // --- frmGeneric -----------------------------------------------------------------

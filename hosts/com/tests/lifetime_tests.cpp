@@ -20,6 +20,7 @@
 #include "automation_client.h"
 #include "dialog_driver.h"
 #include "host_objects.h"
+#include "listed_classes.h"
 #include "test_config.h"
 
 namespace zorvat::com::testing {
@@ -42,8 +43,9 @@ constexpr long kHandleSlack = 24;
 constexpr long long kHeapSlack = 256 * 1024;
 constexpr long long kPrivateSlack = 8 * 1024 * 1024;
 
+// What a cycle does with each class of the list.
 struct ClassCase {
-  const wchar_t* prog_id;
+  const char* class_name;
   const char* title;
   const char* setup;
   // A setting the check method rejects, and the number it raises (0: Generic's
@@ -53,27 +55,26 @@ struct ClassCase {
   bool writes_file;
 };
 
-const ClassCase kClasses[] = {
-    {L"zorvat.Generic", "Generic", "0,0,0,0,0,False,True,False,False,False,,0", "", 0, true},
-    {L"zorvat.ADP7", "ADP",
+const ClassCase kCases[] = {
+    {"Generic", "Generic", "0,0,0,0,0,False,True,False,False,False,,0", "", 0, true},
+    {"ADP7", "ADP",
      "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,EPIP",
      "ABC,5,1,H3,Hours 3,V,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,EPIP", 1006,
      true},
-    {L"zorvat.IntuitPAC", "Intuit PC Access Import File V2.0", "ABCE12345,1,2,3,4,5,6,7,1,0,0,0",
+    {"IntuitPAC", "Intuit PC Access Import File V2.0", "ABCE12345,1,2,3,4,5,6,7,1,0,0,0",
      "ABC1234,1,2,3,100,5,6,7,0,0,0,0", 1005, true},
-    {L"zorvat.PCPayLink", "PayLink", "7,A001,3,12,VA,HO,QS,R3", "7,A001,10,12,VA,HO,QS,R3", 2003,
+    {"PCPayLink", "PayLink", "7,A001,3,12,VA,HO,QS,R3", "7,A001,10,12,VA,HO,QS,R3", 2003, true},
+    {"PCPreview", "Preview", "12,A,B,C,7,D,E,F,G,1,0,0,0", "10000,A,B,C,0,D,E,F,G,0,0,0,0", 3001,
      true},
-    {L"zorvat.PCPreview", "Preview", "12,A,B,C,7,D,E,F,G,1,0,0,0", "10000,A,B,C,0,D,E,F,G,0,0,0,0",
-     3001, true},
-    {L"zorvat.Peachtree", "Peachtree",
+    {"Peachtree", "Peachtree",
      "1,2,3,4,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,ADMN-02002,ADMN-"
      "02003,1,17",
      "1,2,3,21,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,ADMN-02002,ADMN-"
      "02003,0,17",
      4005, true},
-    {L"zorvat.PrimePay", "PrimePay", "4,02,20,23,24,25,28", "128,02,20,23,24,25,28", 5001, true},
+    {"PrimePay", "PrimePay", "4,02,20,23,24,25,28", "128,02,20,23,24,25,28", 5001, true},
     // QB2000 talks to QuickBooks, not to a file: created, checked and released only.
-    {L"zorvat.QB2000", "QuickBooks",
+    {"QB2000", "QuickBooks",
      "C:/Company.QBW,Hourly,Overtime,Double Time,Vacation,Holiday,Sick,Other",
      "C:/Company.QBW,Hourly,Overtime,Double Time Rate For Holidays Sundays,Vacation,Holiday,"
      "Sick,Other",
@@ -224,22 +225,29 @@ class LifetimeCycles : public ::testing::Test {
     fs::create_directories(folder_);
     cards_ = make_collection(few_cards());
     failing_cards_ = make_collection(card_without_properties());
+
+    // The classes of the list, each with its case; a class without one fails the test.
+    for (const ClassInfo& info : kListedClasses) {
+      const std::string name = to_utf8(info.name);
+      const auto found =
+          std::find_if(std::begin(kCases), std::end(kCases),
+                       [&](const ClassCase& each) { return name == each.class_name; });
+      ASSERT_NE(found, std::end(kCases)) << "no lifetime case for the listed class " << name;
+      classes_.push_back(found);
+    }
+    ASSERT_EQ(classes_.size(), std::size(kCases)) << "a lifetime case for a class not in the list";
   }
 
   // One class created, used and released; the dialog round exports through the Save
   // dialog and opens Setup as well.
   void run_cycle(int cycle) {
-    const ClassCase& info = kClasses[cycle % std::size(kClasses)];
-    const int round = cycle / static_cast<int>(std::size(kClasses));
-    const std::string name = to_utf8(info.prog_id);
+    const ClassCase& info = *classes_[static_cast<std::size_t>(cycle) % classes_.size()];
+    const int round = cycle / static_cast<int>(classes_.size());
+    const std::string name = std::string("zorvat.") + info.class_name;
     SCOPED_TRACE(name + " in cycle " + std::to_string(cycle));
     HRESULT created = S_OK;
-    ComPtr<IDispatch> object = create_object(info.prog_id, &created);
-    if (!object) {
-      // A class whose implementation is not in this DLL is refused by its factory.
-      ASSERT_EQ(created, CLASS_E_CLASSNOTAVAILABLE);
-      return;
-    }
+    ComPtr<IDispatch> object = create_object(to_wide(name), &created);
+    ASSERT_TRUE(object) << "0x" << std::hex << static_cast<unsigned long>(created);
     ASSERT_EQ(put(object.Get(), L"Title", info.title).hr, S_OK);
     ASSERT_EQ(put(object.Get(), L"SetupData", info.setup).hr, S_OK);
     ASSERT_EQ(get(object.Get(), L"SetupData").text(), info.setup);
@@ -319,6 +327,7 @@ class LifetimeCycles : public ::testing::Test {
   }
 
   fs::path folder_;
+  std::vector<const ClassCase*> classes_;  // the list's order
   ComPtr<IDispatch> cards_;
   ComPtr<IDispatch> failing_cards_;
   int files_written_ = 0;

@@ -3,6 +3,10 @@
 //   zorvat_com_tests --dll=C:\path\zorvat.dll --corpus=Z:\...\tests\corpus
 //                    --work=C:\scratch [GoogleTest options]
 //   zorvat_com_tests --dll=... --work=... --bench[=cards]
+//   zorvat_com_tests --dll=... --list-classes
+//
+// --list-classes prints "class: <name>" for each coclass of the DLL's type library, in
+// its order, for the scripts that go through every class.
 //
 // The DLL must have been registered with regsvr32. The host runs on one thread in a
 // single-threaded apartment, as the real host does; the dialog driver answers the
@@ -16,6 +20,7 @@
 #include "automation_client.h"
 #include "dialog_driver.h"
 #include "host_objects.h"
+#include "listed_classes.h"
 #include "test_config.h"
 
 namespace zorvat::com::testing {
@@ -175,12 +180,26 @@ int run_benchmark(int cards, int reads) {
   return 0;
 }
 
+int list_classes() {
+  std::vector<LibraryClass> classes;
+  const HRESULT hr = library_classes(config().dll, classes);
+  if (FAILED(hr)) {
+    std::printf("zorvat_com_tests: cannot read the type library of %s (0x%08lx)\n",
+                config().dll.string().c_str(), static_cast<unsigned long>(hr));
+    return 1;
+  }
+  for (const LibraryClass& coclass : classes)
+    std::printf("class: %s\n", to_utf8(coclass.name).c_str());
+  return 0;
+}
+
 }  // namespace zorvat::com::testing
 
 int main(int argc, char** argv) {
   using namespace zorvat::com::testing;
   ::testing::InitGoogleTest(&argc, argv);
   int bench_cards = 0;
+  bool list = false;
   for (int index = 1; index < argc; ++index) {
     const char* argument = argv[index];
     if (std::strncmp(argument, "--dll=", 6) == 0) the_config.dll = argument + 6;
@@ -188,6 +207,7 @@ int main(int argc, char** argv) {
     if (std::strncmp(argument, "--work=", 7) == 0) the_config.work = argument + 7;
     if (std::strcmp(argument, "--bench") == 0) bench_cards = 100000;
     if (std::strncmp(argument, "--bench=", 8) == 0) bench_cards = std::atoi(argument + 8);
+    if (std::strcmp(argument, "--list-classes") == 0) list = true;
   }
   if (the_config.work.empty()) the_config.work = std::filesystem::temp_directory_path() / "zorvat";
   std::filesystem::create_directories(the_config.work);
@@ -197,7 +217,9 @@ int main(int argc, char** argv) {
     return 2;
   }
   int result = 0;
-  if (bench_cards > 0) {
+  if (list) {
+    result = list_classes();
+  } else if (bench_cards > 0) {
     result = run_benchmark(bench_cards, 1000000);
   } else {
     register_corpus_tests();

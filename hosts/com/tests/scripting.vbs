@@ -1,11 +1,14 @@
 ' zorvat from a classic scripting host: every class created by ProgID, its members
 ' called late-bound, raised errors read from Err as a script sees them.
-' Prints one "ok - ", "not ok - " or "skip - " line per check and "done" at the end.
+'
+'   cscript //nologo scripting.vbs Generic ADP7 ...
+'
+' The arguments are the class names: the coclasses of the DLL's type library, which
+' zorvat_com_tests --list-classes prints. Prints one "ok - " or "not ok - " line per
+' check and "done" at the end.
 Option Explicit
 
-Dim classes, name, obj, value, created
-classes = Array("Generic", "ADP7", "IntuitPAC", "PCPayLink", "PCPreview", "Peachtree", _
-                "PrimePay", "QB2000")
+Dim index, name, obj, value, created
 
 Sub Check(condition, description)
   If condition Then
@@ -13,10 +16,6 @@ Sub Check(condition, description)
   Else
     WScript.Echo "not ok - " & description
   End If
-End Sub
-
-Sub Skip(description)
-  WScript.Echo "skip - " & description
 End Sub
 
 Function ErrorText()
@@ -28,14 +27,16 @@ End Function
 
 On Error Resume Next
 
-For Each name In classes
+Check WScript.Arguments.Count > 0, "the class names are given on the command line"
+
+For index = 0 To WScript.Arguments.Count - 1
+  name = WScript.Arguments(index)
   Err.Clear
   Set obj = Nothing
   Set obj = CreateObject("zorvat." & name)
   created = (Err.Number = 0)
-  If Not created Then
-    Skip "zorvat." & name & " is not available in this DLL" & ErrorText()
-  Else
+  Check created, "zorvat." & name & " is created by its ProgID" & ErrorText()
+  If created Then
     Check obj.Title = "" And obj.SetupData = "", name & ": a fresh object has empty Title and SetupData"
     obj.Title = "Script title"
     obj.SetupData = "1,2,3"
@@ -71,15 +72,12 @@ Next
 ' Errors as a script sees them: the plain number, the public member's source and the
 ' description.
 Err.Clear
+Set obj = Nothing
 Set obj = CreateObject("zorvat.ADP7")
-If Err.Number = 0 Then
-  obj.ValidateSetupData "A,B,C"
-  Check Err.Number = 1002 And Err.Source = "zorvat.ADP7.ValidateSetupData" And _
-        Err.Description = "Batch Sequence Number must be between 0 and 99", _
-        "ADP7: ValidateSetupData raises errBatchSeqNum 1002" & ErrorText()
-Else
-  Skip "zorvat.ADP7 is not available in this DLL"
-End If
+obj.ValidateSetupData "A,B,C"
+Check Err.Number = 1002 And Err.Source = "zorvat.ADP7.ValidateSetupData" And _
+      Err.Description = "Batch Sequence Number must be between 0 and 99", _
+      "ADP7: ValidateSetupData raises errBatchSeqNum 1002" & ErrorText()
 
 Err.Clear
 Set obj = CreateObject("zorvat.Generic")
