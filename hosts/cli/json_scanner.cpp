@@ -46,7 +46,6 @@ std::uint64_t block_mask(const char* p) {
   }
   return mask;
 }
-#endif
 
 // Bit i of the result is the parity of the bits 0..i of `bits`: behind an odd
 // number of quotes, a byte is inside a string.
@@ -59,6 +58,7 @@ std::uint64_t prefix_xor(std::uint64_t bits) {
   bits ^= bits << 32;
   return bits;
 }
+#endif
 
 // The scanner says what is wrong but not where; on failure the text is read again by a
 // parser that reports line and column (its callback keeps nothing, so a large file

@@ -240,12 +240,13 @@ script_export() {
   fi
 }
 
-# scripting_host LABEL WINE SYSTEM: hosts/com/tests/scripting.vbs creates every class by
-# ProgID and calls its members.
+# scripting_host LABEL WINE SYSTEM: hosts/com/tests/scripting.vbs creates every class of
+# the IDL by ProgID and calls its members.
 scripting_host() {
   local label=$1 wine=$2 system=$3 output ok bad
   output=$(timeout 120 "$wine" "$system\\cscript.exe" //nologo \
-    "$(windows_path "$source_dir/hosts/com/tests/scripting.vbs")" 2>/dev/null | tr -d '\r')
+    "$(windows_path "$source_dir/hosts/com/tests/scripting.vbs")" "${classes[@]}" 2>/dev/null |
+    tr -d '\r')
   ok=$(grep -c '^ok - ' <<<"$output")
   bad=$(grep -c -E '^(not ok|skip) - ' <<<"$output")
   if ((ok > 0 && bad == 0)) && grep -qx done <<<"$output"; then
