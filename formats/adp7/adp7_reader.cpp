@@ -15,17 +15,6 @@ constexpr std::string_view kEpip = "ADP7 EPIP";
 constexpr std::string_view kCsv = "ADP7 CSV";
 constexpr std::string_view kCsvTitles = "Co Code,Batch ID,File #,Pay #,Shift,Reg Hours,O/T Hours";
 
-void add(FileContents& contents, std::string_view employee, std::string_view code,
-         std::int64_t hundredths, const Line& line) {
-  FileRecord record;
-  record.employee = employee;
-  record.code = code;
-  record.amount = from_hundredths(hundredths);
-  record.batch = contents.batch;
-  record.line = line.number;
-  contents.records.push_back(std::move(record));
-}
-
 FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
   namespace layout = adp7_layout;
   FileContents contents;
@@ -93,7 +82,7 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
       attempt.expect(employee_end, layout::kPayNumber.name);
       try {
         for (const auto& [code, hundredths] : read_hours(attempt))
-          add(contents, employee, code, hundredths, lines[i]);
+          contents.add_hundredths(employee, code, hundredths, lines[i].number);
         break;
       } catch (const ReadError& problem) {
         if (!first_problem) first_problem = problem;
@@ -143,9 +132,10 @@ FileContents read_csv(std::string_view bytes, const SettingsFields& settings) {
       const std::size_t comma = cursor.rest().find(',');
       const std::string_view text =
           comma == std::string_view::npos ? cursor.take_rest() : cursor.take_until(",", what);
-      add(contents, employee, code,
+      contents.add_hundredths(
+          employee, code,
           cursor.number_in(text, column, pattern_decimals(adp7_layout::kCsvHoursPattern), what),
-          line);
+          line.number);
     };
     hours("REG", "regular hours");
     if (cursor.at_end()) cursor.fail("the overtime hours are missing");

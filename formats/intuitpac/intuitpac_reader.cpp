@@ -41,16 +41,6 @@ std::int64_t overpunched(Cursor& cursor, const Column& column) {
   return punch >= 10 ? -magnitude : magnitude;
 }
 
-void add(FileContents& contents, std::string_view employee, std::string_view code,
-         std::int64_t hundredths, const Line& line) {
-  FileRecord record;
-  record.employee = employee;
-  record.code = code;
-  record.amount = from_hundredths(hundredths);
-  record.line = line.number;
-  contents.records.push_back(std::move(record));
-}
-
 // A full-edition record: its pay code and amount columns, in pairs, and its fill.
 struct AmountColumns {
   const Column& pay_code;
@@ -75,7 +65,8 @@ void read_full_record(const Line& line, std::size_t amounts, const Column& fill,
   cursor.take(layout::kShift, length - used);
   for (std::size_t i = 0; i < amounts; ++i) {
     const std::string_view code = cursor.take(kAmountColumns[i].pay_code);
-    add(contents, employee, code, overpunched(cursor, kAmountColumns[i].amount), line);
+    contents.add_hundredths(employee, code, overpunched(cursor, kAmountColumns[i].amount),
+                            line.number);
   }
   cursor.expect_fill(fill);
 }
@@ -83,8 +74,8 @@ void read_full_record(const Line& line, std::size_t amounts, const Column& fill,
 void read_jr_record(const Line& line, const SettingsFields& settings, FileContents& contents) {
   Cursor cursor(kJr, line);
   const std::string_view employee = record_start(cursor, settings);
-  add(contents, employee, "REG", cursor.number(layout::kJrRegular), line);
-  add(contents, employee, "OT1", cursor.number(layout::kJrOvertime1), line);
+  contents.add_hundredths(employee, "REG", cursor.number(layout::kJrRegular), line.number);
+  contents.add_hundredths(employee, "OT1", cursor.number(layout::kJrOvertime1), line.number);
   const AmountColumns kCoded[] = {{layout::kJrPayCodeOT2, layout::kJrOvertime2},
                                   {layout::kJrPayCodeVAC, layout::kJrVacation},
                                   {layout::kJrPayCodeHOL, layout::kJrHoliday},
@@ -92,7 +83,7 @@ void read_jr_record(const Line& line, const SettingsFields& settings, FileConten
                                   {layout::kJrPayCodeOTH, layout::kJrOther}};
   for (const AmountColumns& coded : kCoded) {
     const std::string_view code = cursor.take(coded.pay_code);
-    add(contents, employee, code, cursor.number(coded.amount), line);
+    contents.add_hundredths(employee, code, cursor.number(coded.amount), line.number);
   }
   cursor.expect_fill(layout::kJrFill);
 }

@@ -8,6 +8,17 @@
 
 namespace zorvat::reconcile {
 
+void FileContents::add_hundredths(std::string_view employee, std::string_view code,
+                                  std::int64_t hundredths, std::size_t line) {
+  FileRecord record;
+  record.employee = employee;
+  record.code = code;
+  record.amount = from_hundredths(hundredths);
+  record.batch = batch;
+  record.line = line;
+  records.push_back(std::move(record));
+}
+
 Amount from_minutes(double minutes) {
   return static_cast<Amount>(std::llround(minutes * static_cast<double>(kUnitsPerMinute)));
 }

@@ -51,6 +51,10 @@ struct FileContents {
   // Numbers the file states about itself (trailer totals and counts, batch and ticket
   // numbers, the period end), by name.
   std::vector<std::pair<std::string, std::int64_t>> controls;
+
+  // Adds a record of `hundredths` of an hour read on `line`, under the file's batch.
+  void add_hundredths(std::string_view employee, std::string_view code, std::int64_t hundredths,
+                      std::size_t line);
 };
 
 // A date as one number, YYYYMMDD, for the controls.
