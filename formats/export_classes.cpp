@@ -1,7 +1,5 @@
 #include "export_classes.h"
 
-#include <algorithm>
-#include <cctype>
 #include <stdexcept>
 
 #include "export_class_list.h"
@@ -22,13 +20,6 @@ bool& list_in_use() {
   return in_use;
 }
 
-bool same_name(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::tolower(static_cast<unsigned char>(x)) ==
-                  std::tolower(static_cast<unsigned char>(y));
-         });
-}
-
 }  // namespace
 
 const std::vector<reconcile::ClassRules>& export_classes() {
@@ -42,11 +33,8 @@ void add_export_class(const reconcile::ClassRules& rules) {
 }
 
 const reconcile::ClassRules* find_export_class(std::string_view name_or_prog_id) {
-  if (name_or_prog_id.size() > kProgIdPrefix.size() &&
-      same_name(name_or_prog_id.substr(0, kProgIdPrefix.size()), kProgIdPrefix))
-    name_or_prog_id.remove_prefix(kProgIdPrefix.size());
   for (const reconcile::ClassRules& rules : export_classes())
-    if (same_name(rules.class_name, name_or_prog_id)) return &rules;
+    if (names_class(name_or_prog_id, rules.class_name)) return &rules;
   return nullptr;
 }
 

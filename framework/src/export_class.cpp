@@ -68,14 +68,18 @@ void ExportRegistry::add(std::string class_name, ExportFactory factory) {
   entries_.push_back({std::move(class_name), std::move(factory)});
 }
 
-std::unique_ptr<ExportClass> ExportRegistry::create(std::string_view name_or_prog_id,
-                                                    ExportContext context) const {
+bool names_class(std::string_view name_or_prog_id, std::string_view class_name) {
   std::string_view name = name_or_prog_id;
   if (name.size() > kProgIdPrefix.size() &&
       iequals(name.substr(0, kProgIdPrefix.size()), kProgIdPrefix))
     name.remove_prefix(kProgIdPrefix.size());
+  return iequals(name, class_name);
+}
+
+std::unique_ptr<ExportClass> ExportRegistry::create(std::string_view name_or_prog_id,
+                                                    ExportContext context) const {
   for (const Entry& entry : entries_)
-    if (iequals(entry.class_name, name)) return entry.factory(context);
+    if (names_class(name_or_prog_id, entry.class_name)) return entry.factory(context);
   return nullptr;
 }
 

@@ -57,7 +57,7 @@ std::string iso_date(Date date) {
 }  // namespace
 
 bool names_qb2000(const std::string& class_name) {
-  return iequals(class_name, "QB2000") || iequals(class_name, "zorvat.QB2000");
+  return names_class(class_name, "QB2000");
 }
 
 int run_qb2000_check(const std::string& cards_path, const std::string& setup, bool json,

@@ -97,6 +97,10 @@ class ExportClass {
   std::string setup_data_;
 };
 
+// True when `name_or_prog_id` names the class `class_name`: its class name or its ProgID
+// ("zorvat." and the class name), without regard to case.
+bool names_class(std::string_view name_or_prog_id, std::string_view class_name);
+
 using ExportFactory = std::function<std::unique_ptr<ExportClass>(ExportContext)>;
 
 // The creatable classes, by class name or ProgID (matched without regard to case).
