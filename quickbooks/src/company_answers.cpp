@@ -151,4 +151,13 @@ Response answer_request(Company& company, const Request& request) {
   return std::visit([&](const auto& kind) { return answer(company, kind); }, request);
 }
 
+CompanyEnds ends_of(const Company& company) {
+  return {company.employees.size(), company.time_entries.size()};
+}
+
+void undo_additions_since(Company& company, const CompanyEnds& ends) {
+  company.employees.resize(ends.employees);
+  company.time_entries.resize(ends.time_entries);
+}
+
 }  // namespace zorvat::quickbooks

@@ -110,7 +110,7 @@ ResponseSet CompanySimulator::DoRequests(const RequestSet& request_set) {
     // set unreadable to QuickBooks: nothing of it is answered.
     for (const Request& request : request_set.requests)
       if (field_limit_problem(request)) raise_failure(com_failures::parse_error());
-    const Company before = company_;
+    const CompanyEnds before = ends_of(company_);
     ResponseSet answers;
     for (const Request& request : request_set.requests) {
       answers.responses.push_back(answer_request(company_, request));
@@ -118,7 +118,7 @@ ResponseSet CompanySimulator::DoRequests(const RequestSet& request_set) {
       // Stop leaves what the earlier requests did; rollback undoes it. Neither
       // answers the requests after the failed one.
       if (request_set.on_error == OnError::Continue) continue;
-      if (request_set.on_error == OnError::Rollback) company_ = before;
+      if (request_set.on_error == OnError::Rollback) undo_additions_since(company_, before);
       break;
     }
     return answers;

@@ -136,6 +136,39 @@ TEST_F(SimulatorTransportTest, AnswersADocumentWithADocument) {
             "</QBXML>\n");
 }
 
+TEST_F(SimulatorTransportTest, ARolledBackDocumentLeavesTheCompanyAsItWas) {
+  transport.OpenConnection("a", "b");
+  const std::string ticket = transport.BeginSession("", OpenMode::DoNotCare);
+  const RequestSet adds{1,
+                        0,
+                        OnError::Rollback,
+                        {EmployeeAdd{"Ann", "", "Lee"}, EmployeeAdd{"Tom", "", "Ray"},
+                         EmployeeAdd{"ANN", "", "LEE"}, EmployeeAdd{"Eve", "", "Ng"}}};
+  const ResponseSet answers =
+      read_qbxml_response(transport.ProcessRequest(ticket, write_qbxml_request(adds)), adds);
+  ASSERT_EQ(answers.responses.size(), 3u);
+  EXPECT_EQ(answers.responses[0].status_code, 0);
+  EXPECT_EQ(answers.responses[1].status_code, 0);
+  EXPECT_EQ(answers.responses[2],
+            (Response{3100, "Error", "The name \"ANN LEE\" of the list element is already in use.",
+                      std::nullopt}));
+  EXPECT_EQ(simulator.company().employees, std::vector<std::string>{"Doe, Jane"});
+  // The next document finds the company without the two employees the set added.
+  EXPECT_EQ(transport.ProcessRequest(ticket, write_qbxml_request(RequestSet{
+                                                 1, 0, OnError::Continue, {EmployeeQuery{}}})),
+            "<?xml version=\"1.0\"?>\n"
+            "<QBXML>\n"
+            "  <QBXMLMsgsRs>\n"
+            "    <EmployeeQueryRs requestID=\"1\" statusCode=\"0\" statusSeverity=\"Info\" "
+            "statusMessage=\"Status OK\">\n"
+            "      <EmployeeRet>\n"
+            "        <Name>Doe, Jane</Name>\n"
+            "      </EmployeeRet>\n"
+            "    </EmployeeQueryRs>\n"
+            "  </QBXMLMsgsRs>\n"
+            "</QBXML>\n");
+}
+
 TEST_F(SimulatorTransportTest, AMalformedDocumentFailsAsQuickBooksParseFailure) {
   transport.OpenConnection("a", "b");
   const std::string ticket = transport.BeginSession("", OpenMode::DoNotCare);

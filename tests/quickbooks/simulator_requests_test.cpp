@@ -212,6 +212,87 @@ TEST_F(SimulatorRequests, RollbackOnErrorUndoesTheWholeSet) {
   EXPECT_TRUE(simulator->company().time_entries.empty());
 }
 
+TEST_F(SimulatorRequests, RollbackKeepsWhatEarlierSetsAdded) {
+  send({EmployeeAdd{"Ann", "", "Lee"}, entry("Doe, Jane", {8, 0, 0}, "Regular Hourly Rate")});
+  const ResponseSet answers =
+      send({EmployeeAdd{"Tom", "", "Ray"}, entry("Tom Ray", {4, 30, 0}, "Overtime Hourly Rate"),
+            entry("Nobody", {8, 0, 0}, "Regular Hourly Rate")},
+           OnError::Rollback);
+  ASSERT_EQ(answers.responses.size(), 3u);
+  EXPECT_EQ(answers.responses[0], (Response{0, "Info", kOk, named({"Tom Ray"})}));
+  EXPECT_EQ(answers.responses[1], (Response{0, "Info", kOk, named({""})}));
+  EXPECT_EQ(answers.responses[2].status_code, 3140);
+  // The company is as the first set left it: its employee and its entry stay, the
+  // rolled-back set's employee and entry are gone.
+  EXPECT_EQ(simulator->company().employees,
+            (std::vector<std::string>{"Doe, Jane", "John Q Public", "Ann Lee"}));
+  EXPECT_EQ(simulator->company().time_entries,
+            std::vector<TimeTrackingAdd>{entry("Doe, Jane", {8, 0, 0}, "Regular Hourly Rate")});
+}
+
+TEST_F(SimulatorRequests, WhatARolledBackSetAddedIsUnknownToTheNextSet) {
+  send({EmployeeAdd{"Tom", "", "Ray"}, entry("Nobody", {8, 0, 0}, "Regular Hourly Rate")},
+       OnError::Rollback);
+  // The employee it added is no longer there to refer to, and its name is free again.
+  EXPECT_EQ(send_one(entry("Tom Ray", {8, 0, 0}, "Regular Hourly Rate")),
+            (Response{3140, "Error",
+                      "There is an invalid reference to QuickBooks Entity \"Tom Ray\" in the time "
+                      "tracking transaction.",
+                      std::nullopt}));
+  EXPECT_EQ(send_one(EmployeeAdd{"Tom", "", "Ray"}),
+            (Response{0, "Info", kOk, named({"Tom Ray"})}));
+  EXPECT_EQ(send_one(EmployeeQuery{}),
+            (Response{0, "Info", kOk, named({"Doe, Jane", "John Q Public", "Tom Ray"})}));
+}
+
+TEST_F(SimulatorRequests, WhatASetAddedIsSeenByTheNextSet) {
+  send({EmployeeAdd{"Ann", "", "Lee"}}, OnError::Stop);
+  // Names compare without regard to case.
+  EXPECT_EQ(send_one(entry("ANN LEE", {7, 15, 0}, "Sick Hourly Rate")),
+            (Response{0, "Info", kOk, named({""})}));
+  EXPECT_EQ(send_one(EmployeeAdd{"ann", "", "lee"}),
+            (Response{3100, "Error", "The name \"ann lee\" of the list element is already in use.",
+                      std::nullopt}));
+  EXPECT_EQ(send_one(EmployeeQuery{}),
+            (Response{0, "Info", kOk, named({"Doe, Jane", "John Q Public", "Ann Lee"})}));
+  EXPECT_EQ(simulator->company().time_entries,
+            std::vector<TimeTrackingAdd>{entry("ANN LEE", {7, 15, 0}, "Sick Hourly Rate")});
+}
+
+TEST_F(SimulatorRequests, EntriesKeepTheirOrderAroundARolledBackSet) {
+  const TimeTrackingAdd first = entry("Doe, Jane", {8, 0, 0}, "Regular Hourly Rate");
+  const TimeTrackingAdd undone = entry("John Q Public", {2, 0, 0}, "Overtime Hourly Rate");
+  const TimeTrackingAdd last = entry("John Q Public", {6, 45, 0}, "Sick Hourly Rate");
+  send({first}, OnError::Rollback);
+  send({undone, undone, entry("Doe, Jane", {0, 0, 0}, "Regular Hourly Rate")}, OnError::Rollback);
+  send({last}, OnError::Rollback);
+  EXPECT_EQ(simulator->company().time_entries, (std::vector<TimeTrackingAdd>{first, last}));
+}
+
+TEST_F(SimulatorRequests, ARollbackSetWithoutAFailureKeepsEverything) {
+  const ResponseSet answers =
+      send({EmployeeAdd{"Ann", "", "Lee"}, entry("Ann Lee", {8, 0, 0}, "Regular Hourly Rate")},
+           OnError::Rollback);
+  ASSERT_EQ(answers.responses.size(), 2u);
+  EXPECT_EQ(simulator->company().employees,
+            (std::vector<std::string>{"Doe, Jane", "John Q Public", "Ann Lee"}));
+  EXPECT_EQ(simulator->company().time_entries,
+            std::vector<TimeTrackingAdd>{entry("Ann Lee", {8, 0, 0}, "Regular Hourly Rate")});
+}
+
+TEST_F(SimulatorRequests, ARollbackSetFailingFirstChangesNothingAndAnswersOnlyThatRequest) {
+  send({entry("Doe, Jane", {8, 0, 0}, "Regular Hourly Rate")});
+  const ResponseSet answers =
+      send({EmployeeAdd{"", "", ""}, EmployeeAdd{"Ann", "", "Lee"}}, OnError::Rollback);
+  EXPECT_EQ(answers.responses,
+            (std::vector<Response>{
+                {3150, "Error", "There is a missing element: \"Name\".", std::nullopt}}));
+  EXPECT_EQ(simulator->company().employees,
+            (std::vector<std::string>{"Doe, Jane", "John Q Public"}));
+  EXPECT_EQ(simulator->company().time_entries,
+            std::vector<TimeTrackingAdd>{entry("Doe, Jane", {8, 0, 0}, "Regular Hourly Rate")});
+}
+
 TEST_F(SimulatorRequests, AnEmptySetIsAnsweredWithNoResponses) {
   EXPECT_TRUE(send({}).responses.empty());
 }
