@@ -14,6 +14,17 @@
 //                                  `zorvat reconcile`, which must account for every
 //                                  minute of the cards.
 //
+//   BM_Core/QB2000/<cards>       the QuickBooks export through the simulated company, in
+//                                  this process: the cards (with day records) already
+//                                  loaded, every request set carried as a qbXML document
+//                                  to a fresh simulator and answered, as the command
+//                                  does; reports the time per million cards and the
+//                                  request documents' bytes. The company must have
+//                                  received an entry for every day and hour type with
+//                                  minutes.
+//   BM_EndToEnd/QB2000/<cards>   `zorvat export QB2000 --qb-company` as a user runs it,
+//                                  with its peak memory.
+//
 // The command and its floor run three times each, taking turns, and the summary keeps
 // the fastest of each (as the class alone keeps its fastest pass): on a shared machine
 // a run is only ever slowed down by its neighbours, never sped up.
@@ -39,7 +50,12 @@
 
 #include "export_classes.h"
 #include "json_cards.h"
+#include "zorvat/automation.h"
 #include "zorvat/export_class.h"
+#include "zorvat/quickbooks/company.h"
+#include "zorvat/quickbooks/qbxml_session.h"
+#include "zorvat/quickbooks/simulator.h"
+#include "zorvat/time_card.h"
 
 extern char** environ;
 namespace fs = std::filesystem;
@@ -300,6 +316,118 @@ void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
   }
 }
 
+// --- QB2000 through the simulated company --------------------------------------------
+
+// The company every card's employee ("Ann Lee", named last name first) and every
+// payroll item of the settings belong to, so that nothing is asked and every entry is
+// accepted.
+constexpr std::string_view kQuickBooksSetup =
+    "C:\\Company\\Sample.QBW,Regular Hourly Rate,Overtime Hourly Rate,Premium Overtime "
+    "Hourly Rate,Vacation Hourly Rate,Holiday Hourly Rate,Sick Hourly Rate,Other Hourly Rate";
+constexpr std::string_view kQuickBooksCompany = R"({
+  "company_file": "C:\\Company\\Sample.QBW",
+  "payroll_items": ["Regular Hourly Rate", "Overtime Hourly Rate",
+                    "Premium Overtime Hourly Rate", "Vacation Hourly Rate",
+                    "Holiday Hourly Rate", "Sick Hourly Rate", "Other Hourly Rate"],
+  "employees": ["Lee, Ann"],
+  "employee_names_last_first": true
+})";
+
+const fs::path& quickbooks_company_file() {
+  static const fs::path path = [] {
+    const fs::path file = bench_dir() / "qb2000-company.json";
+    std::ofstream(file, std::ios::binary) << kQuickBooksCompany;
+    return file;
+  }();
+  return path;
+}
+
+// One time entry per day of a card and hour type with minutes (the cards carry no
+// edit totals).
+std::size_t day_entries(const Variant& cards) {
+  std::size_t entries = 0;
+  for_each(cards, [&](const Variant& card) {
+    for_each(get_property(card, time_card::kDays), [&](const Variant& day) {
+      for (const PropertyName& type : time_card::kHourCategories)
+        if (get_number(day, type) > 0) ++entries;
+    });
+  });
+  return entries;
+}
+
+void BM_QuickBooksCore(benchmark::State& state) {
+  const int n = static_cast<int>(state.range(0));
+  const Variant cards = cli::load_cards_file(cards_file(n, true).string());
+  const quickbooks::Company company =
+      quickbooks::parse_company_json(kQuickBooksCompany, "qb2000-company.json");
+  SaveTo ui;
+  CountBytes files;
+  Today today;
+  double fastest_pass = 0;
+  std::size_t document_bytes = 0;
+  std::size_t entries_received = 0;
+  for (auto _ : state) {
+    const double pass_start = thread_cpu_seconds();
+    quickbooks::CompanySimulator simulator(company);
+    document_bytes = 0;
+    quickbooks::SimulatorQbxmlSessionFactory sessions(
+        simulator, [&](std::string_view document) { document_bytes += document.size(); });
+    auto export_class = formats::export_registry().create("QB2000", {ui, files, today, &sessions});
+    export_class->SetupData(std::string(kQuickBooksSetup));
+    if (!export_class->Execute(cards)) state.SkipWithError("Execute returned False");
+    const double pass = thread_cpu_seconds() - pass_start;
+    if (fastest_pass == 0 || pass < fastest_pass) fastest_pass = pass;
+    state.PauseTiming();
+    entries_received = simulator.company().time_entries.size();
+    state.ResumeTiming();
+  }
+  if (state.error_occurred()) return;
+  if (entries_received != day_entries(cards))
+    state.SkipWithError("the company did not receive an entry for every day and hour type");
+  state.SetItemsProcessed(state.iterations() * n);
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document_bytes));
+  state.counters["per_Mcard"] =
+      benchmark::Counter(static_cast<double>(state.iterations()) * n * 1e-6,
+                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["fastest_ms"] = fastest_pass * 1e3;
+  state.SetComplexityN(n);
+}
+
+void BM_QuickBooksEndToEnd(benchmark::State& state) {
+  const int n = static_cast<int>(state.range(0));
+  const fs::path& input = cards_file(n, true);
+  const std::vector<std::string> command = {ZORVAT_CLI,
+                                            "export",
+                                            "QB2000",
+                                            "--cards",
+                                            input.string(),
+                                            "--setup",
+                                            std::string(kQuickBooksSetup),
+                                            "--qb-company",
+                                            quickbooks_company_file().string(),
+                                            "--today",
+                                            "2004-03-08"};
+  double peak = 0, fastest = 0;
+  for (auto _ : state) {
+    const auto start = std::chrono::steady_clock::now();
+    const Finished finished = run(command);
+    const double seconds = seconds_since(start);
+    if (finished.exit_code != 0) {
+      state.SkipWithError("the export failed");
+      break;
+    }
+    state.SetIterationTime(seconds);
+    if (fastest == 0 || seconds < fastest) fastest = seconds;
+    peak = std::max(peak, finished.peak_mib);
+  }
+  if (state.error_occurred()) return;
+  state.counters["fastest_ms"] = fastest * 1e3;
+  state.counters["peak_MiB"] = peak;
+  state.counters["in_MiB"] = static_cast<double>(fs::file_size(input)) / (1024.0 * 1024.0);
+  state.SetItemsProcessed(state.iterations() * n);
+  state.SetComplexityN(n);
+}
+
 // Every end-to-end run is registered, and so runs, before any class-alone run: a child
 // started with posix_spawn inherits the high-water mark of this process's memory at
 // exec (Linux carries it into the child's peak), so this process must not have held
@@ -315,12 +443,24 @@ const bool registered = [] {
         ->UseManualTime()
         ->Iterations(3)
         ->Complexity(benchmark::oN);
+  benchmark::RegisterBenchmark("BM_EndToEnd/QB2000", BM_QuickBooksEndToEnd)
+      ->RangeMultiplier(10)
+      ->Range(1000, 100000)
+      ->Unit(benchmark::kMillisecond)
+      ->UseManualTime()
+      ->Iterations(3)
+      ->Complexity(benchmark::oN);
   for (const Layout& layout : all)
     benchmark::RegisterBenchmark((std::string("BM_Core/") + layout.label).c_str(), BM_Core, layout)
         ->RangeMultiplier(10)
         ->Range(1000, 1000000)
         ->Unit(benchmark::kMillisecond)
         ->Complexity(benchmark::oN);
+  benchmark::RegisterBenchmark("BM_Core/QB2000", BM_QuickBooksCore)
+      ->RangeMultiplier(10)
+      ->Range(1000, 100000)
+      ->Unit(benchmark::kMillisecond)
+      ->Complexity(benchmark::oN);
   return true;
 }();
 
