@@ -148,7 +148,9 @@ std::string xml_lexical_problem(std::string_view xml) {
       {"<!--", "-->"}, {"<?", "?>"}, {"<![CDATA[", "]]>"}};
   for (std::size_t at = 0; at < xml.size();) {
     bool skipped = false;
+    // Every region opens with '<', so only there is it worth looking for one.
     for (const auto& [open, close] : kLiteralRegions) {
+      if (xml[at] != '<') break;
       if (xml.substr(at).starts_with(open)) {
         const std::size_t end = xml.find(close, at + open.size());
         // An unclosed region is the parser's to report.

@@ -99,6 +99,19 @@ TEST(QbxmlHostile, References) {
             "qbXML request: the qbxml version instruction is missing");
 }
 
+TEST(QbxmlHostile, ReferencesAreCheckedAgainAfterACommentInstructionOrCdata) {
+  // The ampersand inside each region is only a character; the one after it is read.
+  EXPECT_EQ(request_refusal("<QBXML><!-- A & B -->&c;</QBXML>"),
+            "qbXML request: byte 21: unknown entity \"&c;\"");
+  EXPECT_EQ(request_refusal("<?note A & B?><QBXML>&c;</QBXML>"),
+            "qbXML request: byte 21: unknown entity \"&c;\"");
+  EXPECT_EQ(request_refusal("<QBXML><![CDATA[A & B]]>&c;</QBXML>"),
+            "qbXML request: byte 24: unknown entity \"&c;\"");
+  // A '<' that opens no region is no region.
+  EXPECT_EQ(request_refusal("<QBXML><!- & -></QBXML>"),
+            "qbXML request: byte 11: \"&\" that starts no reference (write &amp;)");
+}
+
 TEST(QbxmlHostile, EntityExpansionIsRefused) {
   EXPECT_EQ(request_refusal("<?xml version=\"1.0\"?><!DOCTYPE QBXML [<!ENTITY a \"aaaa\">"
                             "<!ENTITY b \"&a;&a;&a;&a;\">]><QBXML>&b;</QBXML>"),
