@@ -13,6 +13,7 @@
 #include "code_page_check.h"
 #include "code_page_option.h"
 #include "describe_command.h"
+#include "export_check.h"
 #include "export_classes.h"
 #include "json_cards.h"
 #include "platform.h"
@@ -54,8 +55,14 @@ struct Report {
   std::vector<CardMissingLetters> missing_letters;
   std::vector<std::string> messages;
   std::optional<Error> error;
-  // The card being read when the error was raised, when it was raised in one.
+  // The card being read when the error was raised, when it was raised in one, or the
+  // settings position it belongs to.
   std::optional<CardReadPlace> card;
+  std::optional<SettingPlace> setting;
+  std::string note;  // why the card or the settings position is to blame
+  // What the command warns of, the run's outcome aside (a settings string with a field
+  // count other than the class reads).
+  std::vector<std::string> warnings;
   std::string usage_error;
 };
 
@@ -65,6 +72,7 @@ void print_json(std::ostream& out, const Report& report) {
   json["setupData"] = report.setup_data;
   json["file"] = report.file ? nlohmann::ordered_json(*report.file) : nlohmann::ordered_json();
   json["messages"] = report.messages;
+  if (!report.warnings.empty()) json["warnings"] = report.warnings;
   if (!report.code_page.empty()) {
     json["codePage"] = report.code_page;
     json["missingLetters"] = missing_letters_json(report.missing_letters);
@@ -79,6 +87,10 @@ void print_json(std::ostream& out, const Report& report) {
                                {"property", report.card->property.empty()
                                                 ? nlohmann::ordered_json()
                                                 : nlohmann::ordered_json(report.card->property)}};
+    if (!report.note.empty()) json["error"]["note"] = report.note;
+    if (report.setting)
+      json["error"]["setting"] = {{"position", report.setting->position},
+                                  {"name", report.setting->name}};
   } else if (!report.usage_error.empty()) {
     // Not raised by a class: number 0 marks a usage error of the command itself.
     json["error"] = {{"number", 0}, {"source", "zorvat"}, {"description", report.usage_error}};
@@ -109,6 +121,11 @@ std::string card_line(const CardReadPlace& card, const std::string& cards_path) 
   if (!card.id.empty()) line += " (" + card.id_name + " " + card.id + ")";
   if (!card.property.empty()) line += ", property " + card.property;
   return line;
+}
+
+// The line after an error that belongs to a position of the settings string.
+std::string setting_line(const SettingPlace& setting, const std::string& note) {
+  return "zorvat: while reading " + setting_text(setting) + (note.empty() ? "" : ": " + note);
 }
 
 std::string known_classes() {
@@ -180,15 +197,29 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
     return usage_error(request, out, err, "--qb-company applies to the QB2000 export only");
 
   Report report;
-  // The host's order: Title, SetupData, the check method, Execute, SetupData back.
+  const ClassDescription description = instance->describe();
+  if (auto warning = field_count_warning(description, request.setup))
+    report.warnings.push_back(std::move(*warning));
+  // The host's order: Title, SetupData, the check method, Execute, SetupData back. An
+  // error is put where it belongs: a card and its property, or a settings position.
+  ErrorPlace place;
+  bool checked = false;
   try {
     instance->Title = request.title;
     instance->SetupData(request.setup);
     instance->run_check();
+    checked = true;
     report.result = request.command == "export" ? instance->Execute(cards) : true;
   } catch (const Error& error) {
     report.error = error;
-    if (request.command == "export") report.card = card_being_read(cards, error.number());
+    if (!checked)
+      place = place_of_check_error(description, request.setup, error);
+    else
+      place = place_of_export_error(description, cards, request.setup, request.title, error,
+                                    card_being_read(cards, error.number()));
+    report.card = place.card;
+    report.setting = place.setting;
+    report.note = place.note;
   }
   report.setup_data = instance->SetupData();
   report.file = files.written();
@@ -202,6 +233,9 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   report.messages = ui.messages();
 
   const int status = report.error ? kErrorRaised : report.result ? kSucceeded : kReturnedFalse;
+  if (!request.json)
+    for (const std::string& warning : report.warnings)
+      err << "zorvat: warning: " << warning << '\n';
   if (request.json) {
     print_json(out, report);
   } else if (status == kSucceeded) {
@@ -213,7 +247,10 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   } else if (status == kErrorRaised) {
     err << "zorvat: error " << report.error->number() << " in " << report.error->source() << ": "
         << report.error->description() << '\n';
-    if (report.card) err << card_line(*report.card, request.cards_path) << '\n';
+    if (report.card)
+      err << card_line(*report.card, request.cards_path)
+          << (report.note.empty() ? "" : ": " + report.note) << '\n';
+    if (report.setting) err << setting_line(*report.setting, report.note) << '\n';
   }
   return status;
 }

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "app.h"
+#include "card_limits.h"
 #include "cli_ui.h"
 #include "json_cards.h"
 #include "platform.h"
@@ -12,6 +13,7 @@
 #include "qb2000/qb2000_check.h"
 #include "qb2000/qb2000_dates.h"
 #include "reconcile_command.h"
+#include "zorvat/automation.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/text.h"
@@ -35,15 +37,26 @@ void print_error(bool json, std::ostream& out, std::ostream& err, long number,
   }
 }
 
+// The card a problem was found on (numbered from 1 in collection order), named as every
+// other report names a card: its index from 0 and its ExportID, else its Number.
+CardReadPlace problem_card(const Variant& cards, std::size_t number_from_1) {
+  std::optional<CardReadPlace> place;
+  std::size_t index = 0;
+  for_each(cards, [&](const Variant& card) {
+    if (++index == number_from_1) place = card_place(card, index - 1);
+  });
+  return place ? *place : CardReadPlace{number_from_1 - 1, {}, {}, {}};
+}
+
 // The field-limit problems, one line each, or a line saying every field fits.
 void print_field_problems(const std::vector<formats::qb2000::CardFieldProblem>& problems,
-                          std::ostream& out) {
+                          const Variant& cards, std::ostream& out) {
   if (problems.empty()) {
     out << "Every name, payroll item and note of the cards fits QuickBooks' fields.\n";
     return;
   }
   for (const auto& [card, problem] : problems)
-    out << "card " << card << ": " << problem.description() << '\n';
+    out << card_text(problem_card(cards, card)) << ": " << problem.description() << '\n';
   out << problems.size() << (problems.size() == 1 ? " field is" : " fields are")
       << " longer than QuickBooks takes; the export would stop there.\n";
 }
@@ -100,7 +113,8 @@ int run_qb2000_check(const std::string& cards_path, const std::string& setup, bo
                                  {"description", date.description()}});
     report["problems"] = nlohmann::ordered_json::array();
     for (const auto& [card, problem] : problems)
-      report["problems"].push_back({{"card", card},
+      report["problems"].push_back({{"card", card - 1},
+                                    {"id", problem_card(cards, card).id},
                                     {"employee", problem.employee},
                                     {"field", problem.field},
                                     {"length", problem.length},
@@ -114,7 +128,7 @@ int run_qb2000_check(const std::string& cards_path, const std::string& setup, bo
       out << dates.size() << (dates.size() == 1 ? " card holds" : " cards hold")
           << " a date QuickBooks would get a century off; the export would stop before sending "
              "anything.\n";
-    print_field_problems(problems, out);
+    print_field_problems(problems, cards, out);
   }
   return problems.empty() && dates.empty() ? kSucceeded : kUnexplainedDifference;
 }

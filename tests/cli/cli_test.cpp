@@ -47,12 +47,19 @@ TEST_F(CommandLine, EmptyOutIsAnEmptyFileNameAndTheMessageGoesToStderr) {
   EXPECT_EQ(r.err, "No file name selected!\n");
 }
 
+// The raised error is one line; the settings string at fault is named on the next,
+// after the warning that it is short.
 TEST_F(CommandLine, RaisedErrorIsOneLineOnStderr) {
   const auto r = zorvat({"export", "Generic", "--cards", kCards, "--setup", "0,1", "--out",
                          (dir_ / "x.tab").string()});
   EXPECT_EQ(r.exit_code, 3);
   EXPECT_EQ(r.out, "");
-  EXPECT_EQ(r.err, "zorvat: error 9 in zorvat.Generic.Execute: Subscript out of range\n");
+  EXPECT_EQ(r.err,
+            "zorvat: warning: the settings string has 2 fields; Generic reads 12 (positions 2 to "
+            "11 missing, from Remove Blanks on)\n"
+            "zorvat: error 9 in zorvat.Generic.Execute: Subscript out of range\n"
+            "zorvat: while reading settings position 2 (Remove Blanks): the settings string has 2 "
+            "fields; Generic reads 12\n");
 }
 
 TEST_F(CommandLine, JsonReportHasEveryFieldInOrder) {

@@ -224,7 +224,7 @@ const std::string kLongNameCards = R"({"cards": [{
   "REG": 480, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0,
   "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2004-03-01",
   "Days": [{"DayDate": "2004-03-01", "Hours": 480, "REG": 480, "OT1": 0, "OT2": 0,
-            "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0}]}, {
+            "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0}]}, {"ExportID": "E101",
   "FirstName": "Maximilianaxxxxxxxxxxxxxxx", "MI": "", "LastName": "Roe",
   "REG": 60, "OT1": 0, "OT2": 0, "VAC": 0, "HOL": 0, "SIC": 0, "OTH": 0,
   "EditREG": 0, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2004-03-01",
@@ -237,7 +237,8 @@ TEST_F(QuickBooksCommandLine, CheckListsTheCardsWhoseNamesAreTooLongWithoutASess
                          "--setup", kSetup, "--check"});
   EXPECT_EQ(r.exit_code, 4) << r.err;
   EXPECT_EQ(r.out,
-            "card 2: EmployeeAdd/FirstName of employee \"Maximilianaxxxxxxxxxxxxxxx Roe\" has 26 "
+            "card 1 (ExportID E101): EmployeeAdd/FirstName of employee "
+            "\"Maximilianaxxxxxxxxxxxxxxx Roe\" has 26 "
             "characters; QuickBooks takes at most 25.\n"
             "1 field is longer than QuickBooks takes; the export would stop there.\n");
 
@@ -246,7 +247,7 @@ TEST_F(QuickBooksCommandLine, CheckListsTheCardsWhoseNamesAreTooLongWithoutASess
   EXPECT_EQ(as_json.exit_code, 4) << as_json.err;
   const json report = json::parse(as_json.out);
   EXPECT_EQ(report.at("problems"),
-            json::parse(R"([{"card": 2, "employee": "Maximilianaxxxxxxxxxxxxxxx Roe",
+            json::parse(R"([{"card": 1, "id": "E101", "employee": "Maximilianaxxxxxxxxxxxxxxx Roe",
               "field": "EmployeeAdd/FirstName", "length": 26, "limit": 25,
               "description": "EmployeeAdd/FirstName of employee \"Maximilianaxxxxxxxxxxxxxxx Roe\" has 26 characters; QuickBooks takes at most 25."}])"));
   EXPECT_TRUE(report.at("error").is_null());
@@ -357,7 +358,7 @@ TEST_F(QuickBooksCommandLine, CheckListsTheCenturyShiftedDatesFirst) {
   EXPECT_EQ(r.out, kNewYearRefused +
                        "\n1 card holds a date QuickBooks would get a century off; the export "
                        "would stop before sending anything.\n"
-                       "card 2: EmployeeAdd/FirstName of employee \"" +
+                       "card 1: EmployeeAdd/FirstName of employee \"" +
                        std::string(26, 'F') +
                        " Roe\" has 26 characters; QuickBooks takes at most 25.\n"
                        "1 field is longer than QuickBooks takes; the export would stop there.\n");

@@ -1,0 +1,444 @@
+#include "export_check.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+#include <memory>
+
+#include "card_limits.h"
+#include "cli_ui.h"
+#include "export_classes.h"
+#include "platform.h"
+#include "zorvat/automation.h"
+#include "zorvat/code_page.h"
+#include "zorvat/reconcile/reconcile.h"
+#include "zorvat/settings.h"
+
+namespace zorvat::cli {
+namespace {
+
+// Takes the file a class writes instead of writing it: its text, as the code page
+// would hold it (a letter the code page lacks comes back as the conversion makes it).
+class FileInMemory final : public OutputFiles {
+ public:
+  explicit FileInMemory(const CodePage& code_page) : code_page_(code_page) {}
+  void write_file(const std::string&, std::string_view contents) override {
+    std::string bytes;
+    code_page_.encode(contents, bytes);
+    text_.reset();
+    std::string text;
+    code_page_.decode(bytes, text);
+    text_ = std::move(text);
+  }
+  const std::optional<std::string>& text() const { return text_; }
+
+ private:
+  const CodePage& code_page_;
+  std::optional<std::string> text_;
+};
+
+// What one export in memory came to.
+struct Outcome {
+  std::optional<Error> error;
+  bool raised_by_check = false;
+  std::optional<CardReadPlace> read_place;  // where the cards were read when it was raised
+  bool result = false;
+  std::optional<std::string> text;  // the file, when one was written
+  std::vector<std::string> messages;
+};
+
+// Runs the class as the export command does (Title, SetupData, the check, Execute),
+// with the Save dialog answered and the file kept in memory.
+Outcome export_in_memory(std::string_view class_name, const Variant& cards,
+                         const std::string& setup, const std::string& title,
+                         const CodePage& code_page) {
+  CommandLineUi ui({std::string("checked-export"), false, false, {}});
+  FileInMemory files(code_page);
+  FixedDateClock clock(system_clock().today());
+  Outcome outcome;
+  auto instance = formats::export_registry().create(class_name, {ui, files, clock, nullptr});
+  if (!instance) return outcome;
+  instance->Title = title;
+  instance->SetupData(setup);
+  try {
+    instance->run_check();
+  } catch (const Error& error) {
+    outcome.error = error;
+    outcome.raised_by_check = true;
+    return outcome;
+  }
+  try {
+    outcome.result = instance->Execute(cards);
+  } catch (const Error& error) {
+    outcome.error = error;
+    outcome.read_place = card_being_read(cards, error.number());
+  }
+  outcome.text = files.text();
+  outcome.messages = ui.messages();
+  return outcome;
+}
+
+// The same, for the trials that find a settings position: only whether it succeeds and
+// what it writes matter.
+Outcome export_quietly(std::string_view class_name, const Variant& cards, const std::string& setup,
+                       const std::string& title) {
+  return export_in_memory(class_name, cards, setup, title, utf8_code_page());
+}
+
+bool is_blank(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+std::string trimmed(std::string_view text) {
+  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
+  return std::string(text);
+}
+
+// The field shown as it stands, a CR as "\r", a line feed as "\n" and a tab as "\t".
+std::string shown(std::string_view field) {
+  std::string text = "\"";
+  for (char c : field) {
+    if (c == '\r')
+      text += "\\r";
+    else if (c == '\n')
+      text += "\\n";
+    else if (c == '\t')
+      text += "\\t";
+    else
+      text += c;
+  }
+  return text + "\"";
+}
+
+SettingPlace place_at(const ClassDescription& description, std::size_t position) {
+  SettingPlace place{position, {}};
+  if (position < description.settings.size()) place.name = description.settings[position].name;
+  return place;
+}
+
+std::string with_field(std::string_view setup, std::size_t position, const std::string& value) {
+  SettingsFields fields(setup);
+  fields.at(position) = value;
+  return fields.join();
+}
+
+std::string field_count_text(std::size_t count) {
+  return std::to_string(count) + (count == 1 ? " field" : " fields");
+}
+
+// The cards whose export alone writes a file that does not read back as its layout,
+// each named with the reader's complaint; at most kNamedCards of them, then a count.
+std::vector<Finding> unreadable_cards(std::string_view class_name,
+                                      const reconcile::ClassRules& rules,
+                                      const std::string& cards_path, const std::string& setup,
+                                      const std::string& title, const CodePage& code_page) {
+  constexpr std::size_t kNamedCards = 20;
+  std::vector<Finding> findings;
+  std::ifstream in(cards_path, std::ios::binary);
+  nlohmann::json document = nlohmann::json::parse(in, nullptr, false);
+  if (!document.is_object()) return findings;
+  // The cards array, its key matched without regard to case as the loader matches it.
+  std::string key;
+  for (const auto& [name, value] : document.items())
+    if (value.is_array() && name.size() == 5 &&
+        std::equal(name.begin(), name.end(), "cards",
+                   [](char a, char b) { return (a | 0x20) == b; }))
+      key = name;
+  if (key.empty()) return findings;
+  const nlohmann::json cards = std::move(document[key]);
+  std::size_t more = 0;
+  for (std::size_t index = 0; index < cards.size(); ++index) {
+    document[key] = nlohmann::json::array({cards[index]});
+    Variant alone;
+    try {
+      alone = load_cards_json(document.dump(), "card");
+    } catch (const CardsFileError&) {
+      continue;
+    }
+    const Outcome outcome = export_in_memory(class_name, alone, setup, title, code_page);
+    if (!outcome.text) continue;
+    try {
+      (void)reconcile::reconcile(rules, alone, setup, title, *outcome.text);
+    } catch (const reconcile::ReadError& unreadable) {
+      if (findings.size() == kNamedCards) {
+        ++more;
+        continue;
+      }
+      std::optional<CardReadPlace> place;
+      std::optional<ValuePastLimit> past;
+      for_each(alone, [&](const Variant& card) {
+        place = card_place(card, index);
+        past = value_past_limit(rules.class_name, card);
+      });
+      if (past) place->property = past->property;
+      findings.push_back({Finding::Severity::Error, place, std::nullopt,
+                          (past ? past->text + ": " : std::string()) +
+                              "its records would not read back as the layout (the file of this "
+                              "card alone: " +
+                              unreadable.what() + ")"});
+    } catch (const Error&) {
+    }
+  }
+  if (more > 0)
+    findings.push_back({Finding::Severity::Error, std::nullopt, std::nullopt,
+                        std::to_string(more) + " more cards would not read back either"});
+  return findings;
+}
+
+}  // namespace
+
+std::string setting_text(const SettingPlace& setting) {
+  std::string text = "settings position " + std::to_string(setting.position);
+  if (!setting.name.empty()) text += " (" + setting.name + ")";
+  return text;
+}
+
+std::string card_text(const CardReadPlace& card) {
+  std::string text = "card " + std::to_string(card.index);
+  if (!card.id.empty()) text += " (" + card.id_name + " " + card.id + ")";
+  if (!card.property.empty()) text += ", property " + card.property;
+  return text;
+}
+
+namespace {
+
+// "the settings string has 3 fields; PrimePay reads 7"
+std::string count_note(const ClassDescription& description, std::size_t has) {
+  return "the settings string has " + field_count_text(has) + "; " + description.class_name +
+         " reads " + std::to_string(description.settings.size());
+}
+
+// "positions 3 to 6", "position 6"
+std::string positions_text(std::size_t first, std::size_t last) {
+  return first == last ? "position " + std::to_string(first)
+                       : "positions " + std::to_string(first) + " to " + std::to_string(last);
+}
+
+}  // namespace
+
+std::optional<std::string> field_count_warning(const ClassDescription& description,
+                                               std::string_view setup) {
+  const std::size_t has = SettingsFields(setup).size();
+  const std::size_t reads = description.settings.size();
+  if (has == reads) return std::nullopt;
+  if (has < reads)
+    return count_note(description, has) + " (" + positions_text(has, reads - 1) +
+           " missing, from " + description.settings[has].name + " on)";
+  return count_note(description, has) + " (" + positions_text(reads, has - 1) + " not read)";
+}
+
+ErrorPlace place_of_check_error(const ClassDescription& description, std::string_view setup,
+                                const Error& error) {
+  ErrorPlace place;
+  const std::size_t has = SettingsFields(setup).size();
+  if (error.number() == rt::kSubscriptOutOfRange && has < description.settings.size()) {
+    place.setting = place_at(description, has);
+    place.note = count_note(description, has);
+    return place;
+  }
+  for (const SettingDescription& setting : description.settings)
+    if (setting.guard.number == error.number()) {
+      place.setting = place_at(description, setting.position);
+      return place;
+    }
+  return place;
+}
+
+ErrorPlace place_of_export_error(const ClassDescription& description, const Variant& cards,
+                                 std::string_view setup, std::string_view title, const Error& error,
+                                 std::optional<CardReadPlace> read_place) {
+  ErrorPlace place;
+  const SettingsFields fields(setup);
+  // A missing field is the settings string's fault whichever card was being read.
+  if (error.number() == rt::kSubscriptOutOfRange && fields.size() < description.settings.size()) {
+    place.setting = place_at(description, fields.size());
+    place.note = count_note(description, fields.size());
+    return place;
+  }
+  const bool card_value_explains =
+      read_place && !read_place->property.empty() && error.number() != rt::kSubscriptOutOfRange;
+  // A field that cannot be converted: the one whose cleaned-up value (without the
+  // blanks around it, else the form's design value) lets the export through.
+  if (error.number() == rt::kTypeMismatch && !card_value_explains) {
+    for (std::size_t position = 0; position < fields.size(); ++position) {
+      std::vector<std::string> candidates;
+      const std::string& field = fields.at(position);
+      if (trimmed(field) != field) candidates.push_back(trimmed(field));
+      if (position < description.settings.size() &&
+          description.settings[position].design_value != field)
+        candidates.push_back(description.settings[position].design_value);
+      for (const std::string& candidate : candidates) {
+        const Outcome trial =
+            export_quietly(description.class_name, cards, with_field(setup, position, candidate),
+                           std::string(title));
+        if (trial.error && trial.error->number() == error.number()) continue;
+        place.setting = place_at(description, position);
+        place.note =
+            shown(field) + " cannot be converted as " + description.class_name + " reads the field";
+        return place;
+      }
+    }
+  }
+  place.card = std::move(read_place);
+  if (place.card) {
+    const bool read_error =
+        error.number() == rt::kTypeMismatch || error.number() == rt::kOverflow ||
+        error.number() == rt::kInvalidUseOfNull || error.number() == rt::kObjectDoesntSupport;
+    // No value of a card is out of range of a subscript: the card is named, not the
+    // property read last.
+    if (error.number() == rt::kSubscriptOutOfRange) place.card->property.clear();
+    // An error that no read raises, on a card with a value past its layout's column:
+    // that value.
+    if (!read_error) {
+      std::optional<ValuePastLimit> past;
+      std::size_t at = 0;
+      for_each(cards, [&](const Variant& card) {
+        if (at++ == place.card->index) past = value_past_limit(description.class_name, card);
+      });
+      if (past) {
+        place.card->property = past->property;
+        place.note = past->text;
+        return place;
+      }
+    }
+    if (place.card->property.empty())
+      if (std::optional<std::string> limit =
+              card_limit_passed(description.class_name, error, cards, place.card->index))
+        place.note = *limit;
+  }
+  return place;
+}
+
+std::string finding_line(const Finding& finding) {
+  std::string line = finding.severity == Finding::Severity::Error ? "error: " : "warning: ";
+  if (finding.card)
+    line += card_text(*finding.card) + ": ";
+  else if (finding.setting)
+    line += setting_text(*finding.setting) + ": ";
+  return line + finding.message;
+}
+
+std::vector<Finding> check_export(std::string_view class_name, const Variant& cards,
+                                  const std::string& cards_path, const std::string& setup,
+                                  const std::string& title, const CodePage& code_page) {
+  std::vector<Finding> findings;
+  const reconcile::ClassRules* rules = formats::find_export_class(class_name);
+  if (!rules) return findings;
+  CommandLineUi quiet({std::nullopt, false, false, {}});
+  FixedDateClock clock(system_clock().today());
+  const ClassDescription description =
+      rules->create({quiet, safe_output_files(), clock, nullptr})->describe();
+
+  auto error = [&](std::optional<CardReadPlace> card, std::optional<SettingPlace> setting,
+                   std::string message) {
+    findings.push_back(
+        {Finding::Severity::Error, std::move(card), std::move(setting), std::move(message)});
+  };
+  auto warning = [&](std::optional<CardReadPlace> card, std::optional<SettingPlace> setting,
+                     std::string message) {
+    findings.push_back(
+        {Finding::Severity::Warning, std::move(card), std::move(setting), std::move(message)});
+  };
+
+  // The settings string as a whole: its field count.
+  const SettingsFields fields(setup);
+  const std::size_t reads = description.settings.size();
+  if (fields.size() < reads) {
+    error(std::nullopt, place_at(description, fields.size()),
+          *field_count_warning(description, setup));
+  } else if (fields.size() > reads) {
+    warning(std::nullopt, place_at(description, reads), *field_count_warning(description, setup));
+  }
+
+  // The export itself.
+  const Outcome outcome = export_in_memory(class_name, cards, setup, title, code_page);
+  const auto raised_text = [](const Error& raised) {
+    return "error " + std::to_string(raised.number()) + " in " + raised.source() + ": " +
+           raised.description();
+  };
+  if (outcome.error) {
+    const ErrorPlace place = outcome.raised_by_check
+                                 ? place_of_check_error(description, setup, *outcome.error)
+                                 : place_of_export_error(description, cards, setup, title,
+                                                         *outcome.error, outcome.read_place);
+    // A missing field was named above already.
+    const bool named_already =
+        place.setting && fields.size() < reads && place.setting->position >= fields.size();
+    if (!named_already) {
+      std::string message = (outcome.raised_by_check ? "the class's check refuses the settings: "
+                                                     : "the export would fail: ") +
+                            raised_text(*outcome.error);
+      if (!place.note.empty()) message += " (" + place.note + ")";
+      error(place.card, place.setting, std::move(message));
+    }
+  } else if (!outcome.result || !outcome.text) {
+    std::string message = "the export would write no file";
+    for (const std::string& shown_message : outcome.messages)
+      message += " (\"" + shown_message + "\")";
+    error(std::nullopt, std::nullopt, std::move(message));
+  }
+
+  // The file read back through the class's reader, against the cards.
+  if (outcome.text && rules->reads_files()) {
+    bool read_back = false;
+    try {
+      const reconcile::Reconciliation result =
+          reconcile::reconcile(*rules, cards, setup, title, *outcome.text);
+      read_back = true;
+      for (const reconcile::Row& row : result.rows)
+        if (!row.explained())
+          error(std::nullopt, std::nullopt,
+                "the file would not read back as the cards: employee " + row.employee + ", " +
+                    row.category + ": " + reconcile::hours_text(row.input, 2) +
+                    " hours on the cards, " + reconcile::hours_text(row.in_file, 2) +
+                    " in the file");
+      for (const std::string& problem : result.problems)
+        error(std::nullopt, std::nullopt, "the file would not read back: " + problem);
+    } catch (const reconcile::ReadError& unreadable) {
+      // Which cards make it so: each exported alone.
+      // A setting that makes every file unreadable (no line end) is named instead of
+      // the cards.
+      const std::vector<Finding> unusable = settings_warnings(description, setup);
+      std::vector<Finding> culprits;
+      if (unusable.empty())
+        culprits = unreadable_cards(class_name, *rules, cards_path, setup, title, code_page);
+      if (culprits.empty())
+        error(std::nullopt, unusable.empty() ? std::nullopt : unusable.back().setting,
+              (unusable.empty() ? std::string() : unusable.back().message + "; ") +
+                  "the file would not read back as its layout: " + unreadable.what());
+      for (Finding& culprit : culprits) findings.push_back(std::move(culprit));
+    } catch (const Error& raised) {
+      error(std::nullopt, std::nullopt, "the file would not read back: " + raised_text(raised));
+    }
+    (void)read_back;
+  }
+
+  // What a payroll system may misread in a file that is written.
+  for (std::size_t position = 0; position < fields.size() && position < reads; ++position) {
+    const std::string& field = fields.at(position);
+    if (trimmed(field) == field || !outcome.text) continue;
+    const Outcome clean =
+        export_quietly(class_name, cards, with_field(setup, position, trimmed(field)), title);
+    if (clean.text && clean.text != export_quietly(class_name, cards, setup, title).text)
+      warning(std::nullopt, place_at(description, position),
+              shown(field) +
+                  " has blanks or a CR around its value; the class takes it as it "
+                  "stands and writes another file than for " +
+                  shown(trimmed(field)));
+  }
+  // A warning about a setting already named by an error is left out.
+  for (Finding& finding : card_warnings(description, cards, setup, outcome.text)) {
+    const bool named =
+        finding.setting && std::any_of(findings.begin(), findings.end(), [&](const Finding& other) {
+          return other.severity == Finding::Severity::Error && other.setting &&
+                 other.setting->position == finding.setting->position;
+        });
+    if (!named) findings.push_back(std::move(finding));
+  }
+  return findings;
+}
+
+}  // namespace zorvat::cli
