@@ -232,7 +232,9 @@ std::vector<Finding> card_warnings(const ClassDescription& description, const Va
         findings.push_back({Finding::Severity::Warning, place, std::nullopt,
                             "Number " + *number + " is cut to its last " +
                                 std::to_string(kIntuitPacEmployeeDigits) + " digits, " + kept});
-      const auto [earlier, first] = first_with.emplace(kept, place);
+      CardReadPlace card_alone = place;
+      card_alone.property.clear();
+      const auto [earlier, first] = first_with.emplace(kept, std::move(card_alone));
       if (!first)
         findings.push_back({Finding::Severity::Warning, place, std::nullopt,
                             "Number " + *number + " is written as employee " + kept +

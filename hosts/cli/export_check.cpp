@@ -417,12 +417,14 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
   }
 
   // What a payroll system may misread in a file that is written.
+  std::optional<Outcome> as_given;  // exported once, when a field has blanks around it
   for (std::size_t position = 0; position < fields.size() && position < reads; ++position) {
     const std::string& field = fields.at(position);
     if (trimmed(field) == field || !outcome.text) continue;
     const Outcome clean =
         export_quietly(class_name, cards, with_field(setup, position, trimmed(field)), title);
-    if (clean.text && clean.text != export_quietly(class_name, cards, setup, title).text)
+    if (!as_given) as_given = export_quietly(class_name, cards, setup, title);
+    if (clean.text && clean.text != as_given->text)
       warning(std::nullopt, place_at(description, position),
               shown(field) +
                   " has blanks or a CR around its value; the class takes it as it "

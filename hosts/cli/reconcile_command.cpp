@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -13,6 +14,7 @@
 #include "cli_ui.h"
 #include "code_page_check.h"
 #include "code_page_option.h"
+#include "export_check.h"
 #include "export_classes.h"
 #include "json_cards.h"
 #include "platform.h"
@@ -33,6 +35,7 @@ struct Inputs {
   const std::string* written_path;  // null for a check before writing
   const std::string& code_page;
   bool json;
+  bool strict = false;  // a check with warnings only exits 1
 };
 
 double json_hours(reconcile::Amount amount) {
@@ -53,8 +56,31 @@ struct LettersCheck {
   std::vector<CardMissingLetters> missing;
 };
 
+nlohmann::ordered_json findings_json(const std::vector<Finding>& findings) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const Finding& finding : findings) {
+    nlohmann::ordered_json card;
+    if (finding.card)
+      card = {{"index", finding.card->index},
+              {"id", finding.card->id},
+              {"property", finding.card->property.empty()
+                               ? nlohmann::ordered_json()
+                               : nlohmann::ordered_json(finding.card->property)}};
+    nlohmann::ordered_json setting;
+    if (finding.setting)
+      setting = {{"position", finding.setting->position}, {"name", finding.setting->name}};
+    list.push_back(
+        {{"severity", finding.severity == Finding::Severity::Error ? "error" : "warning"},
+         {"card", card},
+         {"setting", setting},
+         {"message", finding.message}});
+  }
+  return list;
+}
+
 void print_json(std::ostream& out, const Reconciliation* result, const Failure* failure,
-                const LettersCheck* letters = nullptr) {
+                const LettersCheck* letters = nullptr,
+                const std::vector<Finding>* findings = nullptr) {
   nlohmann::ordered_json json;
   if (result) {
     json["class"] = result->class_name;
@@ -90,6 +116,7 @@ void print_json(std::ostream& out, const Reconciliation* result, const Failure* 
       json["missingLetters"] = missing_letters_json(letters->missing);
     }
   }
+  if (findings) json["findings"] = findings_json(*findings);
   json["error"] = failure ? nlohmann::ordered_json({{"number", failure->number},
                                                     {"source", failure->source},
                                                     {"description", failure->description}})
@@ -179,6 +206,16 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
       return usage(inputs, out, err, *inputs.written_path + ": " + *problem);
   }
 
+  // Before writing: the whole export in memory, read back.
+  std::vector<Finding> findings;
+  if (!inputs.written_path) {
+    findings = check_export(inputs.class_name, cards, inputs.cards_path, inputs.setup, inputs.title,
+                            *code_page);
+  }
+  const auto print_findings = [&] {
+    for (const Finding& finding : findings) err << "zorvat: " << finding_line(finding) << '\n';
+  };
+
   Reconciliation result;
   try {
     if (inputs.written_path) {
@@ -192,7 +229,16 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
     return usage(inputs, out, err,
                  *inputs.written_path + ": " + error.what() + note_in_parentheses);
   } catch (const Error& error) {
-    return fail(inputs, out, err, {error.number(), error.source(), error.description()});
+    const Failure failure{error.number(), error.source(), error.description()};
+    if (inputs.written_path) return fail(inputs, out, err, failure);
+    if (inputs.json) {
+      print_json(out, nullptr, &failure, nullptr, &findings);
+    } else {
+      err << "zorvat: error " << failure.number << " in " << failure.source << ": "
+          << failure.description << '\n';
+      print_findings();
+    }
+    return kErrorRaised;
   }
 
   // Letters the code page lacks, worked out as the export works them out.
@@ -208,7 +254,8 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
   }
 
   if (inputs.json) {
-    print_json(out, &result, nullptr, letters ? &*letters : nullptr);
+    print_json(out, &result, nullptr, letters ? &*letters : nullptr,
+               inputs.written_path ? nullptr : &findings);
   } else {
     out << reconcile::table_text(result);
     if (letters && !letters->missing.empty()) {
@@ -218,7 +265,19 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
         out << "  " << missing_letters_line(missing, letters->code_page) << '\n';
     }
   }
-  if (inputs.written_path && !inputs.json && result.unexplained() != 0) {
+  if (!inputs.json) print_findings();
+  if (!inputs.written_path) {
+    // The check's verdict: errors, then warnings under --strict.
+    const auto count = [&](Finding::Severity severity) {
+      return std::count_if(findings.begin(), findings.end(),
+                           [&](const Finding& finding) { return finding.severity == severity; });
+    };
+    if (count(Finding::Severity::Error) > 0) return kErrorRaised;
+    if (result.unexplained() != 0) return kUnexplainedDifference;
+    if (inputs.strict && count(Finding::Severity::Warning) > 0) return kReturnedFalse;
+    return kSucceeded;
+  }
+  if (!inputs.json && result.unexplained() != 0) {
     const std::string note = code_page_note(written, read_as);
     if (!note.empty()) err << "zorvat: " << note << '\n';
   }
@@ -229,7 +288,9 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
 
 ReconcileCommands::ReconcileCommands(CLI::App& app, CLI::App& export_command) {
   export_command.add_flag("--check", check_,
-                          "write nothing: show what the file would carry of the cards' time");
+                          "write nothing: run the export in memory, read its file back and "
+                          "show what it would carry of the cards' time");
+  export_command.add_flag("--strict", strict_, "with --check: exit 1 when there are warnings");
   reconcile_ = app.add_subcommand(
       "reconcile", "compare a written file with the time cards it was exported from");
   reconcile_->add_option("CLASS", class_name_, "export class name or ProgID")->required();
@@ -252,7 +313,7 @@ std::optional<int> ReconcileCommands::run(const ExportOptions& export_options, s
   if (check_)
     return run_analysis(
         {export_options.class_name, export_options.cards_path, export_options.setup,
-         export_options.title, nullptr, export_options.code_page, export_options.json},
+         export_options.title, nullptr, export_options.code_page, export_options.json, strict_},
         out, err);
   return std::nullopt;
 }

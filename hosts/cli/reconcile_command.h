@@ -46,6 +46,7 @@ class ReconcileCommands {
  private:
   CLI::App* reconcile_ = nullptr;
   bool check_ = false;
+  bool strict_ = false;
   std::string class_name_;
   std::string cards_path_;
   std::string setup_;
