@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "app.h"
+#include "card_limits.h"
 #include "cli_ui.h"
 #include "export_classes.h"
 #include "platform.h"
@@ -71,6 +72,10 @@ void print_table(std::ostream& out, const ClassDescription& description) {
         << guard_text(setting.guard) << setting.values
         << (setting.required && setting.design_value.empty() ? " (fill in)" : "") << '\n';
   }
+  const std::vector<CardNeed> needs = card_needs(description.class_name);
+  if (needs.empty()) return;
+  out << "\nWhat the cards must hold:\n";
+  for (const CardNeed& need : needs) out << "  " << need.property << ": " << need.text << '\n';
 }
 
 // Markdown table cells: a "|" would end the cell.
@@ -105,6 +110,11 @@ void print_markdown(std::ostream& out, const ClassDescription& description) {
         << " | " << (setting.guard.number == 0 ? std::string("-") : guard_text(setting.guard))
         << " |\n";
   }
+  const std::vector<CardNeed> needs = card_needs(description.class_name);
+  if (needs.empty()) return;
+  out << "\nWhat the cards must hold:\n\n";
+  for (const CardNeed& need : needs)
+    out << "- `" << need.property << "`: " << cell(need.text) << "\n";
 }
 
 nlohmann::ordered_json to_json(const ClassDescription& description) {
@@ -120,6 +130,9 @@ nlohmann::ordered_json to_json(const ClassDescription& description) {
                         {"required", setting.required},
                         {"error", guard}});
   }
+  nlohmann::ordered_json needs = nlohmann::ordered_json::array();
+  for (const CardNeed& need : card_needs(description.class_name))
+    needs.push_back({{"property", need.property}, {"text", need.text}});
   return {{"class", description.class_name},
           {"progId", description.prog_id},
           {"writes", description.writes},
@@ -127,7 +140,8 @@ nlohmann::ordered_json to_json(const ClassDescription& description) {
           {"form", description.form},
           {"formCaption", description.form_caption},
           {"settings", settings},
-          {"defaults", description.defaults()}};
+          {"defaults", description.defaults()},
+          {"cards", needs}};
 }
 
 // --defaults: the design values joined, and what the check says of them.
@@ -136,7 +150,14 @@ int print_defaults(std::ostream& out, std::ostream& err, bool json, Described& c
   const std::string defaults = description.defaults();
   const auto to_fill = description.to_fill();
   const std::optional<Error> refused = classes.check(description.class_name, defaults);
+  // Values the check accepts but that make a file a payroll system cannot use.
+  const std::vector<Finding> unusable = settings_warnings(description, defaults);
   if (json) {
+    nlohmann::ordered_json warnings = nlohmann::ordered_json::array();
+    for (const Finding& finding : unusable)
+      warnings.push_back(
+          {{"setting", {{"position", finding.setting->position}, {"name", finding.setting->name}}},
+           {"message", finding.message}});
     nlohmann::ordered_json fill = nlohmann::ordered_json::array();
     for (const SettingDescription* setting : to_fill)
       fill.push_back({{"position", setting->position}, {"name", setting->name}});
@@ -148,7 +169,8 @@ int print_defaults(std::ostream& out, std::ostream& err, bool json, Described& c
     out << nlohmann::ordered_json{{"defaults", defaults},
                                   {"accepted", !refused && to_fill.empty()},
                                   {"fill", fill},
-                                  {"checkError", check}}
+                                  {"checkError", check},
+                                  {"warnings", warnings}}
                .dump()
         << '\n';
     return kSucceeded;
@@ -160,6 +182,9 @@ int print_defaults(std::ostream& out, std::ostream& err, bool json, Described& c
       err << "  position " << setting->position << ", " << setting->name << ": " << setting->values
           << '\n';
   }
+  for (const Finding& finding : unusable)
+    err << "zorvat: " << finding_line(finding) << " (the file would be written, but not as a "
+        << "payroll system can read it)\n";
   if (refused)
     err << "zorvat: " << description.check_method << " refuses these settings as they stand: error "
         << refused->number() << ": " << refused->description() << '\n';

@@ -23,11 +23,18 @@ struct Defaults {
   const char* class_name;
   const char* defaults;                 // the setup form's design values, joined
   std::vector<std::size_t> fill_first;  // positions a new user must fill
+  // What --defaults warns of: design values the check accepts that make an unusable file.
+  std::string warning = {};
 };
 
 // Written out from each class's settings table and setup form.
 const std::vector<Defaults> kDefaults = {
-    {"Generic", "0,0,0,0,0,False,False,False,False,False,,0", {}},
+    {"Generic",
+     "0,0,0,0,0,False,False,False,False,False,,0",
+     {},
+     "zorvat: warning: settings position 9 (Separator Custom): none of positions 5 to 9 is True, "
+     "so no separator is chosen: the fields of a line run together (the file would be written, "
+     "but not as a payroll system can read it)\n"},
     {"ADP7",
      ",,,,Hours 3,,Vacation Hours,,Holiday Hours,,Sick Hours,,Hours 4,EPIP",
      {0, 1, 2, 3, 5, 7, 9, 11}},
@@ -55,7 +62,7 @@ TEST_P(Describe, DefaultsArePrintedAndEitherValidateOrNameTheFieldsToFill) {
 
   const auto validated = zorvat({"validate", expected.class_name, "--setup", expected.defaults});
   if (expected.fill_first.empty()) {
-    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.err, expected.warning);
     EXPECT_EQ(validated.exit_code, 0) << validated.err;
   } else {
     for (std::size_t position : expected.fill_first)
@@ -75,6 +82,7 @@ TEST_P(Describe, DefaultsArePrintedAndEitherValidateOrNameTheFieldsToFill) {
   std::vector<std::size_t> fill;
   for (const json& field : parsed["fill"]) fill.push_back(field["position"]);
   EXPECT_EQ(fill, expected.fill_first);
+  EXPECT_EQ(parsed["warnings"].size(), expected.warning.empty() ? 0u : 1u) << as_json.out;
 }
 
 TEST_P(Describe, TheTableHasARowPerPositionWithTheFormsValue) {
@@ -118,6 +126,41 @@ TEST(DescribeTable, NamesTheGuardAndWhatToFill) {
   const auto adp7 = zorvat({"describe", "ADP7"});
   EXPECT_NE(adp7.out.find("Company Code"), std::string::npos);
   EXPECT_NE(adp7.out.find("(fill in)"), std::string::npos);
+}
+
+// What the fixed layouts need of the cards, worked out from the columns each layout
+// declares: IntuitPAC's employee part of four, PrimePay's six-digit number and its
+// hundredths in six and seven digits, PCPreview's eight-letter hours, ADP7's batch.
+TEST(DescribeTable, SaysWhatTheCardsMustHold) {
+  const auto intuit = zorvat({"describe", "IntuitPAC"});
+  EXPECT_NE(intuit.out.find("\nWhat the cards must hold:\n  Number: the last 4 characters of the "
+                            "employee number go to the employee part (columns 6-9): a number "
+                            "needs 4 digits or more (one under 1000 fails the export with error "
+                            "5), and two numbers with the same last 4 digits are one employee "
+                            "to the payroll system\n"),
+            std::string::npos)
+      << intuit.out;
+  const auto primepay = zorvat({"describe", "PrimePay"});
+  EXPECT_NE(primepay.out.find("  Number: the employee number: columns 2-7, at most 999999\n"
+                              "  REG: regular hundredths: columns 9-14, at most 9999.99 hours "
+                              "(599999 minutes)\n"
+                              "  OT1, OT2, VAC, HOL, SIC, OTH: hundredths of hours: columns "
+                              "20-26, at most 99999.99 hours (5999999 minutes)\n"),
+            std::string::npos)
+      << primepay.out;
+  const auto preview = zorvat({"describe", "PCPreview", "--json"});
+  EXPECT_EQ(json::parse(preview.out)["cards"][2],
+            (json{{"property", "REG, OT1, OT2, VAC, HOL, SIC, OTH"},
+                  {"text", "the hours: columns 63-70, at most 99999.99 hours (5999999 minutes)"}}));
+  const auto adp7 = zorvat({"describe", "ADP7"});
+  EXPECT_NE(adp7.out.find("  OT2: EPIP: the second-level overtime of a batch (all its cards) adds "
+                          "up to at most 32767 minutes; a larger batch fails the export with "
+                          "error 6 (Overflow)\n"),
+            std::string::npos)
+      << adp7.out;
+  // A delimited file has no widths to hold.
+  EXPECT_EQ(zorvat({"describe", "Generic"}).out.find("What the cards must hold"),
+            std::string::npos);
 }
 
 TEST(DescribeTable, AnUnknownClassIsAUsageError) {
