@@ -39,6 +39,31 @@ class FileInMemory final : public OutputFiles {
   std::optional<std::string> text_;
 };
 
+// The user of an export in memory: the Save dialog is answered with a name and what
+// it proposed (name and filter) is kept, as a class may put a setting into the file's
+// name or extension; message boxes
+// are kept; questions get their default answer.
+class UiInMemory final : public UiServices {
+ public:
+  SaveDialogResult save_dialog(const SaveDialogRequest& request) override {
+    proposed_ = request.file_name + "|" + request.filter;
+    return {false, "checked-export"};
+  }
+  void message_box(const MessageBoxRequest& request) override { messages_.push_back(request.text); }
+  Answer question(const MessageBoxRequest& request, QuestionButtons buttons) override {
+    messages_.push_back(request.text);
+    return buttons == QuestionButtons::YesNo ? Answer::No : Answer::Cancel;
+  }
+  void show_help(std::string_view, std::string_view, unsigned long) override {}
+
+  const std::string& proposed() const { return proposed_; }
+  const std::vector<std::string>& messages() const { return messages_; }
+
+ private:
+  std::string proposed_;
+  std::vector<std::string> messages_;
+};
+
 // What one export in memory came to.
 struct Outcome {
   std::optional<Error> error;
@@ -46,6 +71,7 @@ struct Outcome {
   std::optional<CardReadPlace> read_place;  // where the cards were read when it was raised
   bool result = false;
   std::optional<std::string> text;  // the file, when one was written
+  std::string proposed_name;        // the file name and filter the Save dialog proposed
   std::vector<std::string> messages;
 };
 
@@ -54,7 +80,7 @@ struct Outcome {
 Outcome export_in_memory(std::string_view class_name, const Variant& cards,
                          const std::string& setup, const std::string& title,
                          const CodePage& code_page) {
-  CommandLineUi ui({std::string("checked-export"), false, false, {}});
+  UiInMemory ui;
   FileInMemory files(code_page);
   FixedDateClock clock(system_clock().today());
   Outcome outcome;
@@ -76,6 +102,7 @@ Outcome export_in_memory(std::string_view class_name, const Variant& cards,
     outcome.read_place = card_being_read(cards, error.number());
   }
   outcome.text = files.text();
+  outcome.proposed_name = ui.proposed();
   outcome.messages = ui.messages();
   return outcome;
 }
@@ -117,6 +144,44 @@ SettingPlace place_at(const ClassDescription& description, std::size_t position)
   SettingPlace place{position, {}};
   if (position < description.settings.size()) place.name = description.settings[position].name;
   return place;
+}
+
+// A card with time in every category and on a day, a four-digit employee number and
+// names: something of every setting a class uses goes into its file.
+constexpr std::string_view kEveryValueCard = R"({"PeriodEnd": "2004-03-06", "cards": [{
+  "ExportID": "E1", "Number": 1315, "Shift": 1, "REG": 2400, "OT1": 60, "OT2": 60,
+  "VAC": 60, "HOL": 60, "SIC": 60, "OTH": 60, "FirstName": "Ann", "MI": "Q",
+  "LastName": "Lee", "Badge": "1315", "EditREG": 0, "EditOT1": 0, "EditOT2": 0,
+  "PeriodStart": "2004-02-29",
+  "Days": [{"DayDate": "2004-03-01", "Hours": 480, "REG": 480, "OT1": 60, "OT2": 60,
+            "VAC": 60, "HOL": 60, "SIC": 60, "OTH": 60}]}]})";
+
+std::string with_field(std::string_view setup, std::size_t position, const std::string& value);
+
+// The positions whose value makes no difference to what the class writes with these
+// settings, whatever the cards: the file and its proposed name and filter are the same
+// with the
+// setup form's design value in their place. A position that holds the design value,
+// or nothing, is not looked at.
+std::vector<std::size_t> positions_ignored(const ClassDescription& description,
+                                           const std::string& setup, const std::string& title) {
+  std::vector<std::size_t> ignored;
+  const Variant probe = load_cards_json(std::string(kEveryValueCard), "every value");
+  const auto run = [&](const std::string& settings) {
+    return export_in_memory(description.class_name, probe, settings, title, utf8_code_page());
+  };
+  const Outcome given = run(setup);
+  if (!given.text) return ignored;
+  const SettingsFields fields(setup);
+  for (std::size_t position = 0; position < fields.size() && position < description.settings.size();
+       ++position) {
+    const std::string& design = description.settings[position].design_value;
+    if (fields.at(position).empty() || fields.at(position) == design) continue;
+    const Outcome other = run(with_field(setup, position, design));
+    if (other.text == given.text && other.proposed_name == given.proposed_name)
+      ignored.push_back(position);
+  }
+  return ignored;
 }
 
 std::string with_field(std::string_view setup, std::size_t position, const std::string& value) {
@@ -431,6 +496,13 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
                   "stands and writes another file than for " +
                   shown(trimmed(field)));
   }
+  if (outcome.text)
+    for (std::size_t position : positions_ignored(description, setup, title))
+      warning(std::nullopt, place_at(description, position),
+              shown(fields.at(position)) +
+                  " makes no difference to the file: " + description.class_name +
+                  " writes the same with " + shown(description.settings[position].design_value) +
+                  ", so it does not use this position with these settings");
   // A warning about a setting already named by an error is left out.
   for (Finding& finding : card_warnings(description, cards, setup, outcome.text)) {
     const bool named =

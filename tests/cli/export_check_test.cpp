@@ -291,6 +291,27 @@ TEST_F(ExportCheck, GenericWithoutSeparatorOrLineEndIsAWarning) {
             "settings choose no line terminator");
 }
 
+TEST_F(ExportCheck, APositionTheClassDoesNotUseIsAWarning) {
+  const std::string path = cards_file(cards(2));
+  // PrimePay writes no pay code for other time.
+  const json primepay = check_json("PrimePay", path, "4,02,20,23,24,25,30");
+  ASSERT_EQ(primepay.at("findings").size(), 1u) << primepay.dump();
+  EXPECT_EQ(primepay.at("findings")[0].at("severity"), "warning");
+  EXPECT_EQ(primepay.at("findings")[0].at("setting"), setting_of(6, "Other Pay Code"));
+  EXPECT_EQ(primepay.at("findings")[0].at("message"),
+            "\"30\" makes no difference to the file: PrimePay writes the same with \"28\", so it "
+            "does not use this position with these settings");
+
+  // ADP7's code names are titles of the CSV layout; EPIP has none.
+  std::string renamed = kAdp7Epip;
+  renamed.replace(renamed.find("Vacation Hours"), 14, "Vac");
+  const json epip = check_json("ADP7", path, renamed);
+  ASSERT_EQ(epip.at("findings").size(), 1u) << epip.dump();
+  EXPECT_EQ(epip.at("findings")[0].at("setting"), setting_of(6, "Vacation Code Name"));
+  renamed.replace(renamed.rfind("EPIP"), 4, "CSV");
+  EXPECT_EQ(check_json("ADP7", path, renamed).at("findings"), json::array());
+}
+
 TEST_F(ExportCheck, MoreFieldsThanTheClassReadsIsAWarning) {
   const json report = check_json("PrimePay", cards_file(cards(2)), kPrimePay + ",9,9");
   ASSERT_EQ(report.at("findings").size(), 1u) << report.dump();
