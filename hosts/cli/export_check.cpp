@@ -146,6 +146,13 @@ SettingPlace place_at(const ClassDescription& description, std::size_t position)
   return place;
 }
 
+// The settings string with `value` at `position`.
+std::string with_field(std::string_view setup, std::size_t position, const std::string& value) {
+  SettingsFields fields(setup);
+  fields.at(position) = value;
+  return fields.join();
+}
+
 // A card with time in every category and on a day, a four-digit employee number and
 // names: something of every setting a class uses goes into its file.
 constexpr std::string_view kEveryValueCard = R"({"PeriodEnd": "2004-03-06", "cards": [{
@@ -156,19 +163,16 @@ constexpr std::string_view kEveryValueCard = R"({"PeriodEnd": "2004-03-06", "car
   "Days": [{"DayDate": "2004-03-01", "Hours": 480, "REG": 480, "OT1": 60, "OT2": 60,
             "VAC": 60, "HOL": 60, "SIC": 60, "OTH": 60}]}]})";
 
-std::string with_field(std::string_view setup, std::size_t position, const std::string& value);
-
 // The positions whose value makes no difference to what the class writes with these
 // settings, whatever the cards: the file and its proposed name and filter are the same
-// with the
-// setup form's design value in their place. A position that holds the design value,
-// or nothing, is not looked at.
+// with the setup form's design value in their place. A position that holds the design
+// value, or nothing, is not looked at.
 std::vector<std::size_t> positions_ignored(const ClassDescription& description,
                                            const std::string& setup, const std::string& title) {
   std::vector<std::size_t> ignored;
   const Variant probe = load_cards_json(std::string(kEveryValueCard), "every value");
   const auto run = [&](const std::string& settings) {
-    return export_in_memory(description.class_name, probe, settings, title, utf8_code_page());
+    return export_quietly(description.class_name, probe, settings, title);
   };
   const Outcome given = run(setup);
   if (!given.text) return ignored;
@@ -182,12 +186,6 @@ std::vector<std::size_t> positions_ignored(const ClassDescription& description,
       ignored.push_back(position);
   }
   return ignored;
-}
-
-std::string with_field(std::string_view setup, std::size_t position, const std::string& value) {
-  SettingsFields fields(setup);
-  fields.at(position) = value;
-  return fields.join();
 }
 
 std::string field_count_text(std::size_t count) {
@@ -448,11 +446,9 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
 
   // The file read back through the class's reader, against the cards.
   if (outcome.text && rules->reads_files()) {
-    bool read_back = false;
     try {
       const reconcile::Reconciliation result =
           reconcile::reconcile(*rules, cards, setup, title, *outcome.text);
-      read_back = true;
       for (const reconcile::Row& row : result.rows)
         if (!row.explained())
           error(std::nullopt, std::nullopt,
@@ -463,9 +459,8 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
       for (const std::string& problem : result.problems)
         error(std::nullopt, std::nullopt, "the file would not read back: " + problem);
     } catch (const reconcile::ReadError& unreadable) {
-      // Which cards make it so: each exported alone.
-      // A setting that makes every file unreadable (no line end) is named instead of
-      // the cards.
+      // Which cards make it so, each exported alone; a setting that makes every file
+      // unreadable (no line end) is named instead of the cards.
       const std::vector<Finding> unusable = settings_warnings(description, setup);
       std::vector<Finding> culprits;
       if (unusable.empty())
@@ -478,7 +473,6 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
     } catch (const Error& raised) {
       error(std::nullopt, std::nullopt, "the file would not read back: " + raised_text(raised));
     }
-    (void)read_back;
   }
 
   // What a payroll system may misread in a file that is written.
