@@ -242,6 +242,28 @@ std::vector<Finding> card_warnings(const ClassDescription& description, const Va
                                 ": the payroll system takes the two for one employee"});
     });
   }
+  if (description.class_name == "PCPreview" && written) {
+    // The first and last name, a blank between, in a column of 25 letters.
+    namespace layout = formats::pcpreview_layout;
+    std::size_t index = 0;
+    for_each(cards, [&](const Variant& card) {
+      const std::size_t at = index++;
+      const std::optional<std::string> first = text_property(card, "FirstName");
+      const std::optional<std::string> last = text_property(card, "LastName");
+      if (!first || !last) return;
+      const std::string name = *first + " " + *last;
+      if (text_length(name) <= layout::kName.width) return;
+      CardReadPlace place = card_place(card, at);
+      place.property = "LastName";
+      findings.push_back({Finding::Severity::Warning, place, std::nullopt,
+                          "the name \"" + name + "\" has " + std::to_string(text_length(name)) +
+                              " letters; " + std::string(layout::kName.name) + " (columns " +
+                              std::to_string(layout::kName.first) + "-" +
+                              std::to_string(layout::kName.last()) + ") holds " +
+                              std::to_string(layout::kName.width) + ", so it is cut to \"" +
+                              std::string(text_left(name, layout::kName.width)) + "\""});
+    });
+  }
   if (written)
     for (Finding& finding : settings_warnings(description, setup))
       findings.push_back(std::move(finding));

@@ -257,6 +257,23 @@ TEST_F(ExportCheck, IntuitPacNumbersWithTheSameLastFourDigitsAreOneEmployee) {
   EXPECT_EQ(report.at("findings")[2].at("card"), card_of(2, "E102", "Number"));
 }
 
+TEST_F(ExportCheck, APCPreviewNameLongerThanItsColumnIsCut) {
+  // "Maximiliana Featherstonehaugh": 29 letters in a column of 25.
+  const std::string path = cards_file(cards(2, [](int i, json& card) {
+    if (i == 1) {
+      card["FirstName"] = "Maximiliana";
+      card["LastName"] = "Featherstonehaugh";
+    }
+  }));
+  const json report = check_json("PCPreview", path, kPCPreview);
+  ASSERT_EQ(report.at("findings").size(), 1u) << report.dump();
+  EXPECT_EQ(report.at("findings")[0].at("severity"), "warning");
+  EXPECT_EQ(report.at("findings")[0].at("card"), card_of(1, "E101", "LastName"));
+  EXPECT_EQ(report.at("findings")[0].at("message"),
+            "the name \"Maximiliana Featherstonehaugh\" has 29 letters; the name (columns 7-31) "
+            "holds 25, so it is cut to \"Maximiliana Featherstoneh\"");
+}
+
 TEST_F(ExportCheck, Adp7FormatWithABlankOrACrIsAWarningOnPosition13) {
   const std::string path = cards_file(cards(2));
   for (const std::string format : {" EPIP", "EPIP\r"}) {
