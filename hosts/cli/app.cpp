@@ -233,6 +233,42 @@ int run_class(const Request& request, const SetupOption& setup_option, std::ostr
   return not_written_back ? kErrorRaised : status;
 }
 
+// The commands of `app` but `help`, one line each: name and what it does.
+std::string command_list(const CLI::App& app) {
+  std::string list;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (command->get_name() == "help") continue;
+    std::string name = "  " + command->get_name();
+    name.resize(std::max<std::size_t>(name.size() + 2, 13), ' ');
+    list += name + command->get_description() + '\n';
+  }
+  return list;
+}
+
+// What `zorvat` alone prints: how a command line goes, and the commands.
+std::string short_usage(const CLI::App& app) {
+  return "usage: zorvat COMMAND [ARGUMENTS]\n\nCommands:\n" + command_list(app) +
+         "\n\"zorvat help COMMAND\" prints a command's options, \"zorvat --help-all\" every "
+         "command's.\n";
+}
+
+// `zorvat help [COMMAND]`: the help of the whole command, or of one command.
+int print_help(const CLI::App& app, const std::string& topic, const Request& request,
+               std::ostream& out, std::ostream& err) {
+  if (topic.empty()) {
+    // The whole command's help: app.help() would give the parsed `help` command's.
+    out << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
+    return kSucceeded;
+  }
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    if (command->get_name() == topic && topic != "help") {
+      out << command->help(app.get_name());
+      return kSucceeded;
+    }
+  return usage_error(request, out, err,
+                     "help: no command \"" + topic + "\"; the commands are:\n" + command_list(app));
+}
+
 }  // namespace
 
 int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
@@ -244,7 +280,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
                "zorvat"};
   app.require_subcommand(1);
   app.set_version_flag("--version", ZORVAT_VERSION_TEXT, "print the version and exit");
-  app.set_help_all_flag("--help-all");
+  app.set_help_all_flag("--help-all", "print the help of every command and exit");
 
   std::optional<SetupOption> export_setup;
   std::optional<SetupOption> validate_setup;
@@ -289,6 +325,16 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   ReconcileCommands reconcile_commands(app, *export_command);
   const TwoDigitYearOption two_digit_year(
       {export_command, validate_command, app.get_subcommand("reconcile")});
+  std::string help_topic;
+  CLI::App* help_command =
+      app.add_subcommand("help", "print the help of zorvat, or of one command with its options");
+  help_command->add_option("COMMAND", help_topic, "the command to explain: export, setup, ...");
+
+  if (args.empty()) {
+    // Nothing asked for: how to ask, on stderr, as any other incomplete command line.
+    err << short_usage(app);
+    return kUsageError;
+  }
 
   std::vector<std::string> reversed(args.rbegin(), args.rend());
   try {
@@ -306,6 +352,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     return usage_error(request, out, err, std::string(error.what()) + " (see zorvat --help)");
   }
 
+  if (help_command->parsed()) return print_help(app, help_topic, request, out, err);
   two_digit_year.apply();
   for (SetupOption* setup : {&*export_setup, &*validate_setup})
     if (auto problem = setup->read()) return usage_error(request, out, err, *problem);
