@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "platform.h"
 #include "zorvat/code_page.h"
@@ -27,7 +28,13 @@ std::optional<std::string> read_bytes(const std::string& path, std::string& byte
   return std::nullopt;
 }
 
-}  // namespace
+// A settings file's bytes taken apart: the string, and the line end after it that is
+// not part of it.
+struct SettingsLine {
+  std::string setup;
+  std::string line_end;             // "", "\n" or "\r\n"
+  bool more_than_one_line = false;  // a line end before the last one
+};
 
 SettingsLine split_settings_line(std::string_view bytes) {
   SettingsLine line;
@@ -40,6 +47,8 @@ SettingsLine split_settings_line(std::string_view bytes) {
   line.setup = bytes;
   return line;
 }
+
+}  // namespace
 
 SetupOption::SetupOption(CLI::App& command, std::string& setup, const std::string& setup_help,
                          const std::string& file_help)

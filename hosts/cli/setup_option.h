@@ -14,7 +14,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "zorvat/error.h"
 
@@ -24,14 +23,6 @@ class Option;
 }  // namespace CLI
 
 namespace zorvat::cli {
-
-// A settings file's bytes taken apart: the string and the line end after it.
-struct SettingsLine {
-  std::string setup;
-  std::string line_end;             // "", "\n" or "\r\n"
-  bool more_than_one_line = false;  // a line end before the last one
-};
-SettingsLine split_settings_line(std::string_view bytes);
 
 class SetupOption {
  public:
