@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+#include "cards_input.h"
 #include "cli_ui.h"
 #include "code_page_check.h"
 #include "code_page_option.h"
@@ -20,6 +21,7 @@
 #include "qb2000_check_command.h"
 #include "reconcile_command.h"
 #include "setup_command.h"
+#include "setup_option.h"
 #include "simulated_quickbooks.h"
 #include "two_digit_year_option.h"
 #include "zorvat/error.h"
@@ -137,7 +139,10 @@ std::string known_classes() {
   return list;
 }
 
-int run_class(const Request& request, std::ostream& out, std::ostream& err, bool interactive) {
+// `setup_option` is the export's --setup/--setup-file, which a successful export writes
+// the new settings string back through.
+int run_class(const Request& request, const SetupOption& setup_option, std::ostream& out,
+              std::ostream& err, bool interactive) {
   Date today = system_clock().today();
   if (!request.today.empty()) {
     const auto parsed = parse_iso_date(request.today);
@@ -154,7 +159,7 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   Variant cards;
   if (request.command == "export") {
     try {
-      cards = load_cards_file(request.cards_path);
+      cards = load_cards(request.cards_path);
     } catch (const CardsFileError& error) {
       return usage_error(request, out, err, error.what());
     }
@@ -176,7 +181,10 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   std::deque<Answer> answers;
   for (const std::string& answer : request.answers)
     answers.push_back(answer == "yes" ? Answer::Yes : Answer::No);
-  CommandLineUi ui({request.out, interactive && !request.json, !request.json, std::move(answers)});
+  // Cards read from standard input leave no terminal to answer the dialogs.
+  const bool user_answers =
+      interactive && !request.json && !cards_from_standard_input(request.cards_path);
+  CommandLineUi ui({request.out, user_answers, !request.json, std::move(answers)});
   SafeOutputFiles output_files(system_file_system(), *code_page);
   RecordingFiles files(output_files);
   FixedDateClock clock(today);
@@ -236,7 +244,13 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
   if (!request.json)
     for (const std::string& warning : report.warnings)
       err << "zorvat: warning: " << warning << '\n';
+  // The new settings go back to the settings file only when the export succeeded. When
+  // they cannot, the export's own report stands, with the error added to it.
+  std::optional<Error> not_written_back;
+  if (status == kSucceeded && request.command == "export")
+    not_written_back = setup_option.write_back(report.setup_data);
   if (request.json) {
+    if (not_written_back) report.error = not_written_back;
     print_json(out, report);
   } else if (status == kSucceeded) {
     // The file is written as the classic component writes it; each card whose letters
@@ -244,15 +258,52 @@ int run_class(const Request& request, std::ostream& out, std::ostream& err, bool
     for (const CardMissingLetters& missing : report.missing_letters)
       err << warning_line(missing, report.code_page) << '\n';
     out << (request.command == "export" ? report.setup_data : std::string("ok")) << '\n';
+    if (not_written_back) err << "zorvat: " << not_written_back->description() << '\n';
   } else if (status == kErrorRaised) {
     err << "zorvat: error " << report.error->number() << " in " << report.error->source() << ": "
         << report.error->description() << '\n';
     if (report.card)
-      err << card_line(*report.card, request.cards_path)
+      err << card_line(*report.card, cards_name(request.cards_path))
           << (report.note.empty() ? "" : ": " + report.note) << '\n';
     if (report.setting) err << setting_line(*report.setting, report.note) << '\n';
   }
-  return status;
+  return not_written_back ? kErrorRaised : status;
+}
+
+// The commands of `app` but `help`, one line each: name and what it does.
+std::string command_list(const CLI::App& app) {
+  std::string list;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (command->get_name() == "help") continue;
+    std::string name = "  " + command->get_name();
+    name.resize(std::max<std::size_t>(name.size() + 2, 13), ' ');
+    list += name + command->get_description() + '\n';
+  }
+  return list;
+}
+
+// What `zorvat` alone prints: how a command line goes, and the commands.
+std::string short_usage(const CLI::App& app) {
+  return "usage: zorvat COMMAND [ARGUMENTS]\n\nCommands:\n" + command_list(app) +
+         "\n\"zorvat help COMMAND\" prints a command's options, \"zorvat --help-all\" every "
+         "command's.\n";
+}
+
+// `zorvat help [COMMAND]`: the help of the whole command, or of one command.
+int print_help(const CLI::App& app, const std::string& topic, const Request& request,
+               std::ostream& out, std::ostream& err) {
+  if (topic.empty()) {
+    // The whole command's help: app.help() would give the parsed `help` command's.
+    out << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
+    return kSucceeded;
+  }
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    if (command->get_name() == topic && topic != "help") {
+      out << command->help(app.get_name());
+      return kSucceeded;
+    }
+  return usage_error(request, out, err,
+                     "help: no command \"" + topic + "\"; the commands are:\n" + command_list(app));
 }
 
 }  // namespace
@@ -266,18 +317,25 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
                "zorvat"};
   app.require_subcommand(1);
   app.set_version_flag("--version", ZORVAT_VERSION_TEXT, "print the version and exit");
-  app.set_help_all_flag("--help-all");
+  app.set_help_all_flag("--help-all", "print the help of every command and exit");
 
-  auto add_common = [&](CLI::App* command) {
+  std::optional<SetupOption> export_setup;
+  std::optional<SetupOption> validate_setup;
+  auto add_common = [&](CLI::App* command, std::optional<SetupOption>& setup,
+                        const std::string& setup_file_help) {
     command->add_option("CLASS", request.class_name, "export class name or ProgID (zorvat.Generic)")
         ->required();
-    command->add_option("--setup", request.setup, "the settings string (SetupData)");
+    setup.emplace(*command, request.setup, "the settings string (SetupData)", setup_file_help);
     command->add_option("--title", request.title, "the Title the host assigns");
     command->add_flag("--json", request.json, "print one JSON object with the whole result");
   };
   CLI::App* export_command = app.add_subcommand("export", "export a pay period's time cards");
-  add_common(export_command);
-  export_command->add_option("--cards", request.cards_path, "time-card file (JSON)")->required();
+  add_common(export_command, export_setup,
+             "read the settings string from this file (one line); a successful export "
+             "writes the new one back");
+  export_command
+      ->add_option("--cards", request.cards_path, "time-card file (JSON); - for standard input")
+      ->required();
   export_command->add_option("--out", request.out,
                              "answer the Save dialog with this path (\"\" for an empty name)");
   export_command->add_option("--today", request.today,
@@ -297,12 +355,23 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       ->check(CLI::IsMember({"yes", "no"}, CLI::ignore_case));
   CLI::App* validate_command =
       app.add_subcommand("validate", "run only the class's check of its settings");
-  add_common(validate_command);
+  add_common(validate_command, validate_setup,
+             "read the settings string from this file (one line)");
   const DescribeCommands describe_commands(app);
-  const SetupCommand setup_command(app);
-  const ReconcileCommands reconcile_commands(app, *export_command);
+  SetupCommand setup_command(app);
+  ReconcileCommands reconcile_commands(app, *export_command);
   const TwoDigitYearOption two_digit_year(
       {export_command, validate_command, app.get_subcommand("reconcile")});
+  std::string help_topic;
+  CLI::App* help_command =
+      app.add_subcommand("help", "print the help of zorvat, or of one command with its options");
+  help_command->add_option("COMMAND", help_topic, "the command to explain: export, setup, ...");
+
+  if (args.empty()) {
+    // Nothing asked for: how to ask, on stderr, as any other incomplete command line.
+    err << short_usage(app);
+    return kUsageError;
+  }
 
   std::vector<std::string> reversed(args.rbegin(), args.rend());
   try {
@@ -320,7 +389,10 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     return usage_error(request, out, err, std::string(error.what()) + " (see zorvat --help)");
   }
 
+  if (help_command->parsed()) return print_help(app, help_topic, request, out, err);
   two_digit_year.apply();
+  for (SetupOption* setup : {&*export_setup, &*validate_setup})
+    if (auto problem = setup->read()) return usage_error(request, out, err, *problem);
   if (setup_command.parsed()) return setup_command.run(out, err, interactive);
   // QB2000 writes no file: its check lists the cards QuickBooks' fields cannot take.
   if (export_command->parsed() && export_command->get_option("--check")->as<bool>() &&
@@ -333,7 +405,8 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   if (describe_commands.parsed()) return describe_commands.run(out, err);
   request.command = export_command->parsed() ? "export" : "validate";
   try {
-    return run_class(request, out, err, interactive);
+    return run_class(request, export_command->parsed() ? *export_setup : *validate_setup, out, err,
+                     interactive);
   } catch (const std::exception& unexpected) {
     // Nothing but a class's raised errors is expected here; say so rather than abort.
     err << "zorvat: internal error: " << unexpected.what() << '\n';

@@ -7,6 +7,8 @@
 // terminal_form.h).
 #pragma once
 
+#include <string>
+
 #include "zorvat/file_step.h"
 #include "zorvat/ui_services.h"
 
@@ -18,6 +20,11 @@ FileSystem& system_file_system();
 // The safe file step over the system's file system, writing in the default code page
 // (code_page_option.h).
 OutputFiles& safe_output_files();
+
+// Appends standard input, read to its end, to `bytes`: the bytes as they come, with no
+// line-end conversion (on Windows standard input is switched to binary first, so CR LF
+// stays CR LF and Ctrl-Z is a byte like any other). False when a read failed.
+bool read_standard_input(std::string& bytes);
 
 // Whether a user can answer: on POSIX, standard input and standard error are a
 // terminal; on Windows, standard input is a console (the dialogs need no stderr).

@@ -6,8 +6,8 @@
 
 #include "app.h"
 #include "card_limits.h"
+#include "cards_input.h"
 #include "cli_ui.h"
-#include "json_cards.h"
 #include "platform.h"
 #include "qb2000/qb2000.h"
 #include "qb2000/qb2000_check.h"
@@ -77,7 +77,7 @@ int run_qb2000_check(const std::string& cards_path, const std::string& setup, bo
                      std::ostream& out, std::ostream& err) {
   Variant cards;
   try {
-    cards = load_cards_file(cards_path);
+    cards = load_cards(cards_path);
   } catch (const CardsFileError& error) {
     print_error(json, out, err, 0, "zorvat", error.what());
     return kUsageError;

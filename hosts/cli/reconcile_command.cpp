@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "app.h"
+#include "cards_input.h"
 #include "cli_ui.h"
 #include "code_page_check.h"
 #include "code_page_option.h"
@@ -190,7 +191,7 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
 
   Variant cards;
   try {
-    cards = load_cards_file(inputs.cards_path);
+    cards = load_cards(inputs.cards_path);
   } catch (const CardsFileError& error) {
     return usage(inputs, out, err, error.what());
   }
@@ -295,8 +296,10 @@ ReconcileCommands::ReconcileCommands(CLI::App& app, CLI::App& export_command) {
       "reconcile", "compare a written file with the time cards it was exported from");
   reconcile_->add_option("CLASS", class_name_, "export class name or ProgID")->required();
   reconcile_->add_option("FILE_WRITTEN", written_path_, "the file the class wrote")->required();
-  reconcile_->add_option("--cards", cards_path_, "time-card file (JSON)")->required();
-  reconcile_->add_option("--setup", setup_, "the settings string (SetupData) of the export");
+  reconcile_->add_option("--cards", cards_path_, "time-card file (JSON); - for standard input")
+      ->required();
+  setup_option_.emplace(*reconcile_, setup_, "the settings string (SetupData) of the export",
+                        "read the settings string of the export from this file (one line)");
   reconcile_->add_option("--title", title_, "the Title of the export");
   reconcile_->add_flag("--json", json_, "print one JSON object");
   code_page_ = default_code_page_name();
@@ -306,10 +309,13 @@ ReconcileCommands::ReconcileCommands(CLI::App& app, CLI::App& export_command) {
 }
 
 std::optional<int> ReconcileCommands::run(const ExportOptions& export_options, std::ostream& out,
-                                          std::ostream& err) const {
-  if (reconcile_->parsed())
-    return run_analysis(
-        {class_name_, cards_path_, setup_, title_, &written_path_, code_page_, json_}, out, err);
+                                          std::ostream& err) {
+  if (reconcile_->parsed()) {
+    const Inputs inputs{class_name_,    cards_path_, setup_, title_,
+                        &written_path_, code_page_,  json_};
+    if (auto problem = setup_option_->read()) return usage(inputs, out, err, *problem);
+    return run_analysis(inputs, out, err);
+  }
   if (check_)
     return run_analysis(
         {export_options.class_name, export_options.cards_path, export_options.setup,

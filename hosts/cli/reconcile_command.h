@@ -1,8 +1,10 @@
 // `zorvat reconcile` and `zorvat export ... --check`: every minute of the cards
 // accounted for in an export class's file.
 //
-//   zorvat reconcile CLASS --cards FILE --setup TEXT [--title TEXT] [--json] FILE_WRITTEN
-//   zorvat export CLASS --cards FILE --setup TEXT [--title TEXT] [--json] --check
+//   zorvat reconcile CLASS --cards FILE --setup TEXT|--setup-file PATH [--title TEXT] [--json]
+//                    FILE_WRITTEN
+//   zorvat export CLASS --cards FILE --setup TEXT|--setup-file PATH [--title TEXT] [--json]
+//                 --check
 //
 // Both print a table (employee, category, input hours, in the file, difference,
 // reason) with totals, or one JSON object with --json. Exit status: 0 every difference
@@ -14,6 +16,8 @@
 #include <iosfwd>
 #include <optional>
 #include <string>
+
+#include "setup_option.h"
 
 namespace CLI {
 class App;
@@ -40,8 +44,7 @@ class ReconcileCommands {
 
   // Runs reconcile, or export --check, when the command line asked for it; no value
   // when it asked for something else.
-  std::optional<int> run(const ExportOptions& export_options, std::ostream& out,
-                         std::ostream& err) const;
+  std::optional<int> run(const ExportOptions& export_options, std::ostream& out, std::ostream& err);
 
  private:
   CLI::App* reconcile_ = nullptr;
@@ -50,6 +53,7 @@ class ReconcileCommands {
   std::string class_name_;
   std::string cards_path_;
   std::string setup_;
+  std::optional<SetupOption> setup_option_;
   std::string title_;
   std::string written_path_;
   std::string code_page_;  // the code page the written file is read in

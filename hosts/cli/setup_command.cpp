@@ -91,7 +91,9 @@ SetupCommand::SetupCommand(CLI::App& app)
     : command_(app.add_subcommand("setup", "edit a class's settings on its setup form")) {
   command_->add_option("CLASS", class_name_, "export class name or ProgID (zorvat.Generic)")
       ->required();
-  command_->add_option("--setup", setup_, "the settings string (SetupData) the form starts from");
+  setup_option_.emplace(*command_, setup_, "the settings string (SetupData) the form starts from",
+                        "read the settings string from this file (one line); a saved form "
+                        "writes the new one back");
   command_->add_option("--title", title_, "the Title the host assigns");
   command_->footer(
       "On a terminal the form is interactive; otherwise standard input is a script of\n"
@@ -107,7 +109,11 @@ bool SetupCommand::parsed() const {
   return command_->parsed();
 }
 
-int SetupCommand::run(std::ostream& out, std::ostream& err, bool interactive) const {
+int SetupCommand::run(std::ostream& out, std::ostream& err, bool interactive) {
+  if (auto problem = setup_option_->read()) {
+    err << "zorvat: " << *problem << '\n';
+    return kUsageError;
+  }
   SetupUi ui(err, interactive);
   const ExportContext context{ui, safe_output_files(), system_clock()};
   auto instance = formats::export_registry().create(class_name_, context);
@@ -130,8 +136,14 @@ int SetupCommand::run(std::ostream& out, std::ostream& err, bool interactive) co
     return kErrorRaised;
   }
   if (ui.script_failed()) return kUsageError;
-  out << instance->SetupData() << '\n';
-  return saved ? kSucceeded : kReturnedFalse;
+  const std::string new_setup = instance->SetupData();
+  out << new_setup << '\n';
+  if (!saved) return kReturnedFalse;
+  if (auto not_written_back = setup_option_->write_back(new_setup)) {
+    err << "zorvat: " << not_written_back->description() << '\n';
+    return kErrorRaised;
+  }
+  return kSucceeded;
 }
 
 }  // namespace zorvat::cli

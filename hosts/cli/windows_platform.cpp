@@ -1,6 +1,10 @@
 // zorvat.exe on Windows: the safe file step over the Win32 file system, and for a user
 // at a console the Windows dialogs and forms every Windows host shows (hosts/win32).
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
+
+#include <cstdio>
 
 #include "platform.h"
 #include "win32/calendar_setting.h"
@@ -19,6 +23,15 @@ bool is_console(DWORD which) {
 FileSystem& system_file_system() {
   static win32::Win32FileSystem file_system;
   return file_system;
+}
+
+bool read_standard_input(std::string& bytes) {
+  // Text mode would turn CR LF into LF and stop at the first Ctrl-Z.
+  if (_setmode(_fileno(stdin), _O_BINARY) == -1) return false;
+  char chunk[1 << 16];
+  std::size_t got = 0;
+  while ((got = std::fread(chunk, 1, sizeof chunk, stdin)) > 0) bytes.append(chunk, got);
+  return std::ferror(stdin) == 0;
 }
 
 bool interactive_session() {

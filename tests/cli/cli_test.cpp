@@ -101,6 +101,57 @@ TEST_F(CommandLine, UsageErrorsExitTwo) {
   EXPECT_NE(today.err.find("--today"), std::string::npos);
 }
 
+TEST_F(CommandLine, AloneItPrintsTheCommandsAndExitsTwo) {
+  const auto r = zorvat({});
+  EXPECT_EQ(r.exit_code, 2);
+  EXPECT_EQ(r.out, "");
+  EXPECT_EQ(r.err,
+            "usage: zorvat COMMAND [ARGUMENTS]\n"
+            "\n"
+            "Commands:\n"
+            "  export     export a pay period's time cards\n"
+            "  validate   run only the class's check of its settings\n"
+            "  describe   what an export class writes and the fields of its settings string\n"
+            "  classes    list the export classes and what each writes\n"
+            "  setup      edit a class's settings on its setup form\n"
+            "  reconcile  compare a written file with the time cards it was exported from\n"
+            "\n"
+            "\"zorvat help COMMAND\" prints a command's options, \"zorvat --help-all\" every "
+            "command's.\n");
+}
+
+TEST_F(CommandLine, HelpPrintsTheHelp) {
+  const auto help = zorvat({"help"});
+  EXPECT_EQ(help.exit_code, 0) << help.err;
+  EXPECT_EQ(help.err, "");
+  EXPECT_TRUE(help.out.starts_with("zorvat: exports a pay period's time cards")) << help.out;
+  EXPECT_EQ(help.out, zorvat({"--help"}).out);
+  for (const char* command : {"export", "validate", "setup", "reconcile", "describe", "classes"})
+    EXPECT_NE(help.out.find(std::string("\n  ") + command + " "), std::string::npos) << command;
+}
+
+TEST_F(CommandLine, HelpOfACommandListsItsOptions) {
+  const auto r = zorvat({"help", "export"});
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_TRUE(r.out.starts_with("export a pay period's time cards\n")) << r.out;
+  for (const char* option : {"--cards", "--setup ", "--setup-file", "--out", "--check", "--json"})
+    EXPECT_NE(r.out.find(option), std::string::npos) << option;
+  EXPECT_EQ(r.out, zorvat({"export", "--help"}).out);
+  const auto reconcile = zorvat({"help", "reconcile"});
+  EXPECT_EQ(reconcile.exit_code, 0);
+  EXPECT_NE(reconcile.out.find("FILE_WRITTEN"), std::string::npos) << reconcile.out;
+}
+
+TEST_F(CommandLine, HelpOfAnUnknownCommandIsAUsageError) {
+  const auto r = zorvat({"help", "frobnicate"});
+  EXPECT_EQ(r.exit_code, 2);
+  EXPECT_EQ(r.out, "");
+  EXPECT_TRUE(
+      r.err.starts_with("zorvat: help: no command \"frobnicate\"; the commands are:\n"
+                        "  export     export a pay period's time cards\n"))
+      << r.err;
+}
+
 TEST_F(CommandLine, UsageErrorInJsonModeIsStillOneObject) {
   const auto r = zorvat({"export", "Generic", "--json"});
   EXPECT_EQ(r.exit_code, 2);

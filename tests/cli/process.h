@@ -1,7 +1,8 @@
-// Runs a program with arguments (no shell), stdin from /dev/null, and collects its
-// standard output, standard error and exit status.
+// Runs a program with arguments (no shell), stdin from /dev/null or a pipe, and collects
+// its standard output, standard error and exit status.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,8 @@ struct ProcessResult {
   std::string err;
 };
 
-ProcessResult run_process(const std::vector<std::string>& argv);
+// With `input`, standard input is a pipe that is given those bytes and then closed.
+ProcessResult run_process(const std::vector<std::string>& argv,
+                          const std::optional<std::string>& input = std::nullopt);
 
 }  // namespace zorvat::testing_support

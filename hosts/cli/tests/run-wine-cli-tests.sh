@@ -4,8 +4,9 @@
 # in), the whole conformance corpus (exit status, report and the written bytes), a cards
 # file with a UTF-8 byte-order mark, the file written in the prefix's ANSI code page
 # (Windows-1252) and with --code-page utf-8, drive-letter, backslash and relative paths, the
-# safe file step over existing and read-only files, reconcile and export --check, QB2000
-# against the simulated company, and on a console the Windows Save
+# safe file step over existing and read-only files, cards on standard input (read in
+# binary) and the settings string in a file written back, reconcile and export --check,
+# QB2000 against the simulated company, and on a console the Windows Save
 # dialog and the setup forms worked as a user does (zorvat_cli_tests.exe starts
 # zorvat.exe on its console and drives its windows). With Xvfb installed, the console
 # tests run on an X display with Wine's X11 driver; otherwise under the null driver.

@@ -7,9 +7,10 @@
 // exactly), a cards file that starts with a UTF-8 byte-order mark, the file in the
 // system's ANSI code page by default and in UTF-8 with --code-page utf-8, paths with drive
 // letters, backslashes and relative folders, the safe file step over existing and
-// read-only files, reconcile and export --check, QB2000 against the simulated company,
-// and on a console: the Save dialog answered by a user (typed name, Cancel) and the
-// setup form worked by a user, its message boxes included.
+// read-only files, cards on standard input and the settings string in a file, reconcile
+// and export --check, QB2000 against the simulated company, and on a console: the Save
+// dialog answered by a user (typed name, Cancel) and the setup form worked by a user, its
+// message boxes included.
 //
 // Prints one line per check, "ok - NAME" or "not ok - NAME" (then why), and "done".
 #include <windows.h>
@@ -134,6 +135,7 @@ struct RunOptions {
   std::function<std::shared_ptr<void>(DWORD process)> attach;
   // Runs the process to its end; the form-driving tests wrap it.
   std::function<void(const std::function<void()>&)> around;
+  fs::path input;  // a file whose bytes are the standard input, instead of NUL
 };
 
 Run run_cli(const std::vector<std::wstring>& args, const RunOptions& options = {}) {
@@ -146,8 +148,9 @@ Run run_cli(const std::vector<std::wstring>& args, const RunOptions& options = {
   zorvat::win32::unique_handle out(inheritable(out_path.c_str(), GENERIC_WRITE, CREATE_ALWAYS));
   zorvat::win32::unique_handle err(inheritable(err_path.c_str(), GENERIC_WRITE, CREATE_ALWAYS));
   zorvat::win32::unique_handle in(
-      options.console ? inheritable(L"CONIN$", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING)
-                      : inheritable(L"NUL", GENERIC_READ, OPEN_EXISTING));
+      options.console          ? inheritable(L"CONIN$", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING)
+      : !options.input.empty() ? inheritable(options.input.c_str(), GENERIC_READ, OPEN_EXISTING)
+                               : inheritable(L"NUL", GENERIC_READ, OPEN_EXISTING));
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;
@@ -332,7 +335,7 @@ void path_tests() {
   // Relative paths with backslashes, from the current folder.
   Run run = run_cli({L"export", L"Generic", L"--cards", L"in\\cards.json", L"--setup",
                      to_wide(kSetup), L"--out", L"out\\period.txt"},
-                    {false, folder, {}, {}});
+                    {false, folder, {}, {}, {}});
   report(run.exit == 0 && read_bytes(folder / "out" / "period.txt") == kExpected,
          "relative paths with backslashes (in\\cards.json, out\\period.txt)", shown(run));
 
@@ -462,6 +465,88 @@ void file_step_tests() {
   report(run.exit == 3 &&
              first_line(run.err) == "zorvat: error 76 in zorvat.Generic.Execute: Path not found",
          "a missing folder raises 76 Path not found", shown(run));
+}
+
+// --- Cards on standard input, settings in a file -----------------------------------------
+
+void standard_input_tests() {
+  const fs::path folder = fresh_folder("stdin");
+  std::string crlf_cards;  // the sample with CR LF line ends, as a Windows editor saves it
+  for (char c : kCards) {
+    if (c == '\n') crlf_cards += '\r';
+    crlf_cards += c;
+  }
+  write_bytes(folder / "cards.json", crlf_cards);
+  RunOptions piped;
+  piped.input = folder / "cards.json";
+  Run run = run_cli({L"export", L"Generic", L"--cards", L"-", L"--setup", to_wide(kSetup), L"--out",
+                     (folder / "out.txt").wstring()},
+                    piped);
+  report(run.exit == 0 && read_bytes(folder / "out.txt") == kExpected,
+         "--cards - reads the cards from standard input", shown(run));
+
+  // Standard input is read in binary: a Ctrl-Z after the cards is a byte of the input, not
+  // its end, and is refused as it is in a file.
+  write_bytes(folder / "ctrl-z.json", crlf_cards + "\x1A");
+  piped.input = folder / "ctrl-z.json";
+  run = run_cli({L"export", L"Generic", L"--cards", L"-", L"--setup", to_wide(kSetup), L"--out",
+                 (folder / "z.txt").wstring()},
+                piped);
+  const Run from_file =
+      run_cli({L"export", L"Generic", L"--cards", (folder / "ctrl-z.json").wstring(), L"--setup",
+               to_wide(kSetup), L"--out", (folder / "z.txt").wstring()});
+  std::string named_stdin = from_file.err;
+  const std::string file_name = to_utf8((folder / "ctrl-z.json").wstring());
+  if (named_stdin.find(file_name) != std::string::npos)
+    named_stdin.replace(named_stdin.find(file_name), file_name.size(), "<stdin>");
+  report(run.exit == 2 && from_file.exit == 2 && run.err == named_stdin &&
+             !fs::exists(folder / "z.txt"),
+         "standard input is read in binary, byte for byte as a file is",
+         shown(run) + "\nfrom the file: " + shown(from_file));
+}
+
+void settings_file_tests() {
+  const fs::path folder = fresh_folder("settings-file");
+  write_bytes(folder / "cards.json", kCards);
+  // ADP7's CSV layout advances its batch number, 7 to 8, with each export.
+  const std::string batch7 =
+      "ACM,7,01,O2,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,CSV";
+  const std::string batch8 =
+      "ACM,8,01,O2,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,CSV";
+  const fs::path settings = folder / "adp7.setup";
+  write_bytes(settings, batch7 + "\r\n");
+  const std::vector<std::wstring> export_adp7 = {
+      L"export",       L"ADP7",
+      L"--cards",      (folder / "cards.json").wstring(),
+      L"--setup-file", settings.wstring(),
+      L"--out",        (folder / "EPIACM07.CSV").wstring()};
+  Run run = run_cli(export_adp7);
+  report(
+      run.exit == 0 && first_line(run.out) == batch8 && read_bytes(settings) == batch8 + "\r\n" &&
+          names_in(folder) == std::vector<std::string>{"EPIACM07.CSV", "adp7.setup", "cards.json"},
+      "--setup-file: the new settings string replaces the file's, its CR LF kept",
+      shown(run) + "\nsettings file: " + visible(read_bytes(settings)) +
+          "\nfolder: " + joined(names_in(folder)));
+
+  write_bytes(settings, batch7 + "\r\n");
+  SetFileAttributesW(settings.c_str(), FILE_ATTRIBUTE_READONLY);
+  run = run_cli(export_adp7);
+  report(
+      run.exit == 3 && first_line(run.out) == batch8 &&
+          first_line(run.err) == "zorvat: settings file " + to_utf8(settings.wstring()) +
+                                     ": not updated (Permission denied); it still holds the "
+                                     "settings string it was read with" &&
+          read_bytes(settings) == batch7 + "\r\n" &&
+          names_in(folder) == std::vector<std::string>{"EPIACM07.CSV", "adp7.setup", "cards.json"},
+      "--setup-file: a read-only settings file is kept, and the export still reported",
+      shown(run) + "\nsettings file: " + visible(read_bytes(settings)));
+  SetFileAttributesW(settings.c_str(), FILE_ATTRIBUTE_NORMAL);
+
+  write_bytes(settings, batch7 + "\r\nsecond line\r\n");
+  run = run_cli(export_adp7);
+  report(run.exit == 2 && first_line(run.err).find("adp7.setup: line 2: ") != std::string::npos &&
+             read_bytes(settings) == batch7 + "\r\nsecond line\r\n",
+         "--setup-file: a second line is refused", shown(run));
 }
 
 // --- Reconciliation and QuickBooks, as on Linux ------------------------------------------
@@ -711,6 +796,8 @@ int wmain(int argc, wchar_t** argv) {
   code_page_tests();
   path_tests();
   file_step_tests();
+  standard_input_tests();
+  settings_file_tests();
   reconcile_tests();
   quickbooks_tests();
   save_dialog_tests();

@@ -1,0 +1,98 @@
+#include "setup_option.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "platform.h"
+#include "zorvat/code_page.h"
+#include "zorvat/file_step.h"
+
+namespace zorvat::cli {
+namespace {
+
+// The whole file, or why it cannot be read.
+std::optional<std::string> read_bytes(const std::string& path, std::string& bytes) {
+  if (system_file_system().kind(path) == FileSystem::Kind::Directory) return "it is a folder";
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) return std::string(std::strerror(errno));
+  char chunk[4096];
+  std::size_t got = 0;
+  while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
+  const bool failed = std::ferror(file) != 0;
+  std::fclose(file);
+  if (failed) return std::string("read error");
+  return std::nullopt;
+}
+
+// A settings file's bytes taken apart: the string, and the line end after it that is
+// not part of it.
+struct SettingsLine {
+  std::string setup;
+  std::string line_end;             // "", "\n" or "\r\n"
+  bool more_than_one_line = false;  // a line end before the last one
+};
+
+SettingsLine split_settings_line(std::string_view bytes) {
+  SettingsLine line;
+  if (!bytes.empty() && bytes.back() == '\n') {
+    const bool cr_lf = bytes.size() >= 2 && bytes[bytes.size() - 2] == '\r';
+    line.line_end = cr_lf ? "\r\n" : "\n";
+    bytes.remove_suffix(line.line_end.size());
+  }
+  line.more_than_one_line = bytes.find('\n') != std::string_view::npos;
+  line.setup = bytes;
+  return line;
+}
+
+}  // namespace
+
+SetupOption::SetupOption(CLI::App& command, std::string& setup, const std::string& setup_help,
+                         const std::string& file_help)
+    : setup_(setup) {
+  text_option_ = command.add_option("--setup", setup, setup_help)->type_name("TEXT");
+  file_option_ = command.add_option("--setup-file", path_, file_help)->type_name("PATH");
+}
+
+std::optional<std::string> SetupOption::read() {
+  if (file_option_->count() == 0) return std::nullopt;
+  if (text_option_->count() != 0)
+    return "--setup and --setup-file both give the settings string: give one of them";
+  const std::string name = "settings file " + path_;
+  std::string bytes;
+  if (auto problem = read_bytes(path_, bytes)) return name + ": cannot be read (" + *problem + ")";
+  SettingsLine line = split_settings_line(bytes);
+  if (line.more_than_one_line)
+    return name +
+           ": line 2: the file holds the settings string on one line, and nothing after it "
+           "but its line end";
+  setup_ = std::move(line.setup);
+  read_ = setup_;
+  line_end_ = std::move(line.line_end);
+  from_file_ = true;
+  return std::nullopt;
+}
+
+std::optional<Error> SetupOption::write_back(const std::string& new_setup) const {
+  if (!from_file_ || new_setup == read_) return std::nullopt;
+  const std::string name = "settings file " + path_;
+  const std::string kept = "; it still holds the settings string it was read with";
+  // The file must read back as the same string: a line end inside it would not.
+  const std::string bytes = new_setup + line_end_;
+  const SettingsLine again = split_settings_line(bytes);
+  if (again.more_than_one_line || again.setup != new_setup)
+    return Error(rt::kInvalidProcedureCall, std::string(kComponentSource),
+                 name + ": not updated (the new settings string holds a line end)" + kept);
+  try {
+    SafeOutputFiles(system_file_system(), utf8_code_page()).write_file(path_, bytes);
+  } catch (const Error& error) {
+    return Error(error.number(), std::string(kComponentSource),
+                 name + ": not updated (" + error.description() + ")" + kept);
+  }
+  return std::nullopt;
+}
+
+}  // namespace zorvat::cli
