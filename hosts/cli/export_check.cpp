@@ -192,6 +192,27 @@ std::string field_count_text(std::size_t count) {
   return std::to_string(count) + (count == 1 ? " field" : " fields");
 }
 
+// The cards with a value past the column its layout gives it, which make the file
+// `unreadable`; at most kNamedCards of them.
+std::vector<Finding> cards_past_limits(std::string_view class_name, const Variant& cards,
+                                       std::string_view unreadable) {
+  constexpr std::size_t kNamedCards = 20;
+  std::vector<Finding> findings;
+  std::size_t index = 0;
+  for_each(cards, [&](const Variant& card) {
+    const std::size_t at = index++;
+    if (findings.size() == kNamedCards) return;
+    const std::optional<ValuePastLimit> past = value_past_limit(class_name, card);
+    if (!past) return;
+    CardReadPlace place = card_place(card, at);
+    place.property = past->property;
+    findings.push_back({Finding::Severity::Error, place, std::nullopt,
+                        past->text + ": its records would not read back as the layout (" +
+                            std::string(unreadable) + ")"});
+  });
+  return findings;
+}
+
 // The cards whose export alone writes a file that does not read back as its layout,
 // each named with the reader's complaint; at most kNamedCards of them, then a count.
 std::vector<Finding> unreadable_cards(std::string_view class_name,
@@ -459,11 +480,14 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
       for (const std::string& problem : result.problems)
         error(std::nullopt, std::nullopt, "the file would not read back: " + problem);
     } catch (const reconcile::ReadError& unreadable) {
-      // Which cards make it so, each exported alone; a setting that makes every file
-      // unreadable (no line end) is named instead of the cards.
+      // Which cards make it so: those with a value past its column, else each card
+      // exported alone; a setting that makes every file unreadable (no line end) is
+      // named instead of the cards.
       const std::vector<Finding> unusable = settings_warnings(description, setup);
       std::vector<Finding> culprits;
       if (unusable.empty())
+        culprits = cards_past_limits(rules->class_name, cards, unreadable.what());
+      if (unusable.empty() && culprits.empty())
         culprits = unreadable_cards(class_name, *rules, cards_path, setup, title, code_page);
       if (culprits.empty())
         error(std::nullopt, unusable.empty() ? std::nullopt : unusable.back().setting,
