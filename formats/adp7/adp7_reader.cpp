@@ -1,5 +1,7 @@
 #include "adp7/adp7_reader.h"
 
+#include <algorithm>
+
 #include "adp7/adp7.h"
 #include "adp7/adp7_layout.h"
 #include "zorvat/reconcile/text_reader.h"
@@ -14,6 +16,15 @@ namespace {
 constexpr std::string_view kEpip = "ADP7 EPIP";
 constexpr std::string_view kCsv = "ADP7 CSV";
 constexpr std::string_view kCsvTitles = "Co Code,Batch ID,File #,Pay #,Shift,Reg Hours,O/T Hours";
+
+// The width of the zero-filled number at the cursor: its pattern's, or more where the
+// number has more digits, which the export writes whole, moving the fields after it.
+std::size_t number_width(const Cursor& cursor, std::size_t pattern_width) {
+  std::string_view rest = cursor.rest();
+  if (rest.starts_with('-')) rest.remove_prefix(1);  // Cursor::number widens for the sign
+  const std::size_t digits = std::min(rest.find_first_not_of("0123456789"), rest.size());
+  return std::max(pattern_width, digits);
+}
 
 FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
   namespace layout = adp7_layout;
@@ -46,7 +57,7 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
       const std::size_t tag_start = cursor.position();
       const std::string_view tag = cursor.take(3, "a field tag");
       auto hundredths = [&](const layout::TaggedField& field) {
-        return cursor.number(field.pattern.size(), 0, field.name);
+        return cursor.number(number_width(cursor, field.pattern.size()), 0, field.name);
       };
       if (tag == layout::kRegular.tag) {
         hours.emplace_back("REG", hundredths(layout::kRegular));
@@ -100,8 +111,8 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
          {&layout::kRegularTotal, &layout::kOvertime1Total, &layout::kOvertime2Total})
       if (tag == field->tag) total = field;
     if (!total) trailer.fail_at(tag_start, "unknown total tag");
-    contents.controls.emplace_back(total->name,
-                                   trailer.number(total->pattern.size(), 0, total->name));
+    contents.controls.emplace_back(
+        total->name, trailer.number(number_width(trailer, total->pattern.size()), 0, total->name));
     if (total != &layout::kOvertime2Total) trailer.expect(" ", "the blank after a total");
   }
   trailer.expect(layout::kEndOfFields, "the end of the totals");

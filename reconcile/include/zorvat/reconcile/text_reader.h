@@ -42,8 +42,11 @@ std::size_t letter_column(std::string_view text, std::size_t position);
 
 // A signed decimal with exactly `decimals` digits after the point ("-12.50", ".50",
 // "0000150"), scaled to a whole number (1250, 50, 150). Leading blanks are allowed;
-// nothing else. No value for text that is not such a number.
+// nothing else. No value for text that is not such a number, nor for one of more than
+// 17 digits (hundredths of an hour that many make an amount in range).
 std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals);
+// Whether `text` is written as such a number, however many digits it has.
+bool parse_decimal_digits(std::string_view text, int decimals);
 
 // "mm/dd/yy", the year read through the two-digit-year window (zorvat/date.h).
 std::optional<CivilDate> parse_short_date(std::string_view text);
