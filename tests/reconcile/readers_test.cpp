@@ -248,4 +248,34 @@ TEST(Adp7EpipReader, AnExportIdHoldingThePayNumberTagsIsReadWhole) {
   EXPECT_EQ(described(contents.records), std::vector<std::string>{"E1004101 REG 40.0000 line 2"});
 }
 
+// Settings with no line terminator run the records together: each starts with its card's
+// export ID and the separator.
+TEST(GenericReader, RecordsRunTogetherAreToldApartByTheCardsExportIds) {
+  const reconcile::ClassRules* rules = formats::find_export_class("Generic");
+  ASSERT_NE(rules, nullptr);
+  const Variant cards = cards_from_json(
+      R"({"cards": [{"ExportID": "E1", "REG": 60}, {"ExportID": "E10", "REG": 150}]})");
+  const std::string file =
+      "E1,000000007,01,1.00,0.00,0.00,0.00,0.00,0.00,0.00,E10,x,E10,000000008,01,2.50,0.00,0.00,"
+      "0.00,0.00,0.00,0.25";
+  const auto contents =
+      rules->read(file, SettingsFields("0,0,0,0,0,False,True,False,False,False,,4"), "", cards);
+  const std::vector<std::string> expected = {
+      "E1 REG 1.0000 line 1",  "E1 OT1 0.0000 line 1",  "E1 OT2 0.0000 line 1",
+      "E1 VAC 0.0000 line 1",  "E1 HOL 0.0000 line 1",  "E1 SIC 0.0000 line 1",
+      "E1 OTH 0.0000 line 1",  "E10 REG 2.5000 line 1", "E10 OT1 0.0000 line 1",
+      "E10 OT2 0.0000 line 1", "E10 VAC 0.0000 line 1", "E10 HOL 0.0000 line 1",
+      "E10 SIC 0.0000 line 1", "E10 OTH 0.2500 line 1"};
+  EXPECT_EQ(described(contents.records), expected);
+  // A record that does not read, with its column on the line.
+  try {
+    rules->read("E1,000000007,01,1.00,0.00,0.00,0.00,0.00,0.00,0.00E10,000000008,01,x",
+                SettingsFields("0,0,0,0,0,False,True,False,False,False,,4"), "", cards);
+    ADD_FAILURE() << "read";
+  } catch (const reconcile::ReadError& error) {
+    // "x" stands at column 68, where a separator should follow the field.
+    EXPECT_STREQ(error.what(), "not a Generic file: line 1, column 68: no \",\" after a field");
+  }
+}
+
 }  // namespace

@@ -57,6 +57,10 @@ std::optional<CivilDate> parse_short_date(std::string_view text);
 class Cursor {
  public:
   Cursor(std::string_view layout, Line line) : layout_(layout), line_(line) {}
+  // A cursor at `position` (a byte offset) of the line: where a record starts that
+  // follows another on the same line.
+  Cursor(std::string_view layout, Line line, std::size_t position)
+      : layout_(layout), line_(line), position_(position) {}
 
   // The byte offset of the cursor in the record's text.
   std::size_t position() const { return position_; }
