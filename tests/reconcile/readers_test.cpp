@@ -278,4 +278,19 @@ TEST(GenericReader, RecordsRunTogetherAreToldApartByTheCardsExportIds) {
   }
 }
 
+// PrimePay writes the employee number and the hundredths as they stand: a number of
+// seven digits, or one given as four letters of text, moves the columns after it.
+TEST(PrimePayReader, NumbersWiderOrNarrowerThanTheirColumnsAreReadWhole) {
+  const reconcile::ClassRules* rules = formats::find_export_class("PrimePay");
+  ASSERT_NE(rules, nullptr);
+  const std::string file =
+      std::string("HPTA1000103/08/04Brantell Time Recorder               N03/06/04\r\n") +
+      "D1234567 1000000" + std::string(48, ' ') + "004\r\n" +  // 10000.00 regular hours
+      "D131A " + std::string(11, ' ') + "000005020" + std::string(34, ' ') + "004\r\n";
+  const auto contents = rules->read(file, SettingsFields("4,02,20,23,24,25,28"), "", Variant());
+  EXPECT_EQ(described(contents.records),
+            (std::vector<std::string>{"1234567 REG 10000.0000 line 2", "131A 20 0.5000 line 3"}));
+  EXPECT_EQ(contents.batch, 4);
+}
+
 }  // namespace
