@@ -293,4 +293,29 @@ TEST(PrimePayReader, NumbersWiderOrNarrowerThanTheirColumnsAreReadWhole) {
   EXPECT_EQ(contents.batch, 4);
 }
 
+// IntuitPAC Jr writes its amounts side by side, each as it stands: a regular amount of
+// six digits and a negative one take a letter more than their columns, and the fill
+// to column 80 two fewer.
+TEST(IntuitPacJrReader, AmountsWiderThanTheirColumnsAreReadWhole) {
+  const reconcile::ClassRules* rules = formats::find_export_class("IntuitPAC");
+  ASSERT_NE(rules, nullptr);
+  const std::string record = std::string("1234") + "4" + "0315" + "8" +
+                             "123456"       // regular: 1234.56 hours, one digit more
+                             "00050"        // overtime
+                             "03-00000030"  // a pay code and -0.30 hours, with its sign
+                             "0400000000"
+                             "0500000000"
+                             "0600000000"
+                             "0700000000" +
+                             std::string(8, ' ') + "\r\n";
+  ASSERT_EQ(record.size(), 82u);
+  const auto contents = rules->read(record, SettingsFields("ABC1234,1,2,3,4,5,6,7,0,0,0,0"),
+                                    "QuikPay Import File V2.0", Variant());
+  EXPECT_EQ(described(contents.records),
+            (std::vector<std::string>{"0315 REG 1234.5600 line 1", "0315 OT1 0.5000 line 1",
+                                      "0315 03 -0.3000 line 1", "0315 04 0.0000 line 1",
+                                      "0315 05 0.0000 line 1", "0315 06 0.0000 line 1",
+                                      "0315 07 0.0000 line 1"}));
+}
+
 }  // namespace
