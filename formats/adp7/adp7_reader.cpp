@@ -50,9 +50,8 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
                                    settings.at(ADP7::kPayNumber) + std::string(layout::kShift.tag);
   const std::string& ot2_code = settings.at(ADP7::kOT2PayCode);
   // The fields after the export ID: the shift, then tagged hundredths up to "z".
-  auto read_hours = [&](Cursor& cursor) {
+  auto read_tagged_hours = [&](Cursor& cursor) {
     std::vector<std::pair<std::string_view, std::int64_t>> hours;
-    cursor.take(layout::kShift.pattern.size(), layout::kShift.name);
     while (cursor.rest() != layout::kEndOfFields) {
       const std::size_t tag_start = cursor.position();
       const std::string_view tag = cursor.take(3, "a field tag");
@@ -73,32 +72,64 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
     }
     return hours;
   };
+  // The shift is written through "00" as it stands: a number of three digits or a sign
+  // is wider, text may be narrower. Its width is the one after which the rest reads as
+  // hour fields, its pattern's first.
+  // The shift is written through "00" as it stands: a number of three digits or a sign
+  // is wider, text may be narrower. `any_width` tries every width after the pattern's.
+  auto read_hours = [&](Cursor& cursor, bool any_width) {
+    const std::size_t pattern_width = layout::kShift.pattern.size();
+    std::vector<std::size_t> widths = {pattern_width};
+    if (any_width)
+      for (std::size_t width = 0, rest = text_length(cursor.rest()); width <= rest; ++width)
+        if (width != pattern_width) widths.push_back(width);
+    std::optional<ReadError> first_problem;
+    for (std::size_t width : widths) {
+      Cursor attempt = cursor;
+      try {
+        attempt.take(width, layout::kShift.name);
+        auto hours = read_tagged_hours(attempt);
+        // An exported card has regular or overtime time: a shift that would take up
+        // all of its fields is none.
+        if (hours.empty() && width != pattern_width) attempt.fail("no hour fields");
+        cursor = attempt;
+        return hours;
+      } catch (const ReadError& problem) {
+        if (!first_problem) first_problem = problem;
+      }
+    }
+    throw *first_problem;
+  };
   for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
     Cursor cursor(kEpip, lines[i]);
     cursor.expect(layout::kEmployeeTag, "the employee line tag");
     // The export ID is free text, so the fields that end it ("004", the pay number,
     // "010") can stand inside it too ("E1004101" with pay number 1): it ends at the
-    // first of those places after which the rest of the line reads as hour fields.
+    // first of those places after which the rest of the line reads as hour fields, with
+    // the shift in its two columns; failing that, with the shift of any width.
     const std::string_view line_rest = cursor.rest();
     std::optional<ReadError> first_problem;
-    for (std::size_t end = line_rest.find(employee_end);;
-         end = line_rest.find(employee_end, end + 1)) {
-      if (end == std::string_view::npos) {
-        if (first_problem) throw *first_problem;
-        cursor.take_until(employee_end, "the export ID");  // fails, naming the place
+    bool read = false;
+    for (bool any_width : {false, true}) {
+      for (std::size_t end = line_rest.find(employee_end); end != std::string_view::npos && !read;
+           end = line_rest.find(employee_end, end + 1)) {
+        Cursor attempt = cursor;
+        const std::string_view employee =
+            attempt.take(text_length(line_rest.substr(0, end)), "the export ID");
+        attempt.expect(employee_end, layout::kPayNumber.name);
+        try {
+          for (const auto& [code, hundredths] : read_hours(attempt, any_width))
+            contents.add_hundredths(employee, code, hundredths, lines[i].number);
+          read = true;
+        } catch (const ReadError& problem) {
+          if (!first_problem) first_problem = problem;
+        }
       }
-      Cursor attempt = cursor;
-      const std::string_view employee =
-          attempt.take(text_length(line_rest.substr(0, end)), "the export ID");
-      attempt.expect(employee_end, layout::kPayNumber.name);
-      try {
-        for (const auto& [code, hundredths] : read_hours(attempt))
-          contents.add_hundredths(employee, code, hundredths, lines[i].number);
-        break;
-      } catch (const ReadError& problem) {
-        if (!first_problem) first_problem = problem;
-      }
+      if (read) break;
     }
+    if (read) continue;
+    if (first_problem) throw *first_problem;
+    cursor.take_until(employee_end, "the export ID");  // fails, naming the place
   }
 
   Cursor trailer(kEpip, lines.back());

@@ -318,4 +318,27 @@ TEST(IntuitPacJrReader, AmountsWiderThanTheirColumnsAreReadWhole) {
                                       "0315 07 0.0000 line 1"}));
 }
 
+// EPIP writes the shift through "00" as it stands: shift 123 takes three columns, text
+// "A" one, and the tagged fields follow.
+TEST(Adp7EpipReader, AShiftWiderOrNarrowerThanItsColumnIsReadWhole) {
+  const reconcile::ClassRules* rules = formats::find_export_class("ADP7");
+  ASSERT_NE(rules, nullptr);
+  const std::string header = "A001ABC00205z" + std::string(66, ' ') + "7\r\n";
+  const std::string lines =
+      "B003E1004101"
+      "0123"  // "010" and shift 123
+      "0120004000 z\r\n"
+      "B003E2004101"
+      "0A"  // "010" and shift "A"
+      "0130000150 z\r\n";
+  const std::string trailer = "C03000000004000 03100000000150 z" + std::string(47, ' ') + "\r\n";
+  const auto contents = rules->read(
+      header + lines + trailer,
+      SettingsFields("ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,"
+                     "Hours 4,EPIP"),
+      "", Variant());
+  EXPECT_EQ(described(contents.records),
+            (std::vector<std::string>{"E1 REG 40.0000 line 2", "E2 OT1 1.5000 line 3"}));
+}
+
 }  // namespace
