@@ -1,5 +1,7 @@
 #include "adp7/adp7_reader.h"
 
+#include <algorithm>
+
 #include "adp7/adp7.h"
 #include "adp7/adp7_layout.h"
 #include "zorvat/reconcile/text_reader.h"
@@ -14,6 +16,15 @@ namespace {
 constexpr std::string_view kEpip = "ADP7 EPIP";
 constexpr std::string_view kCsv = "ADP7 CSV";
 constexpr std::string_view kCsvTitles = "Co Code,Batch ID,File #,Pay #,Shift,Reg Hours,O/T Hours";
+
+// The width of the zero-filled number at the cursor: its pattern's, or more where the
+// number has more digits, which the export writes whole, moving the fields after it.
+std::size_t number_width(const Cursor& cursor, std::size_t pattern_width) {
+  std::string_view rest = cursor.rest();
+  if (rest.starts_with('-')) rest.remove_prefix(1);  // Cursor::number widens for the sign
+  const std::size_t digits = std::min(rest.find_first_not_of("0123456789"), rest.size());
+  return std::max(pattern_width, digits);
+}
 
 FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
   namespace layout = adp7_layout;
@@ -39,14 +50,13 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
                                    settings.at(ADP7::kPayNumber) + std::string(layout::kShift.tag);
   const std::string& ot2_code = settings.at(ADP7::kOT2PayCode);
   // The fields after the export ID: the shift, then tagged hundredths up to "z".
-  auto read_hours = [&](Cursor& cursor) {
+  auto read_tagged_hours = [&](Cursor& cursor) {
     std::vector<std::pair<std::string_view, std::int64_t>> hours;
-    cursor.take(layout::kShift.pattern.size(), layout::kShift.name);
     while (cursor.rest() != layout::kEndOfFields) {
       const std::size_t tag_start = cursor.position();
       const std::string_view tag = cursor.take(3, "a field tag");
       auto hundredths = [&](const layout::TaggedField& field) {
-        return cursor.number(field.pattern.size(), 0, field.name);
+        return cursor.number(number_width(cursor, field.pattern.size()), 0, field.name);
       };
       if (tag == layout::kRegular.tag) {
         hours.emplace_back("REG", hundredths(layout::kRegular));
@@ -62,32 +72,64 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
     }
     return hours;
   };
+  // The shift is written through "00" as it stands: a number of three digits or a sign
+  // is wider, text may be narrower. Its width is the one after which the rest reads as
+  // hour fields, its pattern's first.
+  // The shift is written through "00" as it stands: a number of three digits or a sign
+  // is wider, text may be narrower. `any_width` tries every width after the pattern's.
+  auto read_hours = [&](Cursor& cursor, bool any_width) {
+    const std::size_t pattern_width = layout::kShift.pattern.size();
+    std::vector<std::size_t> widths = {pattern_width};
+    if (any_width)
+      for (std::size_t width = 0, rest = text_length(cursor.rest()); width <= rest; ++width)
+        if (width != pattern_width) widths.push_back(width);
+    std::optional<ReadError> first_problem;
+    for (std::size_t width : widths) {
+      Cursor attempt = cursor;
+      try {
+        attempt.take(width, layout::kShift.name);
+        auto hours = read_tagged_hours(attempt);
+        // An exported card has regular or overtime time: a shift that would take up
+        // all of its fields is none.
+        if (hours.empty() && width != pattern_width) attempt.fail("no hour fields");
+        cursor = attempt;
+        return hours;
+      } catch (const ReadError& problem) {
+        if (!first_problem) first_problem = problem;
+      }
+    }
+    throw *first_problem;
+  };
   for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
     Cursor cursor(kEpip, lines[i]);
     cursor.expect(layout::kEmployeeTag, "the employee line tag");
     // The export ID is free text, so the fields that end it ("004", the pay number,
     // "010") can stand inside it too ("E1004101" with pay number 1): it ends at the
-    // first of those places after which the rest of the line reads as hour fields.
+    // first of those places after which the rest of the line reads as hour fields, with
+    // the shift in its two columns; failing that, with the shift of any width.
     const std::string_view line_rest = cursor.rest();
     std::optional<ReadError> first_problem;
-    for (std::size_t end = line_rest.find(employee_end);;
-         end = line_rest.find(employee_end, end + 1)) {
-      if (end == std::string_view::npos) {
-        if (first_problem) throw *first_problem;
-        cursor.take_until(employee_end, "the export ID");  // fails, naming the place
+    bool read = false;
+    for (bool any_width : {false, true}) {
+      for (std::size_t end = line_rest.find(employee_end); end != std::string_view::npos && !read;
+           end = line_rest.find(employee_end, end + 1)) {
+        Cursor attempt = cursor;
+        const std::string_view employee =
+            attempt.take(text_length(line_rest.substr(0, end)), "the export ID");
+        attempt.expect(employee_end, layout::kPayNumber.name);
+        try {
+          for (const auto& [code, hundredths] : read_hours(attempt, any_width))
+            contents.add_hundredths(employee, code, hundredths, lines[i].number);
+          read = true;
+        } catch (const ReadError& problem) {
+          if (!first_problem) first_problem = problem;
+        }
       }
-      Cursor attempt = cursor;
-      const std::string_view employee =
-          attempt.take(text_length(line_rest.substr(0, end)), "the export ID");
-      attempt.expect(employee_end, layout::kPayNumber.name);
-      try {
-        for (const auto& [code, hundredths] : read_hours(attempt))
-          contents.add_hundredths(employee, code, hundredths, lines[i].number);
-        break;
-      } catch (const ReadError& problem) {
-        if (!first_problem) first_problem = problem;
-      }
+      if (read) break;
     }
+    if (read) continue;
+    if (first_problem) throw *first_problem;
+    cursor.take_until(employee_end, "the export ID");  // fails, naming the place
   }
 
   Cursor trailer(kEpip, lines.back());
@@ -100,8 +142,8 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
          {&layout::kRegularTotal, &layout::kOvertime1Total, &layout::kOvertime2Total})
       if (tag == field->tag) total = field;
     if (!total) trailer.fail_at(tag_start, "unknown total tag");
-    contents.controls.emplace_back(total->name,
-                                   trailer.number(total->pattern.size(), 0, total->name));
+    contents.controls.emplace_back(
+        total->name, trailer.number(number_width(trailer, total->pattern.size()), 0, total->name));
     if (total != &layout::kOvertime2Total) trailer.expect(" ", "the blank after a total");
   }
   trailer.expect(layout::kEndOfFields, "the end of the totals");

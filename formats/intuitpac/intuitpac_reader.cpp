@@ -1,5 +1,9 @@
 #include "intuitpac/intuitpac_reader.h"
 
+#include <array>
+#include <optional>
+#include <span>
+
 #include "intuitpac/intuitpac.h"
 #include "intuitpac/intuitpac_layout.h"
 #include "zorvat/reconcile/text_reader.h"
@@ -71,19 +75,102 @@ void read_full_record(const Line& line, std::size_t amounts, const Column& fill,
   cursor.expect_fill(fill);
 }
 
+// The Jr record's amounts, each with the pay code column before it (none before the
+// first two) and the settings field that holds that code.
+struct JrAmount {
+  const Column* pay_code;
+  const Column& amount;
+  IntuitPAC::Position code_field;
+};
+constexpr JrAmount kJrAmounts[] = {
+    {nullptr, layout::kJrRegular, IntuitPAC::kPayCode0},
+    {nullptr, layout::kJrOvertime1, IntuitPAC::kPayCode1},
+    {&layout::kJrPayCodeOT2, layout::kJrOvertime2, IntuitPAC::kPayCode2},
+    {&layout::kJrPayCodeVAC, layout::kJrVacation, IntuitPAC::kVACPayCode},
+    {&layout::kJrPayCodeHOL, layout::kJrHoliday, IntuitPAC::kHOLPayCode},
+    {&layout::kJrPayCodeSIC, layout::kJrSick, IntuitPAC::kSICPayCode},
+    {&layout::kJrPayCodeOTH, layout::kJrOther, IntuitPAC::kOTHPayCode}};
+constexpr std::size_t kJrAmountCount = std::size(kJrAmounts);
+
+// Reads the Jr amounts from the cursor, each `extra` letters wider than its column (a
+// sign, or digits the column has no room for), and the fill. With `settings`, each pay
+// code must be the one the settings give its column.
+void read_jr_amounts(Cursor& cursor, std::string_view employee,
+                     const std::array<std::size_t, kJrAmountCount>& extra, std::size_t line,
+                     const SettingsFields* settings, FileContents& contents) {
+  for (std::size_t i = 0; i < kJrAmountCount; ++i) {
+    const JrAmount& amount = kJrAmounts[i];
+    const std::size_t code_start = cursor.position();
+    const std::string_view code =
+        amount.pay_code ? cursor.take(*amount.pay_code) : (i == 0 ? "REG" : "OT1");
+    if (amount.pay_code && settings &&
+        code != format(Variant(settings->at(amount.code_field)), amount.pay_code->pattern))
+      cursor.fail_at(code_start, "not the settings' pay code");
+    const std::size_t start = cursor.position();
+    const std::string_view text = cursor.take(amount.amount, amount.amount.width + extra[i]);
+    // A zero-filled number is wider than its column only when its digits need it.
+    const std::string_view digits = text.starts_with('-') ? text.substr(1) : text;
+    if (digits.size() > amount.amount.width && digits.starts_with('0'))
+      cursor.fail_at(start, "\"" + std::string(text) + "\" is wider than " +
+                                std::string(amount.amount.name) + " with a leading zero");
+    contents.add_hundredths(employee, code, cursor.number_in(text, start, 0, amount.amount.name),
+                            line);
+  }
+  cursor.expect_fill(layout::kJrFill);
+}
+
+// A Jr record. The amounts are written as they stand: one with more digits than its
+// column holds, or a sign, is wider and moves the columns after it, and the fill to 80
+// columns is shorter by as much. Where the record is that much wider, the ways of
+// sharing the extra letters among the amounts are tried, the earlier amounts (the
+// larger, regular time first) taking more first, until one reads with the settings'
+// pay codes in their columns, or else one reads at all.
 void read_jr_record(const Line& line, const SettingsFields& settings, FileContents& contents) {
   Cursor cursor(kJr, line);
   const std::string_view employee = record_start(cursor, settings);
+  std::string_view text = line.text;
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  const std::size_t length = text_length(text);
+  const std::size_t amounts_end = layout::kJrFill.first - 1;
+  // A record can be no more than its 80 columns wide; a wider one is read as it
+  // stands, to fail where it leaves the layout.
+  const std::size_t wider =
+      length > amounts_end && length <= layout::kJrFill.last() ? length - amounts_end : 0;
+  std::array<std::size_t, kJrAmountCount> extra{};
+  std::optional<ReadError> first_problem;
+  const std::size_t records = contents.records.size();
+  const SettingsFields* codes_of = &settings;
+  // Shares `left` among the amounts from `i` on; true once the record reads.
+  auto share = [&](auto&& self, std::size_t i, std::size_t left) -> bool {
+    if (i + 1 == kJrAmountCount) {
+      extra[i] = left;
+      Cursor attempt = cursor;
+      try {
+        read_jr_amounts(attempt, employee, extra, line.number, codes_of, contents);
+        return true;
+      } catch (const ReadError& problem) {
+        contents.records.resize(records);
+        if (!first_problem) first_problem = problem;
+        return false;
+      }
+    }
+    for (std::size_t taken = left + 1; taken-- > 0;) {
+      extra[i] = taken;
+      if (self(self, i + 1, left - taken)) return true;
+    }
+    return false;
+  };
+  if (wider > 0) {
+    if (share(share, 0, wider)) return;
+    codes_of = nullptr;
+    if (share(share, 0, wider)) return;
+  }
+  // Every amount in its column (a sign widening it), and the message where that fails.
   contents.add_hundredths(employee, "REG", cursor.number(layout::kJrRegular), line.number);
   contents.add_hundredths(employee, "OT1", cursor.number(layout::kJrOvertime1), line.number);
-  const AmountColumns kCoded[] = {{layout::kJrPayCodeOT2, layout::kJrOvertime2},
-                                  {layout::kJrPayCodeVAC, layout::kJrVacation},
-                                  {layout::kJrPayCodeHOL, layout::kJrHoliday},
-                                  {layout::kJrPayCodeSIC, layout::kJrSick},
-                                  {layout::kJrPayCodeOTH, layout::kJrOther}};
-  for (const AmountColumns& coded : kCoded) {
-    const std::string_view code = cursor.take(coded.pay_code);
-    contents.add_hundredths(employee, code, cursor.number(coded.amount), line.number);
+  for (const JrAmount& amount : std::span(kJrAmounts).subspan(2)) {
+    const std::string_view code = cursor.take(*amount.pay_code);
+    contents.add_hundredths(employee, code, cursor.number(amount.amount), line.number);
   }
   cursor.expect_fill(layout::kJrFill);
 }

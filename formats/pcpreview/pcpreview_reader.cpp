@@ -1,12 +1,14 @@
 #include "pcpreview/pcpreview_reader.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
 #include "pcpreview/pcpreview.h"
 #include "pcpreview/pcpreview_layout.h"
 #include "zorvat/format.h"
 #include "zorvat/reconcile/text_reader.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::formats {
 
@@ -21,9 +23,10 @@ constexpr PCPreview::Position kPayCodeFields[] = {
     PCPreview::kVacationPayCode, PCPreview::kHolidayPayCode,   PCPreview::kSickPayCode,
     PCPreview::kOtherPayCode};
 
-// The columns every record starts with, up to its pay code.
-void read_record_start(Cursor& cursor, FileRecord& record) {
-  record.employee = cursor.take(layout::kEmployeeNumber);
+// The columns every record starts with, up to its pay code; the employee number
+// `employee_width` letters wide.
+void read_record_start(Cursor& cursor, FileRecord& record, std::size_t employee_width) {
+  record.employee = cursor.take(layout::kEmployeeNumber, employee_width);
   cursor.take(layout::kName);
   cursor.expect_blanks(layout::kColumns32To50);
   cursor.expect(layout::kEarningsType);
@@ -33,9 +36,10 @@ void read_record_start(Cursor& cursor, FileRecord& record) {
 // it; raises ReadError when the record does not fit that code. The records follow one
 // another with no line end, so where the next starts is known only once this one is
 // read.
-FileRecord read_record(Cursor& cursor, std::string_view code, std::string_view sequence) {
+FileRecord read_record(Cursor& cursor, std::string_view code, std::string_view sequence,
+                       std::size_t employee_width) {
   FileRecord record;
-  read_record_start(cursor, record);
+  read_record_start(cursor, record, employee_width);
   cursor.expect(layout::kPayCode, code);
   cursor.expect_blanks(layout::kAfterPayCode);
   const std::size_t hours_start = cursor.position();
@@ -51,7 +55,8 @@ FileRecord read_record(Cursor& cursor, std::string_view code, std::string_view s
 
 }  // namespace
 
-FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& settings) {
+FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& settings,
+                                 const std::vector<std::string>& employee_numbers) {
   FileContents contents;
   contents.layout = kLayout;
 
@@ -72,23 +77,35 @@ FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& s
   std::size_t number = 1;
   while (start < bytes.size()) {
     const Cursor cursor(kLayout, Line{bytes.substr(start), number});
+    // The employee number is written as it stands, wider than its column when it has
+    // more digits (narrower as short text): the widths of the cards' numbers that the
+    // record starts with are tried, the widest first, then the column's own.
+    std::vector<std::size_t> widths;
+    for (const std::string& employee : employee_numbers)
+      if (cursor.rest().starts_with(employee)) widths.push_back(text_length(employee));
+    std::sort(widths.begin(), widths.end(), std::greater<>());
+    widths.push_back(layout::kEmployeeNumber.width);
+    widths.erase(std::unique(widths.begin(), widths.end()), widths.end());
     std::optional<FileRecord> record;
     std::size_t record_bytes = 0;
-    for (const std::string& code : codes) {
-      Cursor attempt = cursor;
-      try {
-        record = read_record(attempt, code, sequence);
-      } catch (const ReadError&) {
-        continue;
+    for (std::size_t width : widths) {
+      for (const std::string& code : codes) {
+        Cursor attempt = cursor;
+        try {
+          record = read_record(attempt, code, sequence, width);
+        } catch (const ReadError&) {
+          continue;
+        }
+        record_bytes = attempt.position();
+        break;
       }
-      record_bytes = attempt.position();
-      break;
+      if (record) break;
     }
     if (!record) {
       // Read again up to the pay code for the message that says where it fails.
       Cursor failing = cursor;
       FileRecord ignored;
-      read_record_start(failing, ignored);
+      read_record_start(failing, ignored, layout::kEmployeeNumber.width);
       failing.fail("no pay code of the settings fits this record");
     }
     record->line = number;

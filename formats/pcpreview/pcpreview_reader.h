@@ -4,13 +4,18 @@
 // reader takes the settings to know which codes the file may hold.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
 
 namespace zorvat::formats {
 
-reconcile::FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& settings);
+// `employee_numbers`: the cards' numbers as the export writes them ("000000"), which
+// tell how wide a record's first column is where a number has more digits.
+reconcile::FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& settings,
+                                            const std::vector<std::string>& employee_numbers);
 
 }  // namespace zorvat::formats

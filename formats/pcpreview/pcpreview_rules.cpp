@@ -38,8 +38,13 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
 }
 
 FileContents read(std::string_view bytes, const SettingsFields& settings, std::string_view,
-                  const Variant&) {
-  return read_pcpreview_file(bytes, settings);
+                  const Variant& cards) {
+  // Without cards, every employee number is read at its column's width.
+  std::vector<std::string> employee_numbers;
+  if (cards.type() != Variant::Type::Empty)
+    for_each(cards,
+             [&](const Variant& card) { employee_numbers.push_back(employee_number(card)); });
+  return read_pcpreview_file(bytes, settings, employee_numbers);
 }
 
 constexpr SettingsExample kExamples[] = {

@@ -1,5 +1,7 @@
 #include "primepay/primepay_reader.h"
 
+#include <optional>
+
 #include "primepay/primepay_layout.h"
 
 #include "zorvat/reconcile/text_reader.h"
@@ -21,6 +23,46 @@ CivilDate date_column(Cursor& cursor, const Column& column) {
   return *date;
 }
 
+// A detail line read with an employee number `employee_width` letters wide.
+FileRecord read_detail(const Line& line, std::size_t employee_width) {
+  Cursor cursor(kLayout, line);
+  cursor.expect(layout::kDetailTag);
+  FileRecord record;
+  record.employee = cursor.take(layout::kEmployeeNumber, employee_width);
+  cursor.expect(layout::kColumn8);
+  // The hundredths take what the other columns leave of the line.
+  const std::size_t length = text_length(line.text);
+  const std::size_t used = cursor.column();
+  auto hundredths = [&](const Column& column, std::size_t after) {
+    if (length < used + after + column.width)
+      cursor.fail("a detail line is " + std::to_string(layout::kDetailWidth) + " columns wide");
+    const std::size_t start = cursor.position();
+    return from_hundredths(
+        cursor.number_in(cursor.take(column, length - used - after), start, 0, column.name));
+  };
+  // Regular time has its hundredths from column 9; another type's detail is blank
+  // there.
+  if (cursor.rest().starts_with(" ")) {
+    cursor.expect_blanks(layout::kOtherLead);
+    record.amount =
+        hundredths(layout::kOtherHundredths, layout::kOtherLead.width + layout::kPayCode.width +
+                                                 layout::kOtherFill.width + layout::kBatch.width);
+    record.code = cursor.take(layout::kPayCode);
+    cursor.expect_blanks(layout::kOtherFill);
+  } else {
+    record.code = "REG";
+    record.amount =
+        hundredths(layout::kRegularHundredths, layout::kRegularFill.width + layout::kBatch.width);
+    cursor.expect_blanks(layout::kRegularFill);
+  }
+  const std::size_t batch_start = cursor.position();
+  const std::string_view batch = cursor.take(layout::kBatch);
+  if (batch != "   ") record.batch = cursor.number_in(batch, batch_start, 0, layout::kBatch.name);
+  cursor.expect_end();
+  record.line = line.number;
+  return record;
+}
+
 }  // namespace
 
 FileContents read_primepay_file(std::string_view bytes) {
@@ -40,34 +82,27 @@ FileContents read_primepay_file(std::string_view bytes) {
 
   for (std::size_t i = 1; i < lines.size(); ++i) {
     const Line& line = lines[i];
-    Cursor cursor(kLayout, line);
-    if (text_length(line.text) != layout::kDetailWidth)
-      cursor.fail("a detail line is " + std::to_string(layout::kDetailWidth) + " columns wide");
-    cursor.expect(layout::kDetailTag);
-    FileRecord record;
-    record.employee = cursor.take(layout::kEmployeeNumber);
-    cursor.expect(layout::kColumn8);
-    // Regular time has its hundredths from column 9; another type's detail is blank
-    // there.
-    if (cursor.rest().starts_with(" ")) {
-      cursor.expect_blanks(layout::kOtherLead);
-      record.amount = from_hundredths(cursor.number(layout::kOtherHundredths));
-      record.code = cursor.take(layout::kPayCode);
-      cursor.expect_blanks(layout::kOtherFill);
-    } else {
-      record.code = "REG";
-      record.amount = from_hundredths(cursor.number(layout::kRegularHundredths));
-      cursor.expect_blanks(layout::kRegularFill);
+    // The employee number and the hundredths are written as they stand, wider than
+    // their columns when they have more digits (or narrower, a number given as short
+    // text), which moves what follows: the detail is read with the employee number's
+    // width that makes the whole line read, its declared width first.
+    const std::size_t length = text_length(line.text);
+    std::optional<ReadError> first_problem;
+    std::optional<FileRecord> record;
+    std::vector<std::size_t> widths = {layout::kEmployeeNumber.width};
+    for (std::size_t width = 0; width + 2 <= length; ++width)
+      if (width != layout::kEmployeeNumber.width) widths.push_back(width);
+    for (std::size_t width : widths) {
+      try {
+        record = read_detail(line, width);
+        break;
+      } catch (const ReadError& problem) {
+        if (!first_problem) first_problem = problem;
+      }
     }
-    const std::size_t batch_start = cursor.position();
-    const std::string_view batch = cursor.take(layout::kBatch);
-    if (batch != "   ") {
-      record.batch = cursor.number_in(batch, batch_start, 0, layout::kBatch.name);
-      contents.batch = record.batch;
-    }
-    cursor.expect_end();
-    record.line = line.number;
-    contents.records.push_back(std::move(record));
+    if (!record) throw *first_problem;
+    if (record->batch) contents.batch = record->batch;
+    contents.records.push_back(std::move(*record));
   }
   if (contents.batch) contents.controls.emplace_back("batch number", *contents.batch);
   return contents;

@@ -7,7 +7,10 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -72,6 +75,108 @@ bool same_short_text(std::string_view a, std::string_view b) {
   for (std::size_t i = 0; i < size; ++i)
     if (a[i] != b[i]) return false;
   return true;
+}
+
+// The length of the JSON number that starts at `at` of `text` and ends where a value
+// ends (a blank, ",", "]", "}" or the end of the text); 0 when no such number stands
+// there.
+std::size_t number_length(std::string_view text, std::size_t at) {
+  std::size_t end = at;
+  auto digits = [&] {
+    const std::size_t start = end;
+    while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
+    return end - start;
+  };
+  if (end < text.size() && text[end] == '-') ++end;
+  const std::size_t whole = digits();
+  if (whole == 0 || (whole > 1 && text[end - whole] == '0')) return 0;
+  if (end < text.size() && text[end] == '.') {
+    ++end;
+    if (digits() == 0) return 0;
+  }
+  if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
+    ++end;
+    if (end < text.size() && (text[end] == '+' || text[end] == '-')) ++end;
+    if (digits() == 0) return 0;
+  }
+  if (end < text.size() && std::string_view(" \t\r\n,]}").find(text[end]) == std::string_view::npos)
+    return 0;
+  return end - at;
+}
+
+// Calls `number(text)` for every number of the JSON `text` (outside its strings).
+template <class Number>
+void for_each_number(std::string_view text, Number&& number) {
+  bool in_string = false;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char c = text[at];
+    if (in_string) {
+      if (c == '\\')
+        ++at;
+      else if (c == '"')
+        in_string = false;
+    } else if (c == '"') {
+      in_string = true;
+    } else if (c == '-' || (c >= '0' && c <= '9')) {
+      std::size_t length = number_length(text, at);
+      if (length > 0) number(text.substr(at, length));
+      // Past the number, or past the text that is none (the parser's to refuse).
+      if (length == 0)
+        while (length + at < text.size() &&
+               std::string_view(" \t\r\n,]}\"").find(text[at + length]) == std::string_view::npos)
+          ++length;
+      at += length - 1;
+    }
+  }
+}
+
+// Whether a Double holds the number `text` (a JSON number): a number too small for one
+// is read as 0 or the nearest Double, one too large is none.
+bool within_double_range(std::string_view text) {
+  const std::string number(text);
+  errno = 0;
+  const double value = std::strtod(number.c_str(), nullptr);
+  return !(errno == ERANGE && std::isinf(value));
+}
+
+// `text` with ".0" after every integer of 19 digits or more, which makes it a Double for
+// the parser. An integer of the signed 64-bit range that gets it is read as the same
+// Double as before: the loader keeps integers beyond 32 bits as Doubles. False when
+// `text` has no such integer.
+bool widen_long_integers(std::string_view text, std::string& widened) {
+  constexpr std::size_t kLongDigits = 19;
+  widened.clear();
+  std::size_t copied = 0;
+  for_each_number(text, [&](std::string_view number) {
+    const std::size_t digits = number.size() - (number.front() == '-' ? 1 : 0);
+    if (digits < kLongDigits || number.find_first_of(".eE") != std::string_view::npos) return;
+    const auto end = static_cast<std::size_t>(number.data() + number.size() - text.data());
+    widened.append(text.substr(copied, end - copied));
+    widened += ".0";
+    copied = end;
+  });
+  if (copied == 0) return false;
+  widened.append(text.substr(copied));
+  return true;
+}
+
+// The name of the property whose value follows `before` (the file's text up to the
+// value), as written between its quotes; empty when the value is an array's element.
+std::string_view property_name_before(std::string_view before) {
+  std::size_t end = before.find_last_not_of(" \t\r\n");
+  if (end == std::string_view::npos || before[end] != ':') return {};
+  end = before.find_last_not_of(" \t\r\n", end - 1);
+  if (end == std::string_view::npos || before[end] != '"') return {};
+  std::size_t start = end;
+  while (start > 0) {
+    start = before.rfind('"', start - 1);
+    if (start == std::string_view::npos) return {};
+    // A quote is the name's opening one unless a backslash escapes it.
+    std::size_t backslashes = 0;
+    while (start > backslashes && before[start - backslashes - 1] == '\\') ++backslashes;
+    if (backslashes % 2 == 0) return before.substr(start + 1, end - start - 1);
+  }
+  return {};
 }
 
 class Loader {
@@ -158,25 +263,7 @@ class Loader {
   }
 
   void convert_cards(std::string_view piece, std::size_t count, std::vector<Cell>& card_cells) {
-    // The parser keeps its buffers for the longest text it has been given and makes
-    // new ones for a longer one. The full pieces of a large file are all a few bytes
-    // either side of the same size: blanks after the array round each one up to a
-    // whole number of granules, so that the buffers are made once instead of again
-    // (and paged in again) each time a piece comes out a little longer than any
-    // before it. A smaller text (a small file, the last piece) is parsed as it is.
-    const std::size_t length = piece.size() + 2;
-    const std::size_t padded = length < kPieceBytes
-                                   ? length
-                                   : (length + kParseGranule - 1) / kParseGranule * kParseGranule;
-    buffer_.clear();
-    reserve_buffer(padded);
-    buffer_.push_back('[');
-    buffer_.append(piece);
-    buffer_.push_back(']');
-    buffer_.resize(padded, ' ');
-    simdjson::dom::element root;
-    if (parser_.parse(buffer_.data(), buffer_.size(), false).get(root) != simdjson::SUCCESS)
-      scanner_.syntax_error();
+    const simdjson::dom::element root = parse(piece, true);
     simdjson::dom::array cards = root.get_array().value_unsafe();
     std::size_t converted = 0;
     for (simdjson::dom::element card : cards) {
@@ -190,13 +277,75 @@ class Loader {
   }
 
   Cell convert_piece(std::string_view piece, const std::string& key) {
-    reserve_buffer(piece.size());
-    buffer_.assign(piece);
-    simdjson::dom::element root;
-    if (parser_.parse(buffer_.data(), buffer_.size(), false).get(root) != simdjson::SUCCESS)
-      scanner_.syntax_error();
+    const simdjson::dom::element root = parse(piece, false);
     const Where where{nullptr, "top level", Store::kNone, -1};
     return convert(root, store_->key_id(key), where);
+  }
+
+  // Parses `text`, a piece of the file (in "[" and "]" when `elements` holds the
+  // elements of an array). A text the parser refuses is looked at for its numbers: one
+  // beyond the range of a Double is refused with its place; an integer beyond 64 bits,
+  // which the parser takes for no number, is read as the Double it stands for, as the
+  // host hands such a number over; anything else is a syntax error.
+  simdjson::dom::element parse(std::string_view text, bool elements) {
+    simdjson::dom::element root;
+    fill_buffer(text, elements);
+    if (parser_.parse(buffer_.data(), buffer_.size(), false).get(root) == simdjson::SUCCESS)
+      return root;
+    for_each_number(text, [&](std::string_view number) {
+      if (!within_double_range(number)) refuse_number(number);
+    });
+    std::string widened;
+    if (widen_long_integers(text, widened)) {
+      fill_buffer(widened, elements);
+      if (parser_.parse(buffer_.data(), buffer_.size(), false).get(root) == simdjson::SUCCESS)
+        return root;
+    }
+    scanner_.syntax_error();
+  }
+
+  // The parser keeps its buffers for the longest text it has been given and makes
+  // new ones for a longer one. The full pieces of a large file are all a few bytes
+  // either side of the same size: blanks after the array round each one up to a
+  // whole number of granules, so that the buffers are made once instead of again
+  // (and paged in again) each time a piece comes out a little longer than any
+  // before it. A smaller text (a small file, the last piece) is parsed as it is.
+  void fill_buffer(std::string_view text, bool elements) {
+    if (!elements) {
+      reserve_buffer(text.size());
+      buffer_.assign(text);
+      return;
+    }
+    const std::size_t length = text.size() + 2;
+    const std::size_t padded = length < kPieceBytes
+                                   ? length
+                                   : (length + kParseGranule - 1) / kParseGranule * kParseGranule;
+    buffer_.clear();
+    reserve_buffer(padded);
+    buffer_.push_back('[');
+    buffer_.append(text);
+    buffer_.push_back(']');
+    buffer_.resize(padded, ' ');
+  }
+
+  // A number of the file (`number` views it there) that no Double holds: refused with
+  // its line and column and the property it is the value of.
+  [[noreturn]] void refuse_number(std::string_view number) const {
+    const std::string_view json = scanner_.json();
+    const auto offset = static_cast<std::size_t>(number.data() - json.data());
+    const std::string_view before = json.substr(0, offset);
+    const std::size_t line_start = before.rfind('\n');
+    const std::size_t line =
+        static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n')) + 1;
+    const std::size_t column =
+        (line_start == std::string_view::npos ? offset : offset - line_start - 1) + 1;
+    const std::string_view name = property_name_before(before);
+    std::string place = "line " + std::to_string(line) + ", column " + std::to_string(column);
+    place +=
+        name.empty() ? std::string(": an element of an array") : ": property " + std::string(name);
+    scanner_.fail(place, std::string(number) +
+                             " is beyond the range of a number (a Double holds "
+                             "magnitudes up to 1.79769313486232E+308)");
   }
 
   // One value into a cell; objects and arrays lay their members down as a run first

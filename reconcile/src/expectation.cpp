@@ -1,7 +1,5 @@
 #include "zorvat/reconcile/expectation.h"
 
-#include <stdexcept>
-
 #include "zorvat/error.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
@@ -12,8 +10,11 @@ namespace zorvat::reconcile {
 std::int64_t pattern_number(const Variant& value, std::string_view pattern, int decimals) {
   const std::string text = format(value, pattern);
   const auto scaled = parse_decimal(text, decimals);
-  if (!scaled) throw std::logic_error("unexpected number text \"" + text + "\"");
-  return *scaled;
+  if (scaled) return *scaled;
+  // A number with more digits than an amount holds, or text a number pattern passes
+  // unchanged (a settings field that is no number).
+  if (parse_decimal_digits(text, decimals)) amount_overflow();
+  raise(rt::kTypeMismatch, kSource, "Type mismatch: \"" + text + "\" is not a number");
 }
 
 Amount written(double value, std::string_view pattern, int decimals) {
@@ -65,14 +66,13 @@ Rows ExpectationBuilder::card(const std::string& employee, const Minutes& minute
 
 void ExpectationBuilder::adjust(std::size_t row, Reason reason, Amount delta) {
   Row& target = expectation_.rows[row];
+  target.in_file = add(target.in_file, delta);
   for (Adjustment& adjustment : target.adjustments)
     if (adjustment.reason == reason) {
-      adjustment.delta += delta;
-      target.in_file += delta;
+      adjustment.delta = add(adjustment.delta, delta);
       return;
     }
   target.adjustments.push_back({reason, delta});
-  target.in_file += delta;
 }
 
 void ExpectationBuilder::drop(std::size_t row, Reason reason) {
@@ -86,7 +86,7 @@ void ExpectationBuilder::drop(std::size_t row, Reason reason, Amount amount) {
 
 void ExpectationBuilder::write(std::size_t row, std::string code, Amount intended, Amount amount,
                                Reason rounding, std::optional<CivilDate> date) {
-  if (amount != intended) adjust(row, rounding, amount - intended);
+  if (amount != intended) adjust(row, rounding, add(amount, -intended));
   if (amount != 0) {
     // Time of another category of the same card already under this code.
     for (std::size_t i = card_start_; i < expectation_.records.size(); ++i) {

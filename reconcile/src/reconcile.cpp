@@ -51,6 +51,22 @@ std::vector<std::string> control_problems(const Controls& expected, const Contro
   return problems;
 }
 
+// The sums the report shows (each row's difference, the totals and their difference, the
+// share of each reason) must be amounts too: raises amount_overflow where one is not.
+void check_sums(const std::vector<Row>& rows) {
+  Amount input = 0;
+  Amount in_file = 0;
+  std::map<Reason, Amount> by_reason;
+  for (const Row& row : rows) {
+    add(row.in_file, -row.input);
+    input = add(input, row.input);
+    in_file = add(in_file, row.in_file);
+    for (const Adjustment& adjustment : row.adjustments)
+      by_reason[adjustment.reason] = add(by_reason[adjustment.reason], adjustment.delta);
+  }
+  add(in_file, -input);
+}
+
 }  // namespace
 
 bool Row::explained() const {
@@ -77,6 +93,7 @@ Reconciliation check(const ClassRules& rules, const Variant& cards, std::string_
                      std::string_view title) {
   run_settings_check(rules, setup, title);
   Expectation expectation = rules.expect(cards, SettingsFields(setup), title);
+  check_sums(expectation.rows);
   Reconciliation result;
   result.class_name = rules.class_name;
   result.layout = std::move(expectation.layout);
@@ -93,22 +110,24 @@ Reconciliation reconcile(const ClassRules& rules, const Variant& cards, std::str
   std::map<GroupKey, Group> groups;
   for (const ExpectedRecord& record : expectation.records) {
     Group& group = groups[group_key(record.employee, record.code, record.date)];
-    group.expected += record.amount;
+    group.expected = add(group.expected, record.amount);
     if (!group.first_row) group.first_row = record.row;
   }
-  for (const FileRecord& record : contents.records)
-    groups[group_key(record.employee, record.code, record.date)].written += record.amount;
+  for (const FileRecord& record : contents.records) {
+    Group& group = groups[group_key(record.employee, record.code, record.date)];
+    group.written = add(group.written, record.amount);
+  }
 
   // A group that does not carry what the rules leave is a difference no rule explains:
   // it is charged to the first row the group was expected for, or to a row of its own
   // when the file has time nobody expected.
   for (const auto& [key, group] : groups) {
-    const Amount residual = group.written - group.expected;
+    const Amount residual = add(group.written, -group.expected);
     if (residual == 0) continue;
     if (group.first_row) {
       Row& row = expectation.rows[*group.first_row];
       row.adjustments.push_back({Reason::Unexplained, residual});
-      row.in_file += residual;
+      row.in_file = add(row.in_file, residual);
     } else {
       Row row;
       row.employee = std::get<0>(key);
@@ -119,6 +138,7 @@ Reconciliation reconcile(const ClassRules& rules, const Variant& cards, std::str
     }
   }
 
+  check_sums(expectation.rows);
   Reconciliation result;
   result.problems = control_problems(expectation.controls, contents.controls);
   result.class_name = rules.class_name;
@@ -129,6 +149,29 @@ Reconciliation reconcile(const ClassRules& rules, const Variant& cards, std::str
 }
 
 std::string hours_text(Amount amount, int decimals, bool sign) {
+  // An amount a double holds exactly is printed through it; a larger one (beyond 2^53,
+  // some 1.5 x 10^12 hours) in whole numbers, rounded half away from zero.
+  constexpr Amount kExactInDouble = Amount{1} << 53;
+  if (amount > kExactInDouble || amount < -kExactInDouble) {
+    const bool negative = amount < 0;
+    const auto magnitude =
+        negative ? 0 - static_cast<std::uint64_t>(amount) : static_cast<std::uint64_t>(amount);
+    std::uint64_t whole = magnitude / kUnitsPerHour;
+    std::uint64_t scale = 1;
+    for (int i = 0; i < decimals; ++i) scale *= 10;
+    const std::uint64_t rest = magnitude % kUnitsPerHour * scale;
+    std::uint64_t fraction = (2 * rest + kUnitsPerHour) / (2 * kUnitsPerHour);
+    if (fraction == scale) ++whole, fraction = 0;
+    std::string text = negative ? "-" : sign ? "+" : "";
+    text += std::to_string(whole);
+    if (decimals > 0) {
+      const std::string digits = std::to_string(fraction);
+      text += '.';
+      text.append(static_cast<std::size_t>(decimals) - digits.size(), '0');
+      text += digits;
+    }
+    return text;
+  }
   const double hours = to_hours(amount);
   char text[64];
   std::snprintf(text, sizeof text, sign ? "%+.*f" : "%.*f", decimals, hours);

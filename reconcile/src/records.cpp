@@ -3,6 +3,9 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "zorvat/error.h"
+#include "zorvat/reconcile/expectation.h"
+#include "zorvat/reconcile/reconcile.h"
 #include "zorvat/reconcile/text_reader.h"
 #include "zorvat/unicode.h"
 
@@ -19,8 +22,24 @@ void FileContents::add_hundredths(std::string_view employee, std::string_view co
   records.push_back(std::move(record));
 }
 
+void amount_overflow() {
+  raise(rt::kOverflow, kSource,
+        "Overflow: more time than reconciliation counts (at most " + hours_text(kLargestAmount, 2) +
+            " hours in one amount or sum)");
+}
+
+Amount add(Amount a, Amount b) {
+  Amount sum = 0;
+  if (__builtin_add_overflow(a, b, &sum) || sum < -kLargestAmount) amount_overflow();
+  return sum;
+}
+
 Amount from_minutes(double minutes) {
-  return static_cast<Amount>(std::llround(minutes * static_cast<double>(kUnitsPerMinute)));
+  const double units = std::round(minutes * static_cast<double>(kUnitsPerMinute));
+  // 2^63 is the first double past the range (INT64_MAX itself is no double).
+  constexpr double kBeyond = 9223372036854775808.0;
+  if (!(units > -kBeyond && units < kBeyond)) amount_overflow();
+  return static_cast<Amount>(units);
 }
 
 double to_hours(Amount amount) {
@@ -89,31 +108,51 @@ std::size_t letter_column(std::string_view text, std::size_t position) {
   return text_length(text.substr(0, position)) + 1;
 }
 
-std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+namespace {
+
+// A decimal as parse_decimal reads it, split at its point.
+struct DecimalText {
   bool negative = false;
+  std::string_view whole;
+  std::string_view fraction;
+};
+
+std::optional<DecimalText> split_decimal(std::string_view text, int decimals) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  DecimalText parts;
   if (!text.empty() && text.front() == '-') {
-    negative = true;
+    parts.negative = true;
     text.remove_prefix(1);
   }
-  std::string_view whole = text;
-  std::string_view fraction;
+  parts.whole = text;
   if (decimals > 0) {
     const std::size_t point = text.find('.');
     if (point == std::string_view::npos) return std::nullopt;
-    whole = text.substr(0, point);
-    fraction = text.substr(point + 1);
-    if (fraction.size() != static_cast<std::size_t>(decimals)) return std::nullopt;
+    parts.whole = text.substr(0, point);
+    parts.fraction = text.substr(point + 1);
+    if (parts.fraction.size() != static_cast<std::size_t>(decimals)) return std::nullopt;
   }
-  if (whole.empty() && fraction.empty()) return std::nullopt;
-  if (whole.size() > 15) return std::nullopt;
-  std::int64_t value = 0;
-  for (std::string_view digits : {whole, fraction})
-    for (char c : digits) {
+  if (parts.whole.empty() && parts.fraction.empty()) return std::nullopt;
+  for (std::string_view digits : {parts.whole, parts.fraction})
+    for (char c : digits)
       if (c < '0' || c > '9') return std::nullopt;
-      value = value * 10 + (c - '0');
-    }
-  return negative ? -value : value;
+  return parts;
+}
+
+}  // namespace
+
+std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals) {
+  const auto parts = split_decimal(text, decimals);
+  // Seventeen digits at most: hundredths of an hour that many make an amount in range.
+  if (!parts || parts->whole.size() + parts->fraction.size() > 17) return std::nullopt;
+  std::int64_t value = 0;
+  for (std::string_view digits : {parts->whole, parts->fraction})
+    for (char c : digits) value = value * 10 + (c - '0');
+  return parts->negative ? -value : value;
+}
+
+bool parse_decimal_digits(std::string_view text, int decimals) {
+  return split_decimal(text, decimals).has_value();
 }
 
 std::optional<CivilDate> parse_short_date(std::string_view text) {

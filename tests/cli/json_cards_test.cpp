@@ -285,11 +285,6 @@ TEST(JsonCards, NumbersOutOfRangeAreRefusedWithAMessage) {
   EXPECT_THROW(load_cards_json("{\"cards\": [{\"REG\": 1e999}]}", "big"), CardsFileError);
 }
 
-TEST(JsonCards, DeepNestingIsRefused) {
-  const std::string deep = "{\"cards\": [" + std::string(2000, '[') + std::string(2000, ']') + "]}";
-  EXPECT_THROW(load_cards_json(deep, "deep"), CardsFileError);
-}
-
 // The whole message of a refused file, or "loaded".
 std::string refusal(const std::string& text) {
   try {
@@ -298,6 +293,73 @@ std::string refusal(const std::string& text) {
     return error.what();
   }
   return "loaded";
+}
+
+// The first card's `property` in `text`.
+Variant first_card_value(const std::string& text, const char* property) {
+  Variant value;
+  for_each(load_cards_json(text, "n.json"), [&](const Variant& card) {
+    if (value.type() == Variant::Type::Empty) value = get_property(card, property);
+  });
+  return value;
+}
+
+TEST(JsonCards, IntegersBeyondSixtyFourBitsAreDoubles) {
+  // 99999999999999999999 lies between the Doubles 1e20 - 16384 and 1e20, nearer 1e20.
+  for (const char* text : {"99999999999999999999", "100000000000000000000"}) {
+    const Variant reg =
+        first_card_value(std::string("{\"cards\": [{\"REG\": ") + text + "}]}", "REG");
+    EXPECT_EQ(reg.type(), Variant::Type::Double) << text;
+    EXPECT_EQ(to_double(reg), 1e20) << text;
+  }
+  const Variant negative =
+      first_card_value("{\"cards\": [{\"OT1\": -99999999999999999999}]}", "OT1");
+  EXPECT_EQ(negative.type(), Variant::Type::Double);
+  EXPECT_EQ(to_double(negative), -1e20);
+  // Below the signed 64-bit range by one: the Double -2^63.
+  EXPECT_EQ(to_double(first_card_value("{\"cards\": [{\"REG\": -9223372036854775809}]}", "REG")),
+            -9223372036854775808.0);
+  // An integer of 19 digits within the range keeps its value as before, next to a long one
+  // (both in the same piece, which is read again).
+  const Variant cards = load_cards_json(
+      "{\"cards\": [{\"REG\": 1234567890123456789, \"OT1\": 18446744073709551616, "
+      "\"ExportID\": \"99999999999999999999\"}]}",
+      "n.json");
+  for_each(cards, [](const Variant& card) {
+    EXPECT_EQ(to_double(get_property(card, "REG")), 1234567890123456768.0);
+    EXPECT_EQ(to_double(get_property(card, "OT1")), 18446744073709551616.0);
+    EXPECT_EQ(to_text(get_property(card, "ExportID")), "99999999999999999999");
+  });
+  // Outside the cards too.
+  EXPECT_EQ(to_double(get_property(
+                load_cards_json("{\"Batch\": 123456789012345678901234, \"cards\": []}", "n.json"),
+                "Batch")),
+            123456789012345678901234.0);
+}
+
+TEST(JsonCards, ANumberNoDoubleHoldsIsRefusedWithItsLineColumnAndProperty) {
+  EXPECT_EQ(refusal("{\"cards\": [\n  {\"ExportID\": \"E1\",\n   \"REG\": 1e400}\n]}"),
+            "cards file m.json: line 3, column 11: property REG: 1e400 is beyond the range of a "
+            "number (a Double holds magnitudes up to 1.79769313486232E+308)");
+  EXPECT_EQ(refusal("{\"cards\": [{\"Days\": [{\"OT1\": 0}, {\"OT1\":-2.5E+999}]}]}"),
+            "cards file m.json: line 1, column 41: property OT1: -2.5E+999 is beyond the range "
+            "of a number (a Double holds magnitudes up to 1.79769313486232E+308)");
+  EXPECT_EQ(refusal("{\"Scale\": [1, 1" + std::string(400, '0') + "], \"cards\": []}"),
+            "cards file m.json: line 1, column 15: an element of an array: 1" +
+                std::string(400, '0') +
+                " is beyond the range of a number (a Double holds magnitudes up to "
+                "1.79769313486232E+308)");
+  // A name with an escaped quote is given as it is written.
+  EXPECT_EQ(refusal("{\"cards\": [{\"a\\\"b\": 9e9999}]}"),
+            "cards file m.json: line 1, column 21: property a\\\"b: 9e9999 is beyond the range of "
+            "a number (a Double holds magnitudes up to 1.79769313486232E+308)");
+  // Too small for a Double is no error: the nearest one, 0.
+  EXPECT_EQ(to_double(first_card_value("{\"cards\": [{\"REG\": 1e-400}]}", "REG")), 0.0);
+}
+
+TEST(JsonCards, DeepNestingIsRefused) {
+  const std::string deep = "{\"cards\": [" + std::string(2000, '[') + std::string(2000, ']') + "]}";
+  EXPECT_THROW(load_cards_json(deep, "deep"), CardsFileError);
 }
 
 TEST(JsonCards, RefusalsNameTheFileAndThePlaceInFull) {

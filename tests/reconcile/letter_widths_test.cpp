@@ -310,6 +310,19 @@ TEST(PCPreviewLetters, NamesWithAccentsKeepTheRecordInPlace) {
                                          }));
 }
 
+// An employee number of seven digits is written whole and moves the record's columns
+// after it; the cards' numbers tell the reader how wide it is, so a name that starts
+// with a digit stays the name's.
+TEST(PCPreviewLetters, AnEmployeeNumberWiderThanItsColumnMovesTheRecord) {
+  const std::string file = preview_record("1234567", "Ann Lee" + blanks(18), "A", "   40.00") +
+                           preview_record("000316", "7 Bob Ray" + blanks(16), "B", "    1.50");
+  const Variant cards = testing_support::cards_from_json(
+      R"({"cards": [{"Number": 1234567}, {"Number": 316}, {"Number": 3167}]})");
+  const auto contents = rules_of("PCPreview").read(file, SettingsFields(kPreviewSetup), "", cards);
+  EXPECT_EQ(described(contents.records),
+            (std::vector<std::string>{"1234567|A|4000 line 1", "000316|B|150 line 2"}));
+}
+
 TEST(PCPreviewLetters, TheFileReconcilesWithItsCards) {
   const auto result = reconcile::reconcile(rules_of("PCPreview"), cards_of(preview_cards()),
                                            kPreviewSetup, "", preview_file());

@@ -248,4 +248,97 @@ TEST(Adp7EpipReader, AnExportIdHoldingThePayNumberTagsIsReadWhole) {
   EXPECT_EQ(described(contents.records), std::vector<std::string>{"E1004101 REG 40.0000 line 2"});
 }
 
+// Settings with no line terminator run the records together: each starts with its card's
+// export ID and the separator.
+TEST(GenericReader, RecordsRunTogetherAreToldApartByTheCardsExportIds) {
+  const reconcile::ClassRules* rules = formats::find_export_class("Generic");
+  ASSERT_NE(rules, nullptr);
+  const Variant cards = cards_from_json(
+      R"({"cards": [{"ExportID": "E1", "REG": 60}, {"ExportID": "E10", "REG": 150}]})");
+  const std::string file =
+      "E1,000000007,01,1.00,0.00,0.00,0.00,0.00,0.00,0.00,E10,x,E10,000000008,01,2.50,0.00,0.00,"
+      "0.00,0.00,0.00,0.25";
+  const auto contents =
+      rules->read(file, SettingsFields("0,0,0,0,0,False,True,False,False,False,,4"), "", cards);
+  const std::vector<std::string> expected = {
+      "E1 REG 1.0000 line 1",  "E1 OT1 0.0000 line 1",  "E1 OT2 0.0000 line 1",
+      "E1 VAC 0.0000 line 1",  "E1 HOL 0.0000 line 1",  "E1 SIC 0.0000 line 1",
+      "E1 OTH 0.0000 line 1",  "E10 REG 2.5000 line 1", "E10 OT1 0.0000 line 1",
+      "E10 OT2 0.0000 line 1", "E10 VAC 0.0000 line 1", "E10 HOL 0.0000 line 1",
+      "E10 SIC 0.0000 line 1", "E10 OTH 0.2500 line 1"};
+  EXPECT_EQ(described(contents.records), expected);
+  // A record that does not read, with its column on the line.
+  try {
+    rules->read("E1,000000007,01,1.00,0.00,0.00,0.00,0.00,0.00,0.00E10,000000008,01,x",
+                SettingsFields("0,0,0,0,0,False,True,False,False,False,,4"), "", cards);
+    ADD_FAILURE() << "read";
+  } catch (const reconcile::ReadError& error) {
+    // "x" stands at column 68, where a separator should follow the field.
+    EXPECT_STREQ(error.what(), "not a Generic file: line 1, column 68: no \",\" after a field");
+  }
+}
+
+// PrimePay writes the employee number and the hundredths as they stand: a number of
+// seven digits, or one given as four letters of text, moves the columns after it.
+TEST(PrimePayReader, NumbersWiderOrNarrowerThanTheirColumnsAreReadWhole) {
+  const reconcile::ClassRules* rules = formats::find_export_class("PrimePay");
+  ASSERT_NE(rules, nullptr);
+  const std::string file =
+      std::string("HPTA1000103/08/04Brantell Time Recorder               N03/06/04\r\n") +
+      "D1234567 1000000" + std::string(48, ' ') + "004\r\n" +  // 10000.00 regular hours
+      "D131A " + std::string(11, ' ') + "000005020" + std::string(34, ' ') + "004\r\n";
+  const auto contents = rules->read(file, SettingsFields("4,02,20,23,24,25,28"), "", Variant());
+  EXPECT_EQ(described(contents.records),
+            (std::vector<std::string>{"1234567 REG 10000.0000 line 2", "131A 20 0.5000 line 3"}));
+  EXPECT_EQ(contents.batch, 4);
+}
+
+// IntuitPAC Jr writes its amounts side by side, each as it stands: a regular amount of
+// six digits and a negative one take a letter more than their columns, and the fill
+// to column 80 two fewer.
+TEST(IntuitPacJrReader, AmountsWiderThanTheirColumnsAreReadWhole) {
+  const reconcile::ClassRules* rules = formats::find_export_class("IntuitPAC");
+  ASSERT_NE(rules, nullptr);
+  const std::string record = std::string("1234") + "4" + "0315" + "8" +
+                             "123456"       // regular: 1234.56 hours, one digit more
+                             "00050"        // overtime
+                             "03-00000030"  // a pay code and -0.30 hours, with its sign
+                             "0400000000"
+                             "0500000000"
+                             "0600000000"
+                             "0700000000" +
+                             std::string(8, ' ') + "\r\n";
+  ASSERT_EQ(record.size(), 82u);
+  const auto contents = rules->read(record, SettingsFields("ABC1234,1,2,3,4,5,6,7,0,0,0,0"),
+                                    "QuikPay Import File V2.0", Variant());
+  EXPECT_EQ(described(contents.records),
+            (std::vector<std::string>{"0315 REG 1234.5600 line 1", "0315 OT1 0.5000 line 1",
+                                      "0315 03 -0.3000 line 1", "0315 04 0.0000 line 1",
+                                      "0315 05 0.0000 line 1", "0315 06 0.0000 line 1",
+                                      "0315 07 0.0000 line 1"}));
+}
+
+// EPIP writes the shift through "00" as it stands: shift 123 takes three columns, text
+// "A" one, and the tagged fields follow.
+TEST(Adp7EpipReader, AShiftWiderOrNarrowerThanItsColumnIsReadWhole) {
+  const reconcile::ClassRules* rules = formats::find_export_class("ADP7");
+  ASSERT_NE(rules, nullptr);
+  const std::string header = "A001ABC00205z" + std::string(66, ' ') + "7\r\n";
+  const std::string lines =
+      "B003E1004101"
+      "0123"  // "010" and shift 123
+      "0120004000 z\r\n"
+      "B003E2004101"
+      "0A"  // "010" and shift "A"
+      "0130000150 z\r\n";
+  const std::string trailer = "C03000000004000 03100000000150 z" + std::string(47, ' ') + "\r\n";
+  const auto contents = rules->read(
+      header + lines + trailer,
+      SettingsFields("ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,"
+                     "Hours 4,EPIP"),
+      "", Variant());
+  EXPECT_EQ(described(contents.records),
+            (std::vector<std::string>{"E1 REG 40.0000 line 2", "E2 OT1 1.5000 line 3"}));
+}
+
 }  // namespace

@@ -104,6 +104,10 @@ std::vector<ClassSetup> random_test_setups() {
       {"Generic", "1,1,0,1,1,False,False,False,True,False,,2", ""},
       {"Generic", "0,0,1,1,1,True,False,False,False,False,,1", ""},
       {"Generic", "1,0,1,0,0,True,False,False,False,False,,3", ""},
+      // No line terminator: the records run together on one line.
+      {"Generic", "0,1,0,1,1,False,True,False,False,False,,4", ""},
+      {"Generic", "1,0,0,1,0,False,False,True,False,False,,9", ""},
+      {"Generic", "0,0,0,0,0,False,False,False,False,False,,7", ""},
       {"ADP7",
        "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,EPIP", ""},
       {"ADP7", "ABC,7,1,H3,Hours 3,VA,Vacation Hours,,Holiday Hours,SI,Sick Hours,SI,Hours 4,CSV",

@@ -113,7 +113,8 @@ Reconciliation check(const ClassRules& rules, const Variant& cards, std::string_
 Reconciliation reconcile(const ClassRules& rules, const Variant& cards, std::string_view setup,
                          std::string_view title, std::string_view file_bytes);
 
-// Hours with `decimals` decimals ("12.50", "-0.0167"); `sign` adds "+" to positives.
+// Hours with `decimals` (0 to 9) decimals ("12.50", "-0.0167"); `sign` adds "+" to
+// positives.
 std::string hours_text(Amount amount, int decimals, bool sign = false);
 
 // The readable table: a row per employee and category with time or a reason, the

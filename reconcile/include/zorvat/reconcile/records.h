@@ -23,11 +23,23 @@ using Amount = std::int64_t;
 inline constexpr Amount kUnitsPerMinute = 100;
 inline constexpr Amount kUnitsPerHundredth = 60;
 inline constexpr Amount kUnitsPerHour = 6000;
+// The most time an amount, a sum of amounts or a difference of two holds, either way
+// (some 1.5 x 10^15 hours). Time beyond it, which a card may hold and some classes
+// write, is not counted: reconciling it raises 6 "Overflow" (amount_overflow).
+inline constexpr Amount kLargestAmount = INT64_MAX;
 
+// Raises 6 "Overflow" with the source of the reconciliation, saying how much time it
+// counts.
+[[noreturn]] void amount_overflow();
+// a + b; raises amount_overflow past kLargestAmount either way.
+Amount add(Amount a, Amount b);
+
+// Hundredths of an hour as read from a file (parse_decimal keeps them within range).
 constexpr Amount from_hundredths(std::int64_t hundredths) {
   return hundredths * kUnitsPerHundredth;
 }
 // Card minutes are whole numbers; a fraction is kept to the hundredth of a minute.
+// Raises amount_overflow for more minutes than an amount holds.
 Amount from_minutes(double minutes);
 double to_hours(Amount amount);
 

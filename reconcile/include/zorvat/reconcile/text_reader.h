@@ -42,8 +42,11 @@ std::size_t letter_column(std::string_view text, std::size_t position);
 
 // A signed decimal with exactly `decimals` digits after the point ("-12.50", ".50",
 // "0000150"), scaled to a whole number (1250, 50, 150). Leading blanks are allowed;
-// nothing else. No value for text that is not such a number.
+// nothing else. No value for text that is not such a number, nor for one of more than
+// 17 digits (hundredths of an hour that many make an amount in range).
 std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals);
+// Whether `text` is written as such a number, however many digits it has.
+bool parse_decimal_digits(std::string_view text, int decimals);
 
 // "mm/dd/yy", the year read through the two-digit-year window (zorvat/date.h).
 std::optional<CivilDate> parse_short_date(std::string_view text);
@@ -54,6 +57,10 @@ std::optional<CivilDate> parse_short_date(std::string_view text);
 class Cursor {
  public:
   Cursor(std::string_view layout, Line line) : layout_(layout), line_(line) {}
+  // A cursor at `position` (a byte offset) of the line: where a record starts that
+  // follows another on the same line.
+  Cursor(std::string_view layout, Line line, std::size_t position)
+      : layout_(layout), line_(line), position_(position) {}
 
   // The byte offset of the cursor in the record's text.
   std::size_t position() const { return position_; }
