@@ -13,6 +13,7 @@
 #include "platform.h"
 #include "zorvat/automation.h"
 #include "zorvat/code_page.h"
+#include "zorvat/reconcile/expectation.h"
 #include "zorvat/reconcile/reconcile.h"
 #include "zorvat/settings.h"
 
@@ -192,10 +193,10 @@ std::string field_count_text(std::size_t count) {
   return std::to_string(count) + (count == 1 ? " field" : " fields");
 }
 
-// The cards with a value past the column its layout gives it, which make the file
-// `unreadable`; at most kNamedCards of them.
+// The cards with a value past the column its layout gives it, each named with
+// `consequence`; at most kNamedCards of them.
 std::vector<Finding> cards_past_limits(std::string_view class_name, const Variant& cards,
-                                       std::string_view unreadable) {
+                                       const std::string& consequence) {
   constexpr std::size_t kNamedCards = 20;
   std::vector<Finding> findings;
   std::size_t index = 0;
@@ -206,9 +207,7 @@ std::vector<Finding> cards_past_limits(std::string_view class_name, const Varian
     if (!past) return;
     CardReadPlace place = card_place(card, at);
     place.property = past->property;
-    findings.push_back({Finding::Severity::Error, place, std::nullopt,
-                        past->text + ": its records would not read back as the layout (" +
-                            std::string(unreadable) + ")"});
+    findings.push_back({Finding::Severity::Error, place, std::nullopt, past->text + consequence});
   });
   return findings;
 }
@@ -479,6 +478,13 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
                     " in the file");
       for (const std::string& problem : result.problems)
         error(std::nullopt, std::nullopt, "the file would not read back: " + problem);
+      // The command's reader follows a value past its column; the payroll system reads
+      // the record by its columns and takes the columns after it wrongly.
+      for (Finding& culprit :
+           cards_past_limits(rules->class_name, cards,
+                             ": its record is wider than the layout, whose columns the payroll "
+                             "system reads it by"))
+        findings.push_back(std::move(culprit));
     } catch (const reconcile::ReadError& unreadable) {
       // Which cards make it so: those with a value past its column, else each card
       // exported alone; a setting that makes every file unreadable (no line end) is
@@ -486,7 +492,9 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
       const std::vector<Finding> unusable = settings_warnings(description, setup);
       std::vector<Finding> culprits;
       if (unusable.empty())
-        culprits = cards_past_limits(rules->class_name, cards, unreadable.what());
+        culprits = cards_past_limits(rules->class_name, cards,
+                                     ": its records would not read back as the layout (" +
+                                         std::string(unreadable.what()) + ")");
       if (unusable.empty() && culprits.empty())
         culprits = unreadable_cards(class_name, *rules, cards_path, setup, title, code_page);
       if (culprits.empty())
@@ -495,7 +503,10 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
                   "the file would not read back as its layout: " + unreadable.what());
       for (Finding& culprit : culprits) findings.push_back(std::move(culprit));
     } catch (const Error& raised) {
-      error(std::nullopt, std::nullopt, "the file would not read back: " + raised_text(raised));
+      // More time than reconciliation counts is the command's own limit, not the file's:
+      // the hours table after the findings raises it as the command's error.
+      if (raised.source() != reconcile::kSource)
+        error(std::nullopt, std::nullopt, "the file would not read back: " + raised_text(raised));
     }
   }
 
