@@ -167,7 +167,7 @@ TEST_F(NumberRange, AnEpipAmountWiderThanItsFieldReconciles) {
 // Every class, with minutes far beyond and far below the usual: the export, the check
 // (plain and JSON) and the reconciliation of what the export wrote each end with an
 // exit status of the command, and a raised error is reported on one line.
-TEST_F(NumberRange, NoNumberMakesTheCommandCrash) {
+TEST_F(NumberRange, NoNumberMakesTheCommandCrashOrBreaksTheCheckPromise) {
   struct Example {
     std::string cls, setup, title;
   };
@@ -195,7 +195,7 @@ TEST_F(NumberRange, NoNumberMakesTheCommandCrash) {
       std::filesystem::remove(out);
       const std::vector<std::string> common = {"--cards",     cards,     "--setup",
                                                example.setup, "--title", example.title};
-      auto run = [&](std::vector<std::string> command) {
+      auto run = [&](std::vector<std::string> command) -> int {
         command.insert(command.begin() + 2, common.begin(), common.end());
         const ProcessResult result = zorvat(command);
         const std::string what = std::string(minutes) + " " + example.cls + " " + example.setup +
@@ -209,13 +209,20 @@ TEST_F(NumberRange, NoNumberMakesTheCommandCrash) {
         if (command.back() == "--json") {
           EXPECT_TRUE(json::accept(result.out)) << what;
         }
+        return result.exit_code;
       };
-      run({"export", example.cls, "--out", out, "--today", "2004-03-08"});
-      run({"export", example.cls, "--check"});
+      const int exported = run({"export", example.cls, "--out", out, "--today", "2004-03-08"});
+      const int checked = run({"export", example.cls, "--check"});
       run({"export", example.cls, "--check", "--json"});
+      int reconciled = -1;
       if (std::filesystem::exists(out)) {
-        run({"reconcile", example.cls, out});
+        reconciled = run({"reconcile", example.cls, out});
         run({"reconcile", example.cls, out, "--json"});
+      }
+      // A check that exits 0 promises an export that succeeds and a file that reconciles.
+      if (checked == 0) {
+        EXPECT_EQ(exported, 0) << minutes << " " << example.cls << " " << example.setup;
+        EXPECT_EQ(reconciled, 0) << minutes << " " << example.cls << " " << example.setup;
       }
     }
   }
