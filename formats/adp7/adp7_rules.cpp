@@ -5,6 +5,7 @@
 
 #include "adp7/adp7.h"
 #include "adp7/adp7_layout.h"
+#include "adp7/adp7_limits.h"
 #include "adp7/adp7_reader.h"
 #include "zorvat/reconcile/expectation.h"
 
@@ -76,7 +77,8 @@ constexpr SettingsExample kExamples[] = {
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"ADP7", create_export_class<ADP7>, expect, read, kExamples};
+  static constexpr ClassRules rules{"ADP7",      create_export_class<ADP7>, expect, read, kExamples,
+                                    &kFileLimits};
   return rules;
 }
 

@@ -3,6 +3,7 @@
 
 #include "generic/generic.h"
 #include "generic/generic_layout.h"
+#include "generic/generic_limits.h"
 #include "generic/generic_reader.h"
 #include "zorvat/reconcile/expectation.h"
 
@@ -47,8 +48,8 @@ constexpr SettingsExample kExamples[] = {
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"Generic", create_export_class<Generic>, expect, read,
-                                    kExamples};
+  static constexpr ClassRules rules{
+      "Generic", create_export_class<Generic>, expect, read, kExamples, &kFileLimits};
   return rules;
 }
 

@@ -6,6 +6,7 @@
 
 #include "intuitpac/intuitpac.h"
 #include "intuitpac/intuitpac_layout.h"
+#include "intuitpac/intuitpac_limits.h"
 #include "intuitpac/intuitpac_reader.h"
 #include "zorvat/error.h"
 #include "zorvat/format.h"
@@ -83,8 +84,8 @@ constexpr SettingsExample kExamples[] = {
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"IntuitPAC", create_export_class<IntuitPAC>, expect, read,
-                                    kExamples};
+  static constexpr ClassRules rules{
+      "IntuitPAC", create_export_class<IntuitPAC>, expect, read, kExamples, &kFileLimits};
   return rules;
 }
 

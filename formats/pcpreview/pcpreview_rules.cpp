@@ -4,6 +4,7 @@
 
 #include "pcpreview/pcpreview.h"
 #include "pcpreview/pcpreview_layout.h"
+#include "pcpreview/pcpreview_limits.h"
 #include "pcpreview/pcpreview_reader.h"
 #include "zorvat/format.h"
 #include "zorvat/reconcile/expectation.h"
@@ -54,8 +55,8 @@ constexpr SettingsExample kExamples[] = {
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"PCPreview", create_export_class<PCPreview>, expect, read,
-                                    kExamples};
+  static constexpr ClassRules rules{
+      "PCPreview", create_export_class<PCPreview>, expect, read, kExamples, &kFileLimits};
   return rules;
 }
 

@@ -5,6 +5,7 @@
 
 #include "primepay/primepay.h"
 #include "primepay/primepay_layout.h"
+#include "primepay/primepay_limits.h"
 #include "primepay/primepay_reader.h"
 #include "zorvat/format.h"
 #include "zorvat/hours.h"
@@ -56,8 +57,8 @@ constexpr SettingsExample kExamples[] = {
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"PrimePay", create_export_class<PrimePay>, expect, read,
-                                    kExamples};
+  static constexpr ClassRules rules{
+      "PrimePay", create_export_class<PrimePay>, expect, read, kExamples, &kFileLimits};
   return rules;
 }
 

@@ -1,8 +1,9 @@
-// What each export class needs of the time cards, beyond its settings: the columns its
-// fixed layouts give a card's values (taken from the layout declarations of the class
-// folders) and the largest value that fits them, the employee number IntuitPAC keeps,
-// ADP7's batch limit. `zorvat describe` prints them; `zorvat export --check` holds the
-// cards to them and names the card that passes one.
+// What each export class needs of the time cards, beyond its settings, as the class's
+// entry declares it (`reconcile::FileLimits`, in the class's folder beside its layout):
+// the columns its fixed layouts give a card's values and the largest value that fits
+// them, a batch limit, what a payroll system may misread. `zorvat describe` prints
+// them; `zorvat export --check` holds the cards to them and names the card that passes
+// one. A class without limits has none of them.
 #pragma once
 
 #include <optional>
@@ -12,34 +13,27 @@
 
 #include "export_check.h"
 #include "zorvat/error.h"
+#include "zorvat/reconcile/limits.h"
 #include "zorvat/settings_description.h"
 #include "zorvat/variant.h"
 
 namespace zorvat::cli {
 
-// One need: the card property it is about ("Number", "REG"...; "" for the cards as a
-// whole) and a sentence.
-struct CardNeed {
-  std::string property;
-  std::string text;
-};
+using reconcile::CardNeed;
+using reconcile::ValuePastLimit;
 
-// The needs of `class_name` (class name as described, "PrimePay"), in the order the
+// The needs of the class named `class_name` (as described), in the order the
 // record takes the values; none for a class whose file has no fixed widths.
 std::vector<CardNeed> card_needs(std::string_view class_name);
 
 // Why `error`, raised by Execute while card `index` was being read and explained by no
-// value of the card itself, came of the cards together or of a value's form: the
-// sentence naming the limit it passed; nothing when no known limit explains it.
+// value of the card itself, came of the cards together: the sentence naming the limit
+// it passed; nothing when no limit of the class explains it.
 std::optional<std::string> card_limit_passed(std::string_view class_name, const Error& error,
                                              const Variant& cards, std::size_t index);
 
 // A value of `card` that passes what the class's layout holds (a number wider than its
 // column, hours past the largest the column takes): the property and a sentence.
-struct ValuePastLimit {
-  std::string property;
-  std::string text;
-};
 std::optional<ValuePastLimit> value_past_limit(std::string_view class_name, const Variant& card);
 
 // What a payroll system may misread of cards that export without error: employees

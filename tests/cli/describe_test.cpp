@@ -163,6 +163,20 @@ TEST(DescribeTable, SaysWhatTheCardsMustHold) {
             std::string::npos);
 }
 
+TEST(DescribeTable, AClassOfTheTestTreeSaysWhatItsOwnFolderDeclares) {
+  const auto tally = zorvat({"describe", "Tally"});
+  EXPECT_NE(tally.out.find("\nWhat the cards must hold:\n  ExportID: written as it stands, "
+                           "before the hours and the last comma of its line; a CR LF in it "
+                           "ends the line\n"),
+            std::string::npos)
+      << tally.out;
+  EXPECT_EQ(json::parse(zorvat({"describe", "Tally", "--json"}).out)["cards"],
+            (json::array({{{"property", "ExportID"},
+                           {"text",
+                            "written as it stands, before the hours and the last comma "
+                            "of its line; a CR LF in it ends the line"}}})));
+}
+
 TEST(DescribeTable, AnUnknownClassIsAUsageError) {
   const auto r = zorvat({"describe", "Nope"});
   EXPECT_EQ(r.exit_code, 2);

@@ -186,6 +186,26 @@ TEST_F(ExportCheck, IntuitPacNumberUnderFourDigitsNamesTheCard) {
       << r.err;
 }
 
+TEST_F(ExportCheck, AValuePastALimitTheClassDeclaresIsNamedForAnyClass) {
+  // Tally, a class of the test tree, declares in its own folder that a CR LF in an
+  // export ID ends its line; the command names the card by that alone.
+  const std::string path = cards_file(cards(3, [](int i, json& card) {
+    if (i == 1) card["ExportID"] = "E1\r\n01";
+  }));
+  const json report = check_json("Tally", path, "1");
+  ASSERT_EQ(report["findings"].size(), 1u) << report.dump();
+  EXPECT_EQ(report["findings"][0],
+            (json{{"severity", "error"},
+                  {"card", card_of(1, "E1\r\n01", "ExportID")},
+                  {"setting", nullptr},
+                  // The title line, E100's line, then "E1" alone on line 3.
+                  {"message",
+                   "the export ID holds a CR LF, which ends its line: its records would not read "
+                   "back as the layout (not a Tally file: line 3, column 1: a line is \"export "
+                   "ID,hours\")"}}));
+  EXPECT_EQ(check("Tally", path, "1").status, kExitErrors);
+}
+
 TEST_F(ExportCheck, TooFewSettingsFieldsNameTheFirstMissingPosition) {
   const std::string path = cards_file(cards(5));
   const Outcome r = check("PrimePay", path, "4,02,20");

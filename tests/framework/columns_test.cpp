@@ -145,6 +145,13 @@ TEST(ColumnDeclarations, APatternsDecimalsAreTheDigitsAfterItsPoint) {
   EXPECT_EQ(pattern_decimals(""), 0);
 }
 
+TEST(ColumnDeclarations, APatternsIntegerDigitsAreTheDigitsBeforeItsPoint) {
+  EXPECT_EQ(pattern_integer_digits("#####.00"), 5);
+  EXPECT_EQ(pattern_integer_digits("000000"), 6);
+  EXPECT_EQ(pattern_integer_digits("0.0000"), 1);
+  EXPECT_EQ(pattern_integer_digits(""), 0);
+}
+
 TEST(ColumnDeclarations, AWriterAppendsEachColumnAsDeclared) {
   std::string out;
   append_literal(out, kTag);

@@ -51,6 +51,12 @@ constexpr int pattern_decimals(std::string_view pattern) {
   return point == std::string_view::npos ? 0 : static_cast<int>(pattern.size() - point - 1);
 }
 
+// The digits a pattern of zeros and "#" writes before its decimal point ("#####.00": 5).
+constexpr std::size_t pattern_integer_digits(std::string_view pattern) {
+  const std::size_t point = pattern.find('.');
+  return point == std::string_view::npos ? pattern.size() : point;
+}
+
 // The column's pattern, parsed once.
 template <const Column& column>
 const FormatPattern& column_pattern() {

@@ -3,6 +3,7 @@
 #include "tally/tally_rules.h"
 
 #include "tally/tally.h"
+#include "tally/tally_limits.h"
 #include "tally/tally_reader.h"
 #include "zorvat/reconcile/expectation.h"
 
@@ -43,7 +44,8 @@ constexpr SettingsExample kExamples[] = {
 }  // namespace
 
 const ClassRules& class_rules() {
-  static constexpr ClassRules rules{"Tally", create_export_class<Tally>, expect, read, kExamples};
+  static constexpr ClassRules rules{
+      "Tally", create_export_class<Tally>, expect, read, kExamples, &kFileLimits};
   return rules;
 }
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "zorvat/export_class.h"
+#include "zorvat/reconcile/limits.h"
 #include "zorvat/reconcile/reasons.h"
 #include "zorvat/reconcile/records.h"
 #include "zorvat/settings.h"
@@ -84,6 +85,9 @@ struct ClassRules {
                        std::string_view title, const Variant& cards) = nullptr;
 
   std::span<const SettingsExample> examples = {};
+  // What the file can hold of the cards (fixed widths, a batch limit) and may let a
+  // payroll system misread; null for a class with no such limits.
+  const FileLimits* limits = nullptr;
 
   bool reads_files() const { return expect != nullptr && read != nullptr; }
 };
