@@ -1,9 +1,6 @@
 #include "export_check.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
-#include <fstream>
 #include <map>
 #include <memory>
 
@@ -212,65 +209,6 @@ std::vector<Finding> cards_past_limits(std::string_view class_name, const Varian
   return findings;
 }
 
-// The cards whose export alone writes a file that does not read back as its layout,
-// each named with the reader's complaint; at most kNamedCards of them, then a count.
-std::vector<Finding> unreadable_cards(std::string_view class_name,
-                                      const reconcile::ClassRules& rules,
-                                      const std::string& cards_path, const std::string& setup,
-                                      const std::string& title, const CodePage& code_page) {
-  constexpr std::size_t kNamedCards = 20;
-  std::vector<Finding> findings;
-  std::ifstream in(cards_path, std::ios::binary);
-  nlohmann::json document = nlohmann::json::parse(in, nullptr, false);
-  if (!document.is_object()) return findings;
-  // The cards array, its key matched without regard to case as the loader matches it.
-  std::string key;
-  for (const auto& [name, value] : document.items())
-    if (value.is_array() && name.size() == 5 &&
-        std::equal(name.begin(), name.end(), "cards",
-                   [](char a, char b) { return (a | 0x20) == b; }))
-      key = name;
-  if (key.empty()) return findings;
-  const nlohmann::json cards = std::move(document[key]);
-  std::size_t more = 0;
-  for (std::size_t index = 0; index < cards.size(); ++index) {
-    document[key] = nlohmann::json::array({cards[index]});
-    Variant alone;
-    try {
-      alone = load_cards_json(document.dump(), "card");
-    } catch (const CardsFileError&) {
-      continue;
-    }
-    const Outcome outcome = export_in_memory(class_name, alone, setup, title, code_page);
-    if (!outcome.text) continue;
-    try {
-      (void)reconcile::reconcile(rules, alone, setup, title, *outcome.text);
-    } catch (const reconcile::ReadError& unreadable) {
-      if (findings.size() == kNamedCards) {
-        ++more;
-        continue;
-      }
-      std::optional<CardReadPlace> place;
-      std::optional<ValuePastLimit> past;
-      for_each(alone, [&](const Variant& card) {
-        place = card_place(card, index);
-        past = value_past_limit(rules.class_name, card);
-      });
-      if (past) place->property = past->property;
-      findings.push_back({Finding::Severity::Error, place, std::nullopt,
-                          (past ? past->text + ": " : std::string()) +
-                              "its records would not read back as the layout (the file of this "
-                              "card alone: " +
-                              unreadable.what() + ")"});
-    } catch (const Error&) {
-    }
-  }
-  if (more > 0)
-    findings.push_back({Finding::Severity::Error, std::nullopt, std::nullopt,
-                        std::to_string(more) + " more cards would not read back either"});
-  return findings;
-}
-
 }  // namespace
 
 std::string setting_text(const SettingPlace& setting) {
@@ -405,8 +343,8 @@ std::string finding_line(const Finding& finding) {
 }
 
 std::vector<Finding> check_export(std::string_view class_name, const Variant& cards,
-                                  const std::string& cards_path, const std::string& setup,
-                                  const std::string& title, const CodePage& code_page) {
+                                  const std::string& setup, const std::string& title,
+                                  const CodePage& code_page) {
   std::vector<Finding> findings;
   const reconcile::ClassRules* rules = formats::find_export_class(class_name);
   if (!rules) return findings;
@@ -486,17 +424,15 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
                              "system reads it by"))
         findings.push_back(std::move(culprit));
     } catch (const reconcile::ReadError& unreadable) {
-      // Which cards make it so: those with a value past its column, else each card
-      // exported alone; a setting that makes every file unreadable (no line end) is
-      // named instead of the cards.
+      // Which cards make it so: those with a value past a limit their class declares;
+      // a setting that makes every file unreadable is named instead of the cards, and
+      // with neither the reader's complaint stands alone.
       const std::vector<Finding> unusable = settings_warnings(description, setup);
       std::vector<Finding> culprits;
       if (unusable.empty())
         culprits = cards_past_limits(rules->class_name, cards,
                                      ": its records would not read back as the layout (" +
                                          std::string(unreadable.what()) + ")");
-      if (unusable.empty() && culprits.empty())
-        culprits = unreadable_cards(class_name, *rules, cards_path, setup, title, code_page);
       if (culprits.empty())
         error(std::nullopt, unusable.empty() ? std::nullopt : unusable.back().setting,
               (unusable.empty() ? std::string() : unusable.back().message + "; ") +

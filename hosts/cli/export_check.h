@@ -75,11 +75,10 @@ std::string finding_line(const Finding& finding);
 // Runs the whole export in memory, as `zorvat export` would run it (the class's check,
 // Execute with every card, the file in `code_page`), and reads the file back through
 // the class's reader, comparing it with the cards; writes nothing. Also looks for what
-// a payroll system may misread. `cards_path` is the cards file, read again only to
-// name the cards that make a file unreadable. The findings are in the order found, errors
-// and warnings together.
+// a payroll system may misread. The findings are in the order found, errors and
+// warnings together.
 std::vector<Finding> check_export(std::string_view class_name, const Variant& cards,
-                                  const std::string& cards_path, const std::string& setup,
-                                  const std::string& title, const CodePage& code_page);
+                                  const std::string& setup, const std::string& title,
+                                  const CodePage& code_page);
 
 }  // namespace zorvat::cli

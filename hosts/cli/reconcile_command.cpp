@@ -210,8 +210,7 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
   // Before writing: the whole export in memory, read back.
   std::vector<Finding> findings;
   if (!inputs.written_path) {
-    findings = check_export(inputs.class_name, cards, inputs.cards_path, inputs.setup, inputs.title,
-                            *code_page);
+    findings = check_export(inputs.class_name, cards, inputs.setup, inputs.title, *code_page);
   }
   const auto print_findings = [&] {
     for (const Finding& finding : findings) err << "zorvat: " << finding_line(finding) << '\n';
