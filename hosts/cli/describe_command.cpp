@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <array>
 #include <iomanip>
 #include <iostream>
 #include <memory>
@@ -14,6 +16,7 @@
 #include "export_classes.h"
 #include "platform.h"
 #include "zorvat/error.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::cli {
 namespace {
@@ -63,14 +66,27 @@ void print_table(std::ostream& out, const ClassDescription& description) {
       << "\"); check method " << description.check_method << ".\n"
       << "Settings string: " << description.settings.size()
       << " fields joined with \",\" (no quoting: a field cannot hold a comma).\n\n";
-  out << std::left << std::setw(5) << "Pos" << std::setw(34) << "Name" << std::setw(32)
-      << "Design value" << std::setw(26) << "Error"
-      << "Values\n";
-  for (const SettingDescription& setting : description.settings) {
-    out << std::left << std::setw(5) << setting.position << std::setw(34) << setting.name
-        << std::setw(32) << shown(setting.design_value) << std::setw(26)
-        << guard_text(setting.guard) << setting.values
-        << (setting.required && setting.design_value.empty() ? " (fill in)" : "") << '\n';
+  // Each column as wide as its widest text and two blanks, so that no text runs into
+  // the next column.
+  std::vector<std::array<std::string, 4>> rows = {{"Pos", "Name", "Design value", "Error"}};
+  for (const SettingDescription& setting : description.settings)
+    rows.push_back({std::to_string(setting.position), setting.name, shown(setting.design_value),
+                    guard_text(setting.guard)});
+  std::array<std::size_t, 4> widths{};
+  for (const auto& row : rows)
+    for (std::size_t column = 0; column < widths.size(); ++column)
+      widths[column] = std::max(widths[column], text_length(row[column]) + 2);
+  const auto print_row = [&](const std::array<std::string, 4>& row, std::string_view values) {
+    for (std::size_t column = 0; column < widths.size(); ++column)
+      out << row[column] << std::string(widths[column] - text_length(row[column]), ' ');
+    out << values << '\n';
+  };
+  print_row(rows[0], "Values");
+  for (std::size_t at = 0; at < description.settings.size(); ++at) {
+    const SettingDescription& setting = description.settings[at];
+    print_row(
+        rows[at + 1],
+        setting.values + (setting.required && setting.design_value.empty() ? " (fill in)" : ""));
   }
   const std::vector<CardNeed> needs = card_needs(description.class_name);
   if (needs.empty()) return;

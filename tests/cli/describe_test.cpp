@@ -112,6 +112,23 @@ TEST_P(Describe, TheTableHasARowPerPositionWithTheFormsValue) {
   }
 }
 
+// The columns stand apart: every text of a row ends before the next column's heading,
+// even the longest error name (PrimePay's "5001 errBatchSequenceNumber").
+TEST(DescribeTable, NoTextRunsIntoTheNextColumn) {
+  const auto r = zorvat({"describe", "PrimePay"});
+  ASSERT_EQ(r.exit_code, 0) << r.err;
+  std::istringstream lines(r.out);
+  std::string header;
+  while (std::getline(lines, header) && !header.starts_with("Pos ")) {
+  }
+  const std::size_t values = header.find("Values");
+  ASSERT_NE(values, std::string::npos) << header;
+  std::string line;
+  ASSERT_TRUE(std::getline(lines, line));
+  EXPECT_EQ(line.substr(values - 2), "  0 to 127; the last column of every detail line") << line;
+  EXPECT_NE(line.find("5001 errBatchSequenceNumber  0 to 127"), std::string::npos) << line;
+}
+
 INSTANTIATE_TEST_SUITE_P(EveryClass, Describe, testing::ValuesIn(kDefaults),
                          [](const testing::TestParamInfo<Defaults>& param) {
                            return std::string(param.param.class_name);
