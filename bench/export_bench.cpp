@@ -84,7 +84,7 @@ std::vector<Layout> layouts() {
 }
 
 fs::path bench_dir() {
-  const fs::path dir = fs::temp_directory_path() / "zorvat-bench";
+  fs::path dir = fs::temp_directory_path() / "zorvat-bench";
   fs::create_directories(dir);
   return dir;
 }
@@ -176,7 +176,7 @@ double thread_cpu_seconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-void BM_Core(benchmark::State& state, const Layout& layout) {
+void bench_core(benchmark::State& state, const Layout& layout) {
   const int n = static_cast<int>(state.range(0));
   const Variant cards = cli::load_cards_file(cards_file(n, layout.days).string());
   SaveTo ui;
@@ -214,6 +214,7 @@ struct Finished {
 
 Finished run(const std::vector<std::string>& arguments) {
   std::vector<char*> argv;
+  argv.reserve(arguments.size() + 1);
   for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
@@ -262,7 +263,7 @@ double io_floor(const fs::path& input, std::uintmax_t output_bytes, const fs::pa
   return seconds;
 }
 
-void BM_EndToEnd(benchmark::State& state, const Layout& layout) {
+void bench_end_to_end(benchmark::State& state, const Layout& layout) {
   const int n = static_cast<int>(state.range(0));
   const fs::path& input = cards_file(n, layout.days);
   const fs::path output = bench_dir() / (layout.label + ".out");
@@ -335,7 +336,7 @@ constexpr std::string_view kQuickBooksCompany = R"({
 
 const fs::path& quickbooks_company_file() {
   static const fs::path path = [] {
-    const fs::path file = bench_dir() / "qb2000-company.json";
+    fs::path file = bench_dir() / "qb2000-company.json";
     std::ofstream(file, std::ios::binary) << kQuickBooksCompany;
     return file;
   }();
@@ -355,7 +356,7 @@ std::size_t day_entries(const Variant& cards) {
   return entries;
 }
 
-void BM_QuickBooksCore(benchmark::State& state) {
+void bench_quickbooks_core(benchmark::State& state) {
   const int n = static_cast<int>(state.range(0));
   const Variant cards = cli::load_cards_file(cards_file(n, true).string());
   const quickbooks::Company company =
@@ -393,7 +394,7 @@ void BM_QuickBooksCore(benchmark::State& state) {
   state.SetComplexityN(n);
 }
 
-void BM_QuickBooksEndToEnd(benchmark::State& state) {
+void bench_quickbooks_end_to_end(benchmark::State& state) {
   const int n = static_cast<int>(state.range(0));
   const fs::path& input = cards_file(n, true);
   const std::vector<std::string> command = {ZORVAT_CLI,
@@ -435,15 +436,15 @@ void BM_QuickBooksEndToEnd(benchmark::State& state) {
 const bool registered = [] {
   const std::vector<Layout> all = layouts();
   for (const Layout& layout : all)
-    benchmark::RegisterBenchmark((std::string("BM_EndToEnd/") + layout.label).c_str(), BM_EndToEnd,
-                                 layout)
+    benchmark::RegisterBenchmark((std::string("BM_EndToEnd/") + layout.label).c_str(),
+                                 bench_end_to_end, layout)
         ->RangeMultiplier(10)
         ->Range(1000, 1000000)
         ->Unit(benchmark::kMillisecond)
         ->UseManualTime()
         ->Iterations(3)
         ->Complexity(benchmark::oN);
-  benchmark::RegisterBenchmark("BM_EndToEnd/QB2000", BM_QuickBooksEndToEnd)
+  benchmark::RegisterBenchmark("BM_EndToEnd/QB2000", bench_quickbooks_end_to_end)
       ->RangeMultiplier(10)
       ->Range(1000, 100000)
       ->Unit(benchmark::kMillisecond)
@@ -451,12 +452,13 @@ const bool registered = [] {
       ->Iterations(3)
       ->Complexity(benchmark::oN);
   for (const Layout& layout : all)
-    benchmark::RegisterBenchmark((std::string("BM_Core/") + layout.label).c_str(), BM_Core, layout)
+    benchmark::RegisterBenchmark((std::string("BM_Core/") + layout.label).c_str(), bench_core,
+                                 layout)
         ->RangeMultiplier(10)
         ->Range(1000, 1000000)
         ->Unit(benchmark::kMillisecond)
         ->Complexity(benchmark::oN);
-  benchmark::RegisterBenchmark("BM_Core/QB2000", BM_QuickBooksCore)
+  benchmark::RegisterBenchmark("BM_Core/QB2000", bench_quickbooks_core)
       ->RangeMultiplier(10)
       ->Range(1000, 100000)
       ->Unit(benchmark::kMillisecond)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a build needs, only those that are missing.
-#   scripts/install-deps.sh core      compiler, CMake, libraries, test and bench tools
+#   scripts/install-deps.sh core      compiler, CMake, libraries, test and bench tools,
+#                                     clang-format and clang-tidy
 #   scripts/install-deps.sh fuzz      clang with libFuzzer for the fuzz targets
 #   scripts/install-deps.sh windows   MinGW-w64 cross compilers, Wine (64- and 32-bit), Xvfb
 #                                     for the COM server, and wixl for its MSI installer
@@ -8,7 +9,8 @@
 set -euo pipefail
 
 core=(g++ cmake ninja-build make ccache pkg-config libgtest-dev libgmock-dev libbenchmark-dev
-      libsimdjson-dev nlohmann-json3-dev libcli11-dev libfmt-dev libpugixml-dev clang-format python3)
+      libsimdjson-dev nlohmann-json3-dev libcli11-dev libfmt-dev libpugixml-dev clang-format clang-tidy
+      python3)
 fuzz=(clang-14 libclang-rt-14-dev)
 windows=(g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools wine wine64 libwine-dev xvfb
          x11-utils imagemagick fonts-wine wixl)

@@ -31,7 +31,7 @@ ADP7Form::ADP7Form() : FormModel("frmADP7", "ADP7", "ADP Version 7.0", 7695, 469
     const int top = 180 + i * 390;
     label(std::string("lbl") + heads[i][0], -1, heads[i][1], {120, top + 30, 2055, 255});
     Control& box = text_box(std::string("txt") + heads[i][0], -1, {}, {2280, top, 975, 285});
-    bind(box, ADP7::kCompanyCode + i, Binding::Text);
+    bind(box, static_cast<int>(ADP7::kCompanyCode) + i, Binding::Text);
     // Company code and pay number are ADP codes: typed in upper case.
     if (i != 1) box.key_press = upper_case_key;
   }
@@ -47,10 +47,10 @@ ADP7Form::ADP7Form() : FormModel("frmADP7", "ADP7", "ADP Version 7.0", 7695, 469
     Control& code =
         text_box("txt" + category + "PayCode", -1, {}, {2760, top, 735, 285}, 0, kPayCodes);
     code.key_press = upper_case_key;
-    bind(code, ADP7::kOT2PayCode + 2 * row, Binding::Text);
+    bind(code, static_cast<int>(ADP7::kOT2PayCode) + 2 * row, Binding::Text);
     Control& name = text_box("txt" + category + "CodeName", -1, kRows[row].code_name,
                              {3600, top, 1215, 285}, 0, kPayCodes);
-    bind(name, ADP7::kOT2CodeName + 2 * row, Binding::Text);
+    bind(name, static_cast<int>(ADP7::kOT2CodeName) + 2 * row, Binding::Text);
   }
 
   frame(kOutputFormat, "Format Options", {4680, 120, 2895, 1095});

@@ -18,7 +18,7 @@ GenericForm::GenericForm() : FormModel("frmGeneric", "Generic", "Generic V2.0", 
   for (int i = 0; i < 5; ++i) {
     Control& option = check_box("chkOutputOptions", i, options[i], {240, 360 + i * 330, 3255, 255},
                                 kOutputOptions);
-    bind(option, Generic::kInsertQuotes + i, Binding::CheckValue);
+    bind(option, static_cast<int>(Generic::kInsertQuotes) + i, Binding::CheckValue);
   }
 
   label("lblLineTerminator", -1, "Line Terminator", {120, 2340, 1335, 255});
@@ -35,7 +35,7 @@ GenericForm::GenericForm() : FormModel("frmGeneric", "Generic", "Generic V2.0", 
   for (int i = 0; i < 5; ++i) {
     Control& option = option_button("optFieldSeperators", i, separators[i],
                                     {3855, 360 + i * 360, 1935, 255}, kFieldSeperators);
-    bind(option, Generic::kSeparatorTab + i, Binding::OptionValue);
+    bind(option, static_cast<int>(Generic::kSeparatorTab) + i, Binding::OptionValue);
   }
   Control& custom =
       text_box("txtCustomSeperator", -1, {}, {4815, 1770, 615, 285}, 0, kFieldSeperators);

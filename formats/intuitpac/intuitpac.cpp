@@ -254,19 +254,19 @@ bool IntuitPAC::deduction(Position flag) {
   return *cached;
 }
 
-void IntuitPAC::OverPunch(std::int16_t iLength, std::int32_t lMinutes, std::string& record) const {
+void IntuitPAC::OverPunch(std::int16_t length, std::int32_t minutes, std::string& record) const {
   guarded(over_punch_source_, [&] {
-    const std::size_t offset = lMinutes < 0 ? 10 : 0;
+    const std::size_t offset = minutes < 0 ? 10 : 0;
     // The lowest Long has no positive counterpart.
-    if (lMinutes == std::numeric_limits<std::int32_t>::min()) raise_runtime(rt::kOverflow);
-    const double magnitude = hundredths(std::abs(lMinutes));
+    if (minutes == std::numeric_limits<std::int32_t>::min()) raise_runtime(rt::kOverflow);
+    const double magnitude = hundredths(std::abs(minutes));
 
     // Hundredths rounded to a whole number and zero-filled to the field's length.
-    if (iLength == kAmountWidth) {
+    if (length == kAmountWidth) {
       column_pattern<layout::kAmount1st>().append_to(record, magnitude);
     } else {
-      if (iLength < 1) raise_runtime(rt::kInvalidProcedureCall);
-      FormatPattern(std::string(static_cast<std::size_t>(iLength), '0'))
+      if (length < 1) raise_runtime(rt::kInvalidProcedureCall);
+      FormatPattern(std::string(static_cast<std::size_t>(length), '0'))
           .append_to(record, magnitude);
     }
     const std::size_t last = static_cast<std::size_t>(record.back() - '0');

@@ -71,9 +71,9 @@ class IntuitPAC final : public ExportClass {
  private:
   // Appends one card's record (Jr) or records (full layout) to `text`.
   void EmployeeRecord(const Variant& card, std::string& text);
-  // Appends to `record` a signed amount of `iLength` characters: hundredths of hours,
+  // Appends to `record` a signed amount of `length` characters: hundredths of hours,
   // zero-filled, the last digit replaced by a character carrying it and the sign.
-  void OverPunch(std::int16_t iLength, std::int32_t lMinutes, std::string& record) const;
+  void OverPunch(std::int16_t length, std::int32_t minutes, std::string& record) const;
 
   // The parts every record takes from SetupData, formatted on first use in an export
   // (inside EmployeeRecord, so a missing field fails there) and kept for the rest.

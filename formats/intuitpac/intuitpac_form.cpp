@@ -31,8 +31,8 @@ IntuitPACForm::IntuitPACForm()
   for (int i = 0; i < 3; ++i) {
     const int top = 600 + i * 390;
     label("lblPayCode", i, kPayCodeCaptions[i], {120, top + 30, 2295, 255});
-    bind(text_box("txtPayCode", i, {}, {2520, top, 735, 285}), IntuitPAC::kPayCode0 + i,
-         Binding::Text);
+    bind(text_box("txtPayCode", i, {}, {2520, top, 735, 285}),
+         static_cast<int>(IntuitPAC::kPayCode0) + i, Binding::Text);
   }
 
   frame(kMiscPayCodes, "Miscellaneous Pay Codes", {120, 1860, 5175, 2175});
@@ -44,9 +44,9 @@ IntuitPACForm::IntuitPACForm()
     label("lbl" + category + "PayCode", -1, kMiscRows[row].caption, {240, top + 30, 2175, 255},
           kMiscPayCodes);
     bind(text_box("txt" + category + "PayCode", -1, {}, {2520, top, 735, 285}, 0, kMiscPayCodes),
-         IntuitPAC::kVACPayCode + row, Binding::Text);
+         static_cast<int>(IntuitPAC::kVACPayCode) + row, Binding::Text);
     bind(check_box("chk" + category + "Deduct", -1, {}, {4200, top + 30, 255, 255}, kMiscPayCodes),
-         IntuitPAC::kVACDeduct + row, Binding::CheckValue);
+         static_cast<int>(IntuitPAC::kVACDeduct) + row, Binding::CheckValue);
   }
 
   standard_buttons(1800, 4320);

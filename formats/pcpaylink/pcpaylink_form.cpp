@@ -63,7 +63,7 @@ PCPayLinkForm::PCPayLinkForm() : FormModel("frmPCPayLink", "PCPayLink", "PayChex
     label(std::string("lbl") + boxes[i].name, -1, boxes[i].caption, {120, top + 30, 2655, 255});
     Control& box = text_box(std::string("txt") + boxes[i].name, -1, boxes[i].text,
                             {2880, top, 1095, 285}, boxes[i].max_length);
-    bind(box, PCPayLink::kOfficeNumber + i, Binding::Text);
+    bind(box, static_cast<int>(PCPayLink::kOfficeNumber) + i, Binding::Text);
     box.key_press = i == PCPayLink::kClientID ? upper_case_key : digits_only_key;
   }
   control("txtOfficeNumber").change = [this] {
@@ -82,7 +82,7 @@ PCPayLinkForm::PCPayLinkForm() : FormModel("frmPCPayLink", "PCPayLink", "PayChex
           kMiscPayCodes);
     Control& combo = combo_box(std::string("cbo") + category, earning_codes(category.c_str()), true,
                                {2880, top, 1095, 315}, kMiscPayCodes);
-    bind(combo, PCPayLink::kVACPayCode + row, Binding::Text);
+    bind(combo, static_cast<int>(PCPayLink::kVACPayCode) + row, Binding::Text);
     // Form load: the first code of every list is selected.
     combo.list_index = 0;
     combo.text = combo.items.front();

@@ -37,7 +37,7 @@ PCPreviewForm::PCPreviewForm()
     label("lblPayCode", i, pay_code_captions[i], {120, top + 30, 2295, 255});
     Control& code = text_box("txtPayCode", i, pay_codes[i], {2520, top, 495, 285}, kPayCodeLength);
     code.key_press = upper_case_key;
-    bind(code, PCPreview::kRegularPayCode + i, Binding::Text);
+    bind(code, static_cast<int>(PCPreview::kRegularPayCode) + i, Binding::Text);
   }
 
   label("lblSequence", -1, "Sequence:", {120, 1770, 2295, 255});
@@ -56,9 +56,9 @@ PCPreviewForm::PCPreviewForm()
     Control& code = text_box("txt" + category + "PayCode", -1, kMiscRows[row].code,
                              {2520, top, 495, 285}, kPayCodeLength, kMiscPayCodes);
     code.key_press = upper_case_key;
-    bind(code, PCPreview::kVacationPayCode + row, Binding::Text);
+    bind(code, static_cast<int>(PCPreview::kVacationPayCode) + row, Binding::Text);
     bind(check_box("chk" + category + "Deduct", -1, {}, {4200, top + 30, 255, 255}, kMiscPayCodes),
-         PCPreview::kVacationDeduct + row, Binding::CheckValue);
+         static_cast<int>(PCPreview::kVacationDeduct) + row, Binding::CheckValue);
   }
 
   standard_buttons(1800, 4680);

@@ -166,16 +166,16 @@ const std::string& Peachtree::ticket_date_text(Date date) {
   return *slot.text;
 }
 
-void Peachtree::DataRecord(std::string& output, const std::string& recordedBy,
-                           std::int32_t ticketNumber, Date ticketDate,
-                           const std::string& activityItem, std::int32_t payLevel,
+void Peachtree::DataRecord(std::string& output, const std::string& recorded_by,
+                           std::int32_t ticket_number, Date ticket_date,
+                           const std::string& activity_item, std::int32_t level,
                            std::int32_t minutes, std::string_view description) {
   guarded(data_record_source_, [&] {
     // The hour part of the duration goes through "##0", which rounds the hours to the
     // nearest whole hour rather than cutting the fraction: 90 minutes are "2:30". The
     // importers of these files rely on it.
     const double hours = Min2Hrs(minutes);
-    const std::string& ticket_date = ticket_date_text(ticketDate);  // "mm/dd/yy"
+    const std::string& date_text = ticket_date_text(ticket_date);  // "mm/dd/yy"
 
     // Columns 2 to 23 each follow a ","; a run of columns every ticket writes the same
     // is written as one piece, separators included.
@@ -193,15 +193,15 @@ void Peachtree::DataRecord(std::string& output, const std::string& recordedBy,
       pattern.append_to(output, value);
     };
     output += '0';                                   //  1 Employee/Vendor
-    column(recordedBy);                              //  2 Recorded by ID
-    integer_column(ticketNumber);                    //  3 Ticket Number
-    column(ticket_date);                             //  4 Ticket Date
+    column(recorded_by);                             //  2 Recorded by ID
+    integer_column(ticket_number);                   //  3 Ticket Number
+    column(date_text);                               //  4 Ticket Date
     output += ",FALSE,";                             //  5 Has been used in Sales/Invoicing,
                                                      //  6 Invoice Number Used (empty)
-    column(activityItem);                            //  7 Activity Item ID
+    column(activity_item);                           //  7 Activity Item ID
     output += ",3,";                                 //  8 Customer/Job/Adm,
                                                      //  9 Completed for ID (empty)
-    integer_column(payLevel);                        // 10 Pay Level
+    integer_column(level);                           // 10 Pay Level
     output += ",FALSE,1,,,";                         // 11 Has been used in Payroll,
                                                      // 12 Manual/Timed Option, 13-15 Start
                                                      //    Time, End Time, Break (empty)

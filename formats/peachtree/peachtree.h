@@ -67,8 +67,8 @@ class Peachtree final : public ExportClass {
   // Advances the batch sequence (counting in `fields`) by one for every ticket written.
   void EmployeeRecord(const SettingsFields& fields, FieldCounter& batch_sequence,
                       const Variant& card, std::string& output);
-  void DataRecord(std::string& output, const std::string& recordedBy, std::int32_t ticketNumber,
-                  Date ticketDate, const std::string& activityItem, std::int32_t payLevel,
+  void DataRecord(std::string& output, const std::string& recorded_by, std::int32_t ticket_number,
+                  Date ticket_date, const std::string& activity_item, std::int32_t level,
                   std::int32_t minutes, std::string_view description);
   double Min2Hrs(double minutes);
   // Kept with the class; the tickets carry hours and minutes, not hundredths.

@@ -20,10 +20,10 @@ PeachtreeForm::PeachtreeForm()
     const int top = 660 + i * 390;
     label("lblPayLevel", i, kLevelCaptions[i], {240, top + 30, 1335, 255}, kPeachtree);
     bind(text_box("txtPayLevel", i, "0", {1680, top, 495, 285}, 2, kPeachtree),
-         Peachtree::kPayLevelReg + i, Binding::Text);
+         static_cast<int>(Peachtree::kPayLevelReg) + i, Binding::Text);
     bind(text_box("txtPayItemCode", i, i < 3 ? "ADMN-01000" : "ADMN-02000", {2760, top, 3015, 285},
                   32, kPeachtree),
-         Peachtree::kPayItemCodeReg + i, Binding::Text);
+         static_cast<int>(Peachtree::kPayItemCodeReg) + i, Binding::Text);
   }
   bind(check_box("chkOutputTitles", -1, "Output Field Titles", {240, 3780, 2415, 255}),
        Peachtree::kOutputFieldTitles, Binding::CheckValue);

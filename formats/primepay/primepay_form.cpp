@@ -38,7 +38,7 @@ PrimePayForm::PrimePayForm() : FormModel("frmPrimePay", "PrimePay", "PrimePay", 
     const int top = 570 + i * 390;
     label("lblPayCode", i, captions[i], {120, top + 30, 2295, 255});
     bind(text_box("txtPayCode", i, codes[i], {2520, top, 495, 285}, kPayCodeLength),
-         PrimePay::kOvertime1PayCode + i, Binding::Text);
+         static_cast<int>(PrimePay::kOvertime1PayCode) + i, Binding::Text);
   }
 
   frame(kMiscPayCodes, "Miscellaneous Pay Codes", {120, 1440, 4695, 2175});
@@ -50,7 +50,7 @@ PrimePayForm::PrimePayForm() : FormModel("frmPrimePay", "PrimePay", "PrimePay", 
           kMiscPayCodes);
     bind(text_box("txt" + category + "PayCode", -1, kMiscRows[row].code, {2520, top, 495, 285},
                   kPayCodeLength, kMiscPayCodes),
-         PrimePay::kVacationPayCode + row, Binding::Text);
+         static_cast<int>(PrimePay::kVacationPayCode) + row, Binding::Text);
   }
 
   standard_buttons(1320, 3840);

@@ -93,14 +93,14 @@ NumericParse parse_numeric(std::string_view text) {
   // parentheses around it for a negative, one "$" on either side, blanks between
   // them. They are taken off first; the digits left are rebuilt without group
   // separators for the library parser.
-  bool negative = false, signed_ = false, currency = false, parenthesised = false;
+  bool negative = false, has_sign = false, currency = false, parenthesised = false;
   auto take_decorations = [&](bool leading) {
     for (;;) {
       if (text.empty()) return;
       const char c = leading ? text.front() : text.back();
       if (is_blank(c)) {
-      } else if ((c == '+' || c == '-') && !signed_) {
-        signed_ = true;
+      } else if ((c == '+' || c == '-') && !has_sign) {
+        has_sign = true;
         negative = c == '-';
       } else if (c == '$' && !currency) {
         currency = true;

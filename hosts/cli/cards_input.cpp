@@ -1,7 +1,5 @@
 #include "cards_input.h"
 
-#include <utility>
-
 #include "platform.h"
 
 namespace zorvat::cli {
@@ -19,7 +17,7 @@ Variant load_cards(const std::string& cards_path) {
   std::string json;
   if (!read_standard_input(json))
     throw CardsFileError("cards file " + cards_name(cards_path) + ": cannot be read (read error)");
-  return load_cards_json(std::move(json), cards_name(cards_path));
+  return load_cards_json(json, cards_name(cards_path));
 }
 
 }  // namespace zorvat::cli

@@ -491,7 +491,7 @@ class Loader {
 }  // namespace
 }  // namespace json_cards
 
-Variant load_cards_json(std::string json, const std::string& name) {
+Variant load_cards_json(const std::string& json, const std::string& name) {
   return json_cards::Loader(json, name).load();
 }
 

@@ -234,8 +234,9 @@ Variant CellEnumerator::next_object(const Cell& cell) {
 // answers for its "cards" array too: Count and enumeration.
 class CardCollection final : public AutomationObject {
  public:
+  // store_ is declared, and so initialised, before the two views that share it.
   explicit CardCollection(StoreRef store)
-      : store_(store), top_(store, store->top), cards_(store, store->cards) {}
+      : store_(std::move(store)), top_(store_, store_->top), cards_(store_, store_->cards) {}
   const Store& store() const { return *store_; }
   Variant get(std::string_view property) const override {
     if (property.size() == 5 && folded(property) == "count") return cards_.get(property);

@@ -34,7 +34,7 @@ class CardsFileError : public std::runtime_error {
 // Loads and checks a cards file; the result holds the time-card collection.
 Variant load_cards_file(const std::string& path);
 // The same from JSON text in memory; `name` stands for the file in messages.
-Variant load_cards_json(std::string json, const std::string& name = "<memory>");
+Variant load_cards_json(const std::string& json, const std::string& name = "<memory>");
 
 // Where the classes were reading the cards of `cards` (a collection loaded above) when
 // error `error_number` was raised: the card handed out last by its for-each, and the

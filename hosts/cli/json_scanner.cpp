@@ -1,5 +1,6 @@
 #include "json_scanner.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 
@@ -37,7 +38,7 @@ const char* find_first(const char* p, const char* end) {
 template <char... Chars>
 std::uint64_t block_mask(const char* p) {
   std::uint64_t mask = 0;
-  for (int part = 0; part < 4; ++part) {
+  for (std::ptrdiff_t part = 0; part < 4; ++part) {
     const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * part));
     __m128i hits = _mm_setzero_si128();
     ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(block, _mm_set1_epi8(Chars)))), ...);

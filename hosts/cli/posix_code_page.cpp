@@ -5,6 +5,7 @@
 #include <iconv.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <string>
 
 #include "code_page_names.h"
@@ -24,7 +25,8 @@ class IconvHandle {
   IconvHandle(const IconvHandle&) = delete;
   IconvHandle& operator=(const IconvHandle&) = delete;
 
-  bool valid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+  // iconv_open fails with (iconv_t)-1, compared here as the number it is.
+  bool valid() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
   // Converts the whole of `input`, appending to `out`; `on_error` is called where
   // the converter stops on a character it cannot take, and returns how many input

@@ -153,8 +153,8 @@ TEST_F(CardErrorsOther, ADayPropertyIsNamedWithItsDay) {
       json{{"cards", json::array({{{"ExportID", "E100"}, {"Days", json::array({day, bad_day})}}})}}
           .dump());
   const auto r = zorvat({"export", "Peachtree", "--cards", cards, "--setup",
-                         "1,2,3,4,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,"
-                         "ADMN-02002,ADMN-02003,0,17",
+                         ("1,2,3,4,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,"
+                          "ADMN-02002,ADMN-02003,0,17"),
                          "--out", (dir_ / "out").string(), "--json"});
   EXPECT_EQ(r.exit_code, 3);
   const json report = json::parse(r.out);
@@ -179,8 +179,8 @@ TEST_F(CardErrorsOther, AnErrorOfASettingNamesThePositionNotTheCard) {
   const std::string cards = write_cards(
       json{{"cards", json::array({{{"ExportID", "E100"}, {"Days", json::array({day})}}})}}.dump());
   const auto r = zorvat({"export", "Peachtree", "--cards", cards, "--setup",
-                         "1,2,3,4,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,"
-                         "ADMN-02002,ADMN-02003,0,x",
+                         ("1,2,3,4,5,6,7,ADMN-01000,ADMN-01001,ADMN-01002,ADMN-02000,ADMN-02001,"
+                          "ADMN-02002,ADMN-02003,0,x"),
                          "--out", (dir_ / "out").string(), "--json"});
   EXPECT_EQ(r.exit_code, 3);
   const json report = json::parse(r.out);

@@ -87,8 +87,8 @@ TEST_F(QuickBooksCommandLine, SamplePeriodIsExportedAfterAddingTheMissingEmploye
       "Connecting to QuickBooks...\n",
       "Verifying Payroll Items...\n",
       "Verifying Employee Names...\n",
-      "Add Missing Employees to QuickBooks and Continue with Export?: The following employees "
-      "were not found in QuickBooks: \r\nLiam P Murphy\r\n",
+      ("Add Missing Employees to QuickBooks and Continue with Export?: The following employees "
+       "were not found in QuickBooks: \r\nLiam P Murphy\r\n"),
       "(answered yes)\n",
       "Adding Employee Names...\n",
       "Exporting Data to QuickBooks...\n"};

@@ -191,6 +191,7 @@ TerminalResult run_in_terminal(std::vector<std::string> args,
     close(out_pipe[0]);
     close(out_pipe[1]);
     std::vector<char*> argv;
+    argv.reserve(args.size() + 1);
     for (auto& arg : args) argv.push_back(arg.data());
     argv.push_back(nullptr);
     execv(argv[0], argv.data());

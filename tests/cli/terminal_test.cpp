@@ -27,6 +27,7 @@ class Terminal {
     if (pid_ == 0) {
       if (chdir(directory.c_str()) != 0) _exit(125);
       std::vector<char*> argv;
+      argv.reserve(args.size() + 1);
       for (const auto& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
       argv.push_back(nullptr);
       execv(argv[0], argv.data());

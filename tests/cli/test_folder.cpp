@@ -9,10 +9,9 @@
 namespace zorvat::testing_support {
 
 std::filesystem::path fresh_test_folder(std::string_view prefix) {
-  const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() /
-      (std::string(prefix) + "-" + std::to_string(::getpid()) + "-" +
-       testing::UnitTest::GetInstance()->current_test_info()->name());
+  std::filesystem::path folder = std::filesystem::temp_directory_path() /
+                                 (std::string(prefix) + "-" + std::to_string(::getpid()) + "-" +
+                                  testing::UnitTest::GetInstance()->current_test_info()->name());
   std::filesystem::remove_all(folder);
   std::filesystem::create_directories(folder);
   return folder;

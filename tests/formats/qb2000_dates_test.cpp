@@ -22,8 +22,9 @@ const std::string kSetTheWindow =
     "between\" (--two-digit-year-max on the command line) to a range that holds ";
 
 // A card of Jane Doe with an hour of regular time on each of `dates`.
-std::shared_ptr<scripted::MemoryObject> jane_on(std::vector<Date> dates) {
+std::shared_ptr<scripted::MemoryObject> jane_on(const std::vector<Date>& dates) {
   std::vector<Variant> days;
+  days.reserve(dates.size());
   for (Date date : dates) days.push_back(day(date, {.reg = std::int32_t{60}}));
   return employee_card("Jane", "", "Doe", std::move(days));
 }

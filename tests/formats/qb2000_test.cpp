@@ -138,6 +138,7 @@ TEST_F(QB2000ExecuteTest, PayrollItemsCompareWithTheirLetterCase) {
 TEST_F(QB2000ExecuteTest, OnlyTheFirstFortyItemsAreCompared) {
   qb::Company crowded = company({"Doe, Jane"});
   std::vector<std::string> items;
+  items.reserve(40);
   for (int i = 0; i < 40; ++i) items.push_back("Item " + std::to_string(i));
   crowded.payroll_items.insert(crowded.payroll_items.begin(), items.begin(), items.end());
   start(crowded);

@@ -17,7 +17,7 @@ Date march(int day_of_month) {
 
 // A day entry as ExportTCData makes it.
 qb::TimeTrackingAdd day_entry(std::string name, qb::Duration duration, Date date,
-                              std::string item) {
+                              const std::string& item) {
   return {std::move(name), duration, date, item, false, "HLS - " + item, qb::kDayEntryFieldOrder};
 }
 // An edit-total entry as ExportEditTotals makes it.

@@ -262,9 +262,9 @@ inline std::shared_ptr<scripted::MemoryObject> employee_card(std::string first, 
                                                              std::string last,
                                                              std::vector<Variant> days = {}) {
   auto result = scripted::card("E1", std::int32_t{1});
-  result->set("FirstName", first)
-      .set("MI", middle)
-      .set("LastName", last)
+  result->set("FirstName", std::move(first))
+      .set("MI", std::move(middle))
+      .set("LastName", std::move(last))
       .set("PeriodStart", Date::from_civil(2004, 3, 1))
       .set("Days", scripted::object(scripted::collection(std::move(days))));
   return result;

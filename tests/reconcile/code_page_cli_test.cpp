@@ -101,7 +101,7 @@ class ReconcileCodePage : public testing::Test {
   void TearDown() override { fs::remove_all(folder_); }
 
   std::string write(const std::string& name, const std::string& bytes) {
-    const std::string path = (folder_ / name).string();
+    std::string path = (folder_ / name).string();
     std::ofstream(path, std::ios::binary) << bytes;
     return path;
   }

@@ -31,6 +31,7 @@ std::string blanks(std::size_t count) {
 // employee|code|hundredths of an hour, line
 std::vector<std::string> described(const std::vector<FileRecord>& records) {
   std::vector<std::string> texts;
+  texts.reserve(records.size());
   for (const FileRecord& record : records)
     texts.push_back(record.employee + "|" + record.code + "|" +
                     std::to_string(record.amount / reconcile::kUnitsPerHundredth) + " line " +

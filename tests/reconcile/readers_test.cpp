@@ -31,6 +31,7 @@ std::string describe(const FileRecord& record) {
 
 std::vector<std::string> described(const std::vector<FileRecord>& records) {
   std::vector<std::string> texts;
+  texts.reserve(records.size());
   for (const FileRecord& record : records) texts.push_back(describe(record));
   return texts;
 }

@@ -33,7 +33,7 @@ class ReconcileCommand : public testing::Test {
 
   // Exports the two-employee cards with ADP7 EPIP into the folder.
   std::string exported() {
-    const std::string path = (folder_ / "05EXTPAY.ABC").string();
+    std::string path = (folder_ / "05EXTPAY.ABC").string();
     const testing_support::CommandRun result = testing_support::run_command(
         {"export", "ADP7", "--cards", kCards, "--setup", kEpipSetup, "--out", path});
     EXPECT_EQ(result.status, 0) << result.err;
