@@ -4,6 +4,8 @@
 #include <cstdio>
 
 #include "zorvat/automation.h"
+#include "zorvat/format.h"
+#include "zorvat/unicode.h"
 
 namespace zorvat::reconcile {
 namespace {
@@ -42,15 +44,23 @@ std::optional<std::string> property_text(const Variant& card, std::string_view p
 }
 
 std::optional<ValuePastLimit> number_past_column(const Variant& card, const Column& column) {
-  double number = 0;
+  Variant number;
+  std::string written;  // the number as the column's pattern writes it
   try {
-    number = to_double(get_property(card, "Number"));
+    number = get_property(card, "Number");
+    written = format(number, column.pattern);
   } catch (const Error&) {
     return std::nullopt;
   }
-  if (std::fabs(number) <= largest_whole_number(column.width)) return std::nullopt;
-  return ValuePastLimit{
-      "Number", "Number " + general_number_text(number) + " passes " + number_column_text(column)};
+  if (text_length(written) <= column.width) return std::nullopt;
+  const std::string shown = to_text(number);
+  // Too many digits, or a sign the column has no room for.
+  if (written.find('-') == std::string::npos)
+    return ValuePastLimit{"Number", "Number " + shown + " passes " + number_column_text(column)};
+  return ValuePastLimit{"Number", "Number " + shown + " is written \"" + written + "\", " +
+                                      std::to_string(text_length(written)) + " letters where " +
+                                      columns_text(column) + " holds " +
+                                      std::to_string(column.width)};
 }
 
 std::optional<ValuePastLimit> hours_past_column(const Variant& card, std::string_view property,

@@ -44,7 +44,14 @@ TEST(Limits, AColumnIsNamedWithItsColumnsAndItsLargestValue) {
 
 TEST(Limits, ANumberWiderThanItsColumnIsPastIt) {
   EXPECT_FALSE(number_past_column(card_with(R"("Number": 999999)"), kEmployee));
-  EXPECT_FALSE(number_past_column(card_with(R"("Number": -999999)"), kEmployee));
+  // The pattern writes a sign before its six digits: any negative number is one letter
+  // wider than the column.
+  const std::optional<ValuePastLimit> negative =
+      number_past_column(card_with(R"("Number": -315)"), kEmployee);
+  ASSERT_TRUE(negative);
+  EXPECT_EQ(negative->text,
+            "Number -315 is written \"-000315\", 7 letters where the employee number: columns "
+            "2-7 holds 6");
   const std::optional<ValuePastLimit> past =
       number_past_column(card_with(R"("Number": 1000000)"), kEmployee);
   ASSERT_TRUE(past);
