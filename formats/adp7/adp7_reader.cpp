@@ -73,9 +73,6 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
     return hours;
   };
   // The shift is written through "00" as it stands: a number of three digits or a sign
-  // is wider, text may be narrower. Its width is the one after which the rest reads as
-  // hour fields, its pattern's first.
-  // The shift is written through "00" as it stands: a number of three digits or a sign
   // is wider, text may be narrower. `any_width` tries every width after the pattern's.
   auto read_hours = [&](Cursor& cursor, bool any_width) {
     const std::size_t pattern_width = layout::kShift.pattern.size();
