@@ -287,10 +287,13 @@ int run_analysis(const Inputs& inputs, std::ostream& out, std::ostream& err) {
 }  // namespace
 
 ReconcileCommands::ReconcileCommands(CLI::App& app, CLI::App& export_command) {
-  export_command.add_flag("--check", check_,
-                          "write nothing: run the export in memory, read its file back and "
-                          "show what it would carry of the cards' time");
-  export_command.add_flag("--strict", strict_, "with --check: exit 1 when there are warnings");
+  CLI::Option* check = export_command.add_flag(
+      "--check", check_,
+      "write nothing: run the export in memory, read its file back and show what it would "
+      "carry of the cards' time");
+  // A plain export has no warnings to be strict about.
+  export_command.add_flag("--strict", strict_, "with --check: exit 1 when there are warnings")
+      ->needs(check);
   reconcile_ = app.add_subcommand(
       "reconcile", "compare a written file with the time cards it was exported from");
   reconcile_->add_option("CLASS", class_name_, "export class name or ProgID")->required();

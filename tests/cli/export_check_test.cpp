@@ -6,6 +6,7 @@
 // position when the settings string is at fault, and never an innocent card.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -140,6 +141,15 @@ TEST_F(ExportCheck, FixedWidthLineWiderThanItsLayoutNamesTheCardAndTheValue) {
   const std::vector<Case> cases = {
       {"PrimePay", kPrimePay, [](json& card) { card["Number"] = 1234567; }, "Number",
        "Number 1234567 passes the employee number: columns 2-7, at most 999999" + unreadable},
+      // A sign takes a letter of its own before the six digits the pattern writes.
+      {"PrimePay", kPrimePay, [](json& card) { card["Number"] = -315; }, "Number",
+       "Number -315 is written \"-000315\", 7 letters where the employee number: columns 2-7 "
+       "holds 6" +
+           unreadable},
+      {"PCPreview", kPCPreview, [](json& card) { card["Number"] = -42; }, "Number",
+       "Number -42 is written \"-000042\", 7 letters where the employee number: columns 1-6 "
+       "holds 6" +
+           unreadable},
       {"PCPreview", kPCPreview, [](json& card) { card["Number"] = 1234567; }, "Number",
        "Number 1234567 passes the employee number: columns 1-6, at most 999999" + unreadable},
       // 10,000 hours: 1,000,000 hundredths, seven digits where PrimePay has six.
@@ -420,6 +430,18 @@ TEST_F(ExportCheck, ExportWithTooFewFieldsBlamesTheSettingsNotACard) {
   const json report = json::parse(as_json.out);
   EXPECT_FALSE(report.at("error").contains("card"));
   EXPECT_EQ(report.at("error").at("setting"), setting_of(3, "Vacation Pay Code"));
+}
+
+// A plain export has no warnings to be strict about: --strict alone is a usage error,
+// and nothing is written.
+TEST_F(ExportCheck, StrictWithoutCheckIsAUsageError) {
+  const std::string path = cards_file(cards(2));
+  const std::string out = path_of("out.txt");
+  const Outcome r =
+      run({"export", "PrimePay", "--cards", path, "--setup", kPrimePay, "--strict", "--out", out});
+  EXPECT_EQ(r.status, 2) << r.err;
+  EXPECT_EQ(r.err, "zorvat: --strict requires --check (see zorvat --help)\n");
+  EXPECT_FALSE(std::filesystem::exists(out));
 }
 
 TEST_F(ExportCheck, ValidateWarnsOfTheFieldCountAndKeepsItsVerdict) {
