@@ -67,11 +67,18 @@ std::vector<Finding> card_warnings(const ClassDescription& description, const Va
     const reconcile::CardName card_name = [&](std::size_t index) {
       return card_text(place_of(index));
     };
-    for (reconcile::CardWarning& warning : limits->card_warnings(cards, card_name)) {
-      CardReadPlace place = place_of(warning.card);
-      place.property = std::move(warning.property);
-      findings.push_back(
-          {Finding::Severity::Warning, std::move(place), std::nullopt, std::move(warning.text)});
+    std::vector<reconcile::CardWarning> warnings = limits->card_warnings(cards, card_name);
+    for (std::size_t at = 0; at < warnings.size() && at < kCardsNamedAtMost; ++at) {
+      CardReadPlace place = place_of(warnings[at].card);
+      place.property = std::move(warnings[at].property);
+      findings.push_back({Finding::Severity::Warning, std::move(place), std::nullopt,
+                          std::move(warnings[at].text)});
+    }
+    if (warnings.size() > kCardsNamedAtMost) {
+      const std::size_t more = warnings.size() - kCardsNamedAtMost;
+      findings.push_back({Finding::Severity::Warning, std::nullopt, std::nullopt,
+                          std::to_string(more) + (more == 1 ? " more warning" : " more warnings") +
+                              " of the cards like those above"});
     }
   }
   for (Finding& finding : settings_warnings(description, setup))

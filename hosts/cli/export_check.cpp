@@ -191,21 +191,28 @@ std::string field_count_text(std::size_t count) {
 }
 
 // The cards with a value past the column its layout gives it, each named with
-// `consequence`; at most kNamedCards of them.
+// `consequence`: the first kCardsNamedAtMost of them, then a count of the others.
 std::vector<Finding> cards_past_limits(std::string_view class_name, const Variant& cards,
                                        const std::string& consequence) {
-  constexpr std::size_t kNamedCards = 20;
   std::vector<Finding> findings;
   std::size_t index = 0;
+  std::size_t more = 0;
   for_each(cards, [&](const Variant& card) {
     const std::size_t at = index++;
-    if (findings.size() == kNamedCards) return;
     const std::optional<ValuePastLimit> past = value_past_limit(class_name, card);
     if (!past) return;
+    if (findings.size() == kCardsNamedAtMost) {
+      ++more;
+      return;
+    }
     CardReadPlace place = card_place(card, at);
     place.property = past->property;
     findings.push_back({Finding::Severity::Error, place, std::nullopt, past->text + consequence});
   });
+  if (more > 0)
+    findings.push_back({Finding::Severity::Error, std::nullopt, std::nullopt,
+                        std::to_string(more) + (more == 1 ? " more card has" : " more cards have") +
+                            " a value past its column"});
   return findings;
 }
 

@@ -60,6 +60,10 @@ ErrorPlace place_of_export_error(const ClassDescription& description, const Vari
 std::optional<std::string> field_count_warning(const ClassDescription& description,
                                                std::string_view setup);
 
+// How many cards the check names for one kind of finding; the rest are counted in
+// one finding after them, so that a batch where every card is concerned still reads.
+inline constexpr std::size_t kCardsNamedAtMost = 20;
+
 // One thing `export --check` found.
 struct Finding {
   enum class Severity { Error, Warning };

@@ -290,6 +290,33 @@ TEST_F(ExportCheck, IntuitPacNumbersWithTheSameLastFourDigitsAreOneEmployee) {
   EXPECT_EQ(report.at("findings")[2].at("card"), card_of(2, "E102", "Number"));
 }
 
+// A company whose every number has five digits: the first 20 cards are named, the
+// other warnings counted in one line, so the report of a large batch still reads.
+TEST_F(ExportCheck, WarningsOfManyCardsNameTwentyAndCountTheRest) {
+  const std::string path =
+      cards_file(cards(25, [](int i, json& card) { card["Number"] = 10000 + i; }));
+  const json report = check_json("IntuitPAC", path, kIntuitPac, {"--title", kIntuitPacTitle});
+  // 25 numbers cut to four digits, each its own employee: 25 warnings, 20 named.
+  ASSERT_EQ(report.at("findings").size(), 21u) << report.dump();
+  EXPECT_EQ(report.at("findings")[19].at("card"), card_of(19, "E119", "Number"));
+  EXPECT_EQ(report.at("findings")[20].at("card"), nullptr);
+  EXPECT_EQ(report.at("findings")[20].at("severity"), "warning");
+  EXPECT_EQ(report.at("findings")[20].at("message"),
+            "5 more warnings of the cards like those above");
+}
+
+// The same for errors: 22 employee numbers of seven digits, 20 named and 2 counted.
+TEST_F(ExportCheck, ErrorsOfManyCardsNameTwentyAndCountTheRest) {
+  const std::string path =
+      cards_file(cards(22, [](int i, json& card) { card["Number"] = 1000000 + i; }));
+  const Outcome r = check("PrimePay", path, kPrimePay);
+  EXPECT_EQ(r.status, kExitErrors);
+  const json report = check_json("PrimePay", path, kPrimePay);
+  ASSERT_EQ(report.at("findings").size(), 21u) << report.dump();
+  EXPECT_EQ(report.at("findings")[19].at("card"), card_of(19, "E119", "Number"));
+  EXPECT_EQ(report.at("findings")[20].at("message"), "2 more cards have a value past its column");
+}
+
 TEST_F(ExportCheck, APCPreviewNameLongerThanItsColumnIsCut) {
   // "Maximiliana Featherstonehaugh": 29 letters in a column of 25.
   const std::string path = cards_file(cards(2, [](int i, json& card) {
