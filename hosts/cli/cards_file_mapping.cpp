@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "file_bytes.h"
 #include "json_cards.h"
 
 #if defined(__unix__) || defined(__APPLE__)
@@ -65,14 +66,7 @@ CardsFileMapping::CardsFileMapping(const std::string& path) {
   const auto cannot_read = [&](const std::string& why) {
     return CardsFileError("cards file " + path + ": cannot be read (" + why + ")");
   };
-  std::FILE* file = std::fopen(path.c_str(), "rb");
-  if (file == nullptr) throw cannot_read(std::strerror(errno));
-  char chunk[1 << 16];
-  std::size_t got = 0;
-  while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) read_.append(chunk, got);
-  const bool failed = std::ferror(file) != 0;
-  std::fclose(file);
-  if (failed) throw cannot_read("read error");
+  if (auto problem = read_file_bytes(path, read_)) throw cannot_read(*problem);
   text_ = read_;
 }
 

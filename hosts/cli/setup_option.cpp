@@ -2,11 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <string_view>
 
+#include "file_bytes.h"
 #include "platform.h"
 #include "zorvat/code_page.h"
 #include "zorvat/file_step.h"
@@ -17,15 +15,7 @@ namespace {
 // The whole file, or why it cannot be read.
 std::optional<std::string> read_bytes(const std::string& path, std::string& bytes) {
   if (system_file_system().kind(path) == FileSystem::Kind::Directory) return "it is a folder";
-  std::FILE* file = std::fopen(path.c_str(), "rb");
-  if (file == nullptr) return std::string(std::strerror(errno));
-  char chunk[4096];
-  std::size_t got = 0;
-  while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
-  const bool failed = std::ferror(file) != 0;
-  std::fclose(file);
-  if (failed) return std::string("read error");
-  return std::nullopt;
+  return read_file_bytes(path, bytes);
 }
 
 // A settings file's bytes taken apart: the string, and the line end after it that is

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 
+#include "file_bytes.h"
 #include "platform.h"
 #include "win32/calendar_setting.h"
 #include "win32/win32_services.h"
@@ -28,10 +29,7 @@ FileSystem& system_file_system() {
 bool read_standard_input(std::string& bytes) {
   // Text mode would turn CR LF into LF and stop at the first Ctrl-Z.
   if (_setmode(_fileno(stdin), _O_BINARY) == -1) return false;
-  char chunk[1 << 16];
-  std::size_t got = 0;
-  while ((got = std::fread(chunk, 1, sizeof chunk, stdin)) > 0) bytes.append(chunk, got);
-  return std::ferror(stdin) == 0;
+  return append_rest_of(stdin, bytes);
 }
 
 bool interactive_session() {
