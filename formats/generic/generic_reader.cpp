@@ -143,9 +143,12 @@ FileContents read_run_together(std::string_view bytes, const Layout& layout,
   std::vector<std::vector<FileRecord>> records(count);
   record_start[0] = first_start;
   search_from[0] = first_start + 1;
-  std::optional<ReadError> first_problem;
+  // The problem of the furthest record that failed to read: records before it read
+  // in some try, so an earlier complaint would blame a record that is fine.
+  std::optional<ReadError> problem;
+  std::size_t problem_card = 0;
   auto give_up = [&](std::size_t card) {
-    if (first_problem) throw *first_problem;
+    if (problem) throw *problem;
     if (card + 1 == count)
       throw ReadError(kLayout, 1, text_length(bytes) + 1, "the last record is missing");
     throw ReadError(kLayout, 1, text_length(bytes) + 1,
@@ -153,7 +156,7 @@ FileContents read_run_together(std::string_view bytes, const Layout& layout,
                         export_ids[card + 1] + "\") follows the record of card " +
                         std::to_string(card + 1));
   };
-  // Each try reads one record; a file that needs more gives up with the first problem.
+  // Each try reads one record; a file that needs more gives up with the furthest problem.
   std::size_t tries_left = 64 * count + 1024;
   std::size_t card = 0;
   while (card < count) {
@@ -182,8 +185,11 @@ FileContents read_run_together(std::string_view bytes, const Layout& layout,
     records[card].clear();
     try {
       read_record(layout, cursor, record_line, &export_ids[card], records[card]);
-    } catch (const ReadError& problem) {
-      if (!first_problem) first_problem = problem;
+    } catch (const ReadError& failed) {
+      if (!problem || card >= problem_card) {
+        problem = failed;
+        problem_card = card;
+      }
       continue;
     }
     record_start[card + 1] = end;

@@ -279,6 +279,24 @@ TEST(GenericReader, RecordsRunTogetherAreToldApartByTheCardsExportIds) {
   }
 }
 
+// Export ID "1" also stands inside the first record ("01,"), so the first try ends that
+// record there and fails; the record reads in a later try. The file's real fault is
+// the second record's, and that is the one named.
+TEST(GenericReader, RecordsRunTogetherNameTheFurthestRecordThatDoesNotRead) {
+  const reconcile::ClassRules* rules = formats::find_export_class("Generic");
+  ASSERT_NE(rules, nullptr);
+  const Variant cards = cards_from_json(
+      R"({"cards": [{"ExportID": "A", "REG": 60}, {"ExportID": "1", "REG": 150}]})");
+  try {
+    rules->read("A,000000007,01,1.00,0.00,0.00,0.00,0.00,0.00,0.001,000000008,01,x",
+                SettingsFields("0,0,0,0,0,False,True,False,False,False,,4"), "", cards);
+    ADD_FAILURE() << "read";
+  } catch (const reconcile::ReadError& error) {
+    // "x" stands at column 65, in the second record, where its hours should be.
+    EXPECT_STREQ(error.what(), "not a Generic file: line 1, column 65: no \",\" after a field");
+  }
+}
+
 // PrimePay writes the employee number and the hundredths as they stand: a number of
 // seven digits, or one given as four letters of text, moves the columns after it.
 TEST(PrimePayReader, NumbersWiderOrNarrowerThanTheirColumnsAreReadWhole) {
