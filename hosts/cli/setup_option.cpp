@@ -18,9 +18,13 @@ std::optional<std::string> read_bytes(const std::string& path, std::string& byte
   return read_file_bytes(path, bytes);
 }
 
-// A settings file's bytes taken apart: the string, and the line end after it that is
-// not part of it.
+// The mark an editor may put before UTF-8 text (Notepad's "UTF-8 with BOM").
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// A settings file's bytes taken apart: the string, and what stands around it that is
+// not part of it (a byte-order mark before it, the line end after it).
 struct SettingsLine {
+  std::string byte_order_mark;  // "" or kByteOrderMark
   std::string setup;
   std::string line_end;             // "", "\n" or "\r\n"
   bool more_than_one_line = false;  // a line end before the last one
@@ -28,6 +32,10 @@ struct SettingsLine {
 
 SettingsLine split_settings_line(std::string_view bytes) {
   SettingsLine line;
+  if (bytes.starts_with(kByteOrderMark)) {
+    line.byte_order_mark = kByteOrderMark;
+    bytes.remove_prefix(kByteOrderMark.size());
+  }
   if (!bytes.empty() && bytes.back() == '\n') {
     const bool cr_lf = bytes.size() >= 2 && bytes[bytes.size() - 2] == '\r';
     line.line_end = cr_lf ? "\r\n" : "\n";
@@ -61,6 +69,7 @@ std::optional<std::string> SetupOption::read() {
            "but its line end";
   setup_ = std::move(line.setup);
   read_ = setup_;
+  byte_order_mark_ = std::move(line.byte_order_mark);
   line_end_ = std::move(line.line_end);
   from_file_ = true;
   return std::nullopt;
@@ -71,7 +80,7 @@ std::optional<Error> SetupOption::write_back(const std::string& new_setup) const
   const std::string name = "settings file " + path_;
   const std::string kept = "; it still holds the settings string it was read with";
   // The file must read back as the same string: a line end inside it would not.
-  const std::string bytes = new_setup + line_end_;
+  const std::string bytes = byte_order_mark_ + new_setup + line_end_;
   const SettingsLine again = split_settings_line(bytes);
   if (again.more_than_one_line || again.setup != new_setup)
     return Error(rt::kInvalidProcedureCall, std::string(kComponentSource),

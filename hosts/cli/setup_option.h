@@ -2,14 +2,16 @@
 // kept in a file of one line, as a host keeps it between exports.
 //
 // The file holds the string on its first line. A final line end (LF or CR LF) is not
-// part of it; everything else is, blanks and other CRs included, as the class sees it.
+// part of it, nor is a UTF-8 byte-order mark an editor put before it; everything else
+// is, blanks and other CRs included, as the class sees it.
 // A file with a second line, a missing or unreadable file, and both options together
 // are usage errors.
 //
 // Where the command changes the string (an export advancing its batch number, the setup
 // form saved), the new string is written back to the same file through the safe file
-// step (a temporary file beside it, then one rename over it), ending as the file ended:
-// with its line end, or none. A string that did not change leaves the file untouched.
+// step (a temporary file beside it, then one rename over it), beginning and ending as
+// the file did: with its byte-order mark and its line end, or none. A string that did not change
+// leaves the file untouched.
 #pragma once
 
 #include <optional>
@@ -48,8 +50,9 @@ class SetupOption {
   CLI::Option* file_option_ = nullptr;
   std::string path_;
   bool from_file_ = false;
-  std::string read_;      // the string as the file held it
-  std::string line_end_;  // the file's own, written back after the new string
+  std::string read_;             // the string as the file held it
+  std::string byte_order_mark_;  // the file's own, written back before the new string
+  std::string line_end_;         // the file's own, written back after the new string
 };
 
 }  // namespace zorvat::cli

@@ -77,6 +77,20 @@ TEST_F(SetupFile, BlanksAndOtherCrsArePartOfTheString) {
   EXPECT_EQ(validate_json(write("s.setup", "\n"))["setupData"], "");
 }
 
+// Notepad's "UTF-8 with BOM" puts EF BB BF before the text: the mark is not part of the
+// first field, and a write-back keeps it.
+TEST_F(SetupFile, AByteOrderMarkIsNotPartOfTheStringAndIsWrittenBack) {
+  EXPECT_EQ(validate_json(write("s.setup",
+                                "\xEF\xBB\xBF"
+                                "a,b\r\n"))["setupData"],
+            "a,b");
+  const std::string path = write("adp7.setup", "\xEF\xBB\xBF" + kBatch7 + "\r\n");
+  const auto r = export_adp7(path, path_of("EPIACM07.CSV"));
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(r.out, kBatch8 + "\n");
+  EXPECT_EQ(read(path), "\xEF\xBB\xBF" + kBatch8 + "\r\n");
+}
+
 TEST_F(SetupFile, TheStringReachesTheClass) {
   const auto r =
       zorvat({"validate", "PrimePay", "--setup-file", write("s.setup", "200,02,20,23,24,25,28\n")});
