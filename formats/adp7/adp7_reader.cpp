@@ -1,6 +1,7 @@
 #include "adp7/adp7_reader.h"
 
 #include <algorithm>
+#include <span>
 
 #include "adp7/adp7.h"
 #include "adp7/adp7_layout.h"
@@ -26,7 +27,8 @@ std::size_t number_width(const Cursor& cursor, std::size_t pattern_width) {
   return std::max(pattern_width, digits);
 }
 
-FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
+FileContents read_epip(std::string_view bytes, const SettingsFields& settings,
+                       const std::vector<std::string>& shifts) {
   namespace layout = adp7_layout;
   FileContents contents;
   contents.layout = "EPIP";
@@ -73,13 +75,13 @@ FileContents read_epip(std::string_view bytes, const SettingsFields& settings) {
     return hours;
   };
   // The shift is written through "00" as it stands: a number of three digits or a sign
-  // is wider, text may be narrower. `any_width` tries every width after the pattern's.
+  // is wider, text may be narrower. `any_width` tries, after the pattern's width, the
+  // other widths the cards' shifts are written in.
+  const std::size_t pattern_width = layout::kShift.pattern.size();
+  const std::vector<std::size_t> shift_widths = written_widths(pattern_width, shifts);
   auto read_hours = [&](Cursor& cursor, bool any_width) {
-    const std::size_t pattern_width = layout::kShift.pattern.size();
-    std::vector<std::size_t> widths = {pattern_width};
-    if (any_width)
-      for (std::size_t width = 0, rest = text_length(cursor.rest()); width <= rest; ++width)
-        if (width != pattern_width) widths.push_back(width);
+    const std::span<const std::size_t> widths(shift_widths.data(),
+                                              any_width ? shift_widths.size() : 1);
     std::optional<ReadError> first_problem;
     for (std::size_t width : widths) {
       Cursor attempt = cursor;
@@ -189,8 +191,9 @@ FileContents read_csv(std::string_view bytes, const SettingsFields& settings) {
 
 }  // namespace
 
-FileContents read_adp7_file(std::string_view bytes, const SettingsFields& settings) {
-  if (settings.at(ADP7::kOutputFormat) == "EPIP") return read_epip(bytes, settings);
+FileContents read_adp7_file(std::string_view bytes, const SettingsFields& settings,
+                            const std::vector<std::string>& shifts) {
+  if (settings.at(ADP7::kOutputFormat) == "EPIP") return read_epip(bytes, settings, shifts);
   return read_csv(bytes, settings);
 }
 

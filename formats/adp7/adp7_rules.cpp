@@ -7,6 +7,7 @@
 #include "adp7/adp7_layout.h"
 #include "adp7/adp7_limits.h"
 #include "adp7/adp7_reader.h"
+#include "zorvat/format.h"
 #include "zorvat/reconcile/expectation.h"
 
 namespace zorvat::formats::adp7 {
@@ -63,8 +64,14 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
 }
 
 FileContents read(std::string_view bytes, const SettingsFields& settings, std::string_view,
-                  const Variant&) {
-  return read_adp7_file(bytes, settings);
+                  const Variant& cards) {
+  // Without cards, every shift is read in its two columns.
+  std::vector<std::string> shifts;
+  if (cards.type() != Variant::Type::Empty)
+    for_each(cards, [&](const Variant& card) {
+      shifts.push_back(format(get_property(card, "Shift"), layout::kShift.pattern));
+    });
+  return read_adp7_file(bytes, settings, shifts);
 }
 
 constexpr SettingsExample kExamples[] = {

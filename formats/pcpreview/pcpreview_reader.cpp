@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <optional>
+#include <unordered_set>
 
 #include "pcpreview/pcpreview.h"
 #include "pcpreview/pcpreview_layout.h"
@@ -73,19 +75,31 @@ FileContents read_pcpreview_file(std::string_view bytes, const SettingsFields& s
       !sequence_field.empty() && to_double(Variant(sequence_field)) > 0 ? sequence_field : " ";
   if (!sequence_field.empty()) contents.batch = parse_decimal(sequence_field, 0);
 
+  // The employee number is written as it stands, wider than its column when it has
+  // more digits (narrower as short text): the widths of the cards' numbers that a
+  // record starts with are tried, the widest first, then the column's own. The cards'
+  // numbers are grouped once for the file by their length in bytes, so a record looks
+  // each length up once.
+  std::map<std::size_t, std::unordered_set<std::string_view>> numbers_by_bytes;
+  for (const std::string& employee : employee_numbers)
+    numbers_by_bytes[employee.size()].insert(employee);
+
   std::size_t start = 0;
   std::size_t number = 1;
+  std::vector<std::size_t> widths;
   while (start < bytes.size()) {
     const Cursor cursor(kLayout, Line{bytes.substr(start), number});
-    // The employee number is written as it stands, wider than its column when it has
-    // more digits (narrower as short text): the widths of the cards' numbers that the
-    // record starts with are tried, the widest first, then the column's own.
-    std::vector<std::size_t> widths;
-    for (const std::string& employee : employee_numbers)
-      if (cursor.rest().starts_with(employee)) widths.push_back(text_length(employee));
+    const std::string_view rest = cursor.rest();
+    widths.clear();
+    for (const auto& [size, numbers] : numbers_by_bytes) {
+      if (size > rest.size()) break;
+      const std::string_view head = rest.substr(0, size);
+      if (numbers.contains(head)) widths.push_back(text_length(head));
+    }
     std::sort(widths.begin(), widths.end(), std::greater<>());
-    widths.push_back(layout::kEmployeeNumber.width);
     widths.erase(std::unique(widths.begin(), widths.end()), widths.end());
+    if (std::find(widths.begin(), widths.end(), layout::kEmployeeNumber.width) == widths.end())
+      widths.push_back(layout::kEmployeeNumber.width);
     std::optional<FileRecord> record;
     std::size_t record_bytes = 0;
     for (std::size_t width : widths) {

@@ -65,7 +65,8 @@ FileRecord read_detail(const Line& line, std::size_t employee_width) {
 
 }  // namespace
 
-FileContents read_primepay_file(std::string_view bytes) {
+FileContents read_primepay_file(std::string_view bytes,
+                                const std::vector<std::string>& employee_numbers) {
   FileContents contents;
   contents.layout = kLayout;
   const std::vector<Line> lines = split_lines(kLayout, bytes, layout::kLineEnd, true);
@@ -80,18 +81,17 @@ FileContents read_primepay_file(std::string_view bytes) {
   contents.controls.emplace_back("period end", date_number(*contents.period_end));
   header.expect_end();
 
+  const std::vector<std::size_t> widths =
+      written_widths(layout::kEmployeeNumber.width, employee_numbers);
   for (std::size_t i = 1; i < lines.size(); ++i) {
     const Line& line = lines[i];
     // The employee number and the hundredths are written as they stand, wider than
     // their columns when they have more digits (or narrower, a number given as short
     // text), which moves what follows: the detail is read with the employee number's
-    // width that makes the whole line read, its declared width first.
-    const std::size_t length = text_length(line.text);
+    // width that makes the whole line read, its declared width first, then the widths
+    // the cards' numbers are written in.
     std::optional<ReadError> first_problem;
     std::optional<FileRecord> record;
-    std::vector<std::size_t> widths = {layout::kEmployeeNumber.width};
-    for (std::size_t width = 0; width + 2 <= length; ++width)
-      if (width != layout::kEmployeeNumber.width) widths.push_back(width);
     for (std::size_t width : widths) {
       try {
         record = read_detail(line, width);

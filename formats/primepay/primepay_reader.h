@@ -3,12 +3,18 @@
 // the pay code otherwise, with the line's batch number.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "zorvat/reconcile/records.h"
 
 namespace zorvat::formats {
 
-reconcile::FileContents read_primepay_file(std::string_view bytes);
+// `employee_numbers`: the cards' numbers as the export writes them ("000000"), which
+// tell how wide a detail's employee number is where it has more digits (or fewer, as
+// text); without them every number is read at its column's width.
+reconcile::FileContents read_primepay_file(std::string_view bytes,
+                                           const std::vector<std::string>& employee_numbers);
 
 }  // namespace zorvat::formats

@@ -46,8 +46,14 @@ Expectation expect(const Variant& cards, const SettingsFields& settings, std::st
   return builder.finish();
 }
 
-FileContents read(std::string_view bytes, const SettingsFields&, std::string_view, const Variant&) {
-  return read_primepay_file(bytes);
+FileContents read(std::string_view bytes, const SettingsFields&, std::string_view,
+                  const Variant& cards) {
+  // Without cards, every employee number is read at its column's width.
+  std::vector<std::string> employee_numbers;
+  if (cards.type() != Variant::Type::Empty)
+    for_each(cards,
+             [&](const Variant& card) { employee_numbers.push_back(employee_number(card)); });
+  return read_primepay_file(bytes, employee_numbers);
 }
 
 constexpr SettingsExample kExamples[] = {

@@ -1,5 +1,6 @@
 #include "zorvat/reconcile/records.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -153,6 +154,18 @@ std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals) {
 
 bool parse_decimal_digits(std::string_view text, int decimals) {
   return split_decimal(text, decimals).has_value();
+}
+
+std::vector<std::size_t> written_widths(std::size_t declared,
+                                        const std::vector<std::string>& written) {
+  std::vector<std::size_t> widths = {declared};
+  for (const std::string& text : written) widths.push_back(text_length(text));
+  std::sort(widths.begin(), widths.end());
+  widths.erase(std::unique(widths.begin(), widths.end()), widths.end());
+  // The column's own width goes first; the others keep their order after it.
+  const auto own = std::find(widths.begin(), widths.end(), declared);
+  std::rotate(widths.begin(), own, own + 1);
+  return widths;
 }
 
 std::optional<CivilDate> parse_short_date(std::string_view text) {

@@ -298,7 +298,8 @@ TEST(GenericReader, RecordsRunTogetherNameTheFurthestRecordThatDoesNotRead) {
 }
 
 // PrimePay writes the employee number and the hundredths as they stand: a number of
-// seven digits, or one given as four letters of text, moves the columns after it.
+// seven digits, or one given as four letters of text, moves the columns after it. The
+// cards' numbers tell the reader those widths.
 TEST(PrimePayReader, NumbersWiderOrNarrowerThanTheirColumnsAreReadWhole) {
   const reconcile::ClassRules* rules = formats::find_export_class("PrimePay");
   ASSERT_NE(rules, nullptr);
@@ -306,9 +307,19 @@ TEST(PrimePayReader, NumbersWiderOrNarrowerThanTheirColumnsAreReadWhole) {
       std::string("HPTA1000103/08/04Brantell Time Recorder               N03/06/04\r\n") +
       "D1234567 1000000" + std::string(48, ' ') + "004\r\n" +  // 10000.00 regular hours
       "D131A " + std::string(11, ' ') + "000005020" + std::string(34, ' ') + "004\r\n";
-  const auto contents = rules->read(file, SettingsFields("4,02,20,23,24,25,28"), "", Variant());
+  const Variant cards = cards_from_json(R"({"cards": [{"Number": 1234567}, {"Number": "131A"}]})");
+  const auto contents = rules->read(file, SettingsFields("4,02,20,23,24,25,28"), "", cards);
   EXPECT_EQ(described(contents.records),
             (std::vector<std::string>{"1234567 REG 10000.0000 line 2", "131A 20 0.5000 line 3"}));
+  // Without the cards, every number is read in its six columns: the seven digits leave
+  // "7" in column 8, where the blank should be.
+  try {
+    rules->read(file, SettingsFields("4,02,20,23,24,25,28"), "", Variant());
+    ADD_FAILURE() << "read";
+  } catch (const reconcile::ReadError& error) {
+    EXPECT_EQ(error.line(), 2u);
+    EXPECT_EQ(error.column(), 8u) << error.what();
+  }
   EXPECT_EQ(contents.batch, 4);
 }
 
@@ -338,7 +349,7 @@ TEST(IntuitPacJrReader, AmountsWiderThanTheirColumnsAreReadWhole) {
 }
 
 // EPIP writes the shift through "00" as it stands: shift 123 takes three columns, text
-// "A" one, and the tagged fields follow.
+// "A" one, and the tagged fields follow. The cards' shifts tell the reader those widths.
 TEST(Adp7EpipReader, AShiftWiderOrNarrowerThanItsColumnIsReadWhole) {
   const reconcile::ClassRules* rules = formats::find_export_class("ADP7");
   ASSERT_NE(rules, nullptr);
@@ -355,9 +366,105 @@ TEST(Adp7EpipReader, AShiftWiderOrNarrowerThanItsColumnIsReadWhole) {
       header + lines + trailer,
       SettingsFields("ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,"
                      "Hours 4,EPIP"),
-      "", Variant());
+      "",
+      cards_from_json(R"({"cards": [{"ExportID": "E1", "Shift": 123, "REG": 2400},)"
+                      R"( {"ExportID": "E2", "Shift": "A", "OT1": 90}]})"));
   EXPECT_EQ(described(contents.records),
             (std::vector<std::string>{"E1 REG 40.0000 line 2", "E2 OT1 1.5000 line 3"}));
+}
+
+}  // namespace
+
+namespace {
+
+// --- Garbled files: the readers try only the widths the cards' values are written in ---
+
+const std::string kPrimePayHeader =
+    "HPTA1000103/08/04Brantell Time Recorder               N03/06/04\r\n";
+
+// A detail line of 200,000 letters reads at no width of the cards' numbers; the error
+// is the one of the column's own width: "D", six letters, then no blank in column 8.
+TEST(PrimePayReader, AGarbledLineOfManyLettersIsRefusedAtItsDeclaredWidth) {
+  const reconcile::ClassRules* rules = formats::find_export_class("PrimePay");
+  ASSERT_NE(rules, nullptr);
+  const Variant cards =
+      cards_from_json(R"({"cards": [{"Number": 315}, {"Number": 1234567}, {"Number": "131A"}]})");
+  const std::string file = kPrimePayHeader + "D" + std::string(200000, 'x') + "\r\n";
+  try {
+    rules->read(file, SettingsFields("4,02,20,23,24,25,28"), "", cards);
+    FAIL() << "accepted";
+  } catch (const reconcile::ReadError& error) {
+    EXPECT_EQ(error.line(), 2u);
+    EXPECT_EQ(error.column(), 8u) << error.what();
+  }
+}
+
+const std::string kAdp7Epip =
+    "ABC,5,1,H3,Hours 3,VA,Vacation Hours,HO,Holiday Hours,SI,Sick Hours,OT,Hours 4,EPIP";
+
+// An employee line whose export ID ends ("004", pay number 1, "010") before 200,000
+// letters: no shift the cards hold makes the rest read as hour fields. The error is the
+// one of the shift's own two columns: "B003E1" 6 letters, "0041010" 7, "xx" 2, then
+// "xxx" is no field tag at column 16.
+TEST(Adp7EpipReader, AGarbledLineOfManyLettersIsRefusedAtTheShiftsOwnWidth) {
+  const reconcile::ClassRules* rules = formats::find_export_class("ADP7");
+  ASSERT_NE(rules, nullptr);
+  const Variant cards = cards_from_json(
+      R"({"cards": [{"ExportID": "E1", "Shift": 1, "REG": 60},)"
+      R"( {"ExportID": "E2", "Shift": 123, "REG": 60}, {"ExportID": "E3", "Shift": "A", "REG": 60}]})");
+  const std::string header = "A001ABC00205z" + std::string(66, ' ') + "7\r\n";
+  const std::string employee = "B003E10041010" + std::string(200000, 'x') + "\r\n";
+  const std::string trailer = "C03000000004000 z" + std::string(62, ' ') + "\r\n";
+  try {
+    rules->read(header + employee + trailer, SettingsFields(kAdp7Epip), "", cards);
+    FAIL() << "accepted";
+  } catch (const reconcile::ReadError& error) {
+    EXPECT_EQ(error.line(), 2u);
+    EXPECT_EQ(error.column(), 16u) << error.what();
+    EXPECT_NE(std::string(error.what()).find("unknown field tag \"xxx\""), std::string::npos)
+        << error.what();
+  }
+}
+
+const std::string kPreviewSetup = "12,A,B,C,7,D,E,F,G,0,0,0,0";
+
+// 200,000 letters with no record in them: the first record fails where its blanks after
+// the name should be, at the column's own width: six letters, 25 of name, column 32.
+TEST(PCPreviewReader, AGarbledFileOfManyLettersIsRefused) {
+  const reconcile::ClassRules* rules = formats::find_export_class("PCPreview");
+  ASSERT_NE(rules, nullptr);
+  const Variant cards =
+      cards_from_json(R"({"cards": [{"Number": 315}, {"Number": 1234567}, {"Number": "131A"}]})");
+  try {
+    rules->read(std::string(200000, 'x'), SettingsFields(kPreviewSetup), "", cards);
+    FAIL() << "accepted";
+  } catch (const reconcile::ReadError& error) {
+    EXPECT_EQ(error.line(), 1u);
+    EXPECT_EQ(error.column(), 32u) << error.what();
+  }
+}
+
+// 40,000 cards of seven-digit numbers and a record for each, run together: each record
+// reads with its card's number whole.
+TEST(PCPreviewReader, ManyRecordsAgainstManyCardsRead) {
+  const reconcile::ClassRules* rules = formats::find_export_class("PCPreview");
+  ASSERT_NE(rules, nullptr);
+  constexpr int kCount = 40000;
+  std::string json = R"({"cards": [)";
+  std::string file;
+  for (int i = 0; i < kCount; ++i) {
+    const std::string number = std::to_string(1000000 + i);
+    json += (i ? "," : "") + std::string(R"({"Number": )") + number + "}";
+    // Number (7), name (25), 19 blanks, "E ", pay code "A", 9 blanks, hours (8), 19
+    // blanks, sequence "7", 37 blanks.
+    file += number + "Ann Lee" + std::string(18, ' ') + std::string(19, ' ') + "E A" +
+            std::string(9, ' ') + "    8.00" + std::string(19, ' ') + "7" + std::string(37, ' ');
+  }
+  json += "]}";
+  const auto contents = rules->read(file, SettingsFields(kPreviewSetup), "", cards_from_json(json));
+  ASSERT_EQ(contents.records.size(), static_cast<std::size_t>(kCount));
+  EXPECT_EQ(describe(contents.records.front()), "1000000 A 8.0000 line 1");
+  EXPECT_EQ(describe(contents.records.back()), "1039999 A 8.0000 line 40000");
 }
 
 }  // namespace

@@ -48,6 +48,14 @@ std::optional<std::int64_t> parse_decimal(std::string_view text, int decimals);
 // Whether `text` is written as such a number, however many digits it has.
 bool parse_decimal_digits(std::string_view text, int decimals);
 
+// The widths, in letters, to read a value at that the writer writes as it stands (wider
+// or narrower than its column): `declared`, the column's own, first; then each other
+// width of `written` (the cards' values as the writer writes them), narrowest first,
+// each once. Taken once per file, they bound the retries of a line that does not read
+// at its column's width by what the cards can make the writer write.
+std::vector<std::size_t> written_widths(std::size_t declared,
+                                        const std::vector<std::string>& written);
+
 // "mm/dd/yy", the year read through the two-digit-year window (zorvat/date.h).
 std::optional<CivilDate> parse_short_date(std::string_view text);
 
