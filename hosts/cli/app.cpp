@@ -221,7 +221,7 @@ int run_class(const Request& request, const SetupOption& setup_option, std::ostr
   } catch (const Error& error) {
     report.error = error;
     if (!checked)
-      place = place_of_check_error(description, request.setup, error);
+      place = place_of_check_error(description, request.setup, request.title, error);
     else
       place = place_of_export_error(description, cards, request.setup, request.title, error,
                                     card_being_read(cards, error.number()));

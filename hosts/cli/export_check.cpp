@@ -151,6 +151,74 @@ std::string with_field(std::string_view setup, std::size_t position, const std::
   return fields.join();
 }
 
+// Runs the class's check alone, as `zorvat validate` does: the error it raises, if any.
+std::optional<Error> check_quietly(std::string_view class_name, const std::string& setup,
+                                   const std::string& title) {
+  UiInMemory ui;
+  FileInMemory files(utf8_code_page());
+  FixedDateClock clock(system_clock().today());
+  auto instance = formats::export_registry().create(class_name, {ui, files, clock, nullptr});
+  if (!instance) return std::nullopt;
+  try {
+    instance->Title = title;
+    instance->SetupData(setup);
+    instance->run_check();
+  } catch (const Error& raised) {
+    return raised;
+  }
+  return std::nullopt;
+}
+
+// The values tried in place of a field to see whether it is the one that cannot be
+// converted: the field without the blanks or CR around it, the setup form's design
+// value, and a plain number for a field the class reads as one.
+std::vector<std::string> cleaned_values(const ClassDescription& description, std::size_t position,
+                                        const std::string& field) {
+  std::vector<std::string> candidates;
+  const auto add = [&](std::string candidate) {
+    if (candidate != field &&
+        std::find(candidates.begin(), candidates.end(), candidate) == candidates.end())
+      candidates.push_back(std::move(candidate));
+  };
+  add(trimmed(field));
+  if (position < description.settings.size()) add(description.settings[position].design_value);
+  add("0");
+  return candidates;
+}
+
+// A type mismatch that a settings field explains: the first position whose cleaned-up
+// value makes `run` (the check, or the export) raise no error of that number. When no
+// single field does (several fields with blanks or a CR around them), the first of
+// those fields, if the string with every field trimmed gets through. Puts the position
+// and why into `place`; false when the fields do not explain it.
+template <typename Run>
+bool blame_unconvertible_field(const ClassDescription& description, std::string_view setup,
+                               const Error& error, const Run& run, ErrorPlace& place) {
+  const SettingsFields fields(setup);
+  const auto blame = [&](std::size_t position) {
+    place.setting = place_at(description, position);
+    place.note = shown(fields.at(position)) + " cannot be converted as " + description.class_name +
+                 " reads the field";
+    return true;
+  };
+  const auto explains = [&](const std::string& settings) {
+    const std::optional<Error> trial = run(settings);
+    return !trial || trial->number() != error.number();
+  };
+  for (std::size_t position = 0; position < fields.size(); ++position)
+    for (const std::string& candidate : cleaned_values(description, position, fields.at(position)))
+      if (explains(with_field(setup, position, candidate))) return blame(position);
+  SettingsFields all_trimmed = fields;
+  std::optional<std::size_t> first_untrimmed;
+  for (std::size_t position = 0; position < fields.size(); ++position) {
+    all_trimmed.at(position) = trimmed(fields.at(position));
+    if (!first_untrimmed && all_trimmed.at(position) != fields.at(position))
+      first_untrimmed = position;
+  }
+  if (first_untrimmed && explains(all_trimmed.join())) return blame(*first_untrimmed);
+  return false;
+}
+
 // A card with time in every category and on a day, a four-digit employee number and
 // names: something of every setting a class uses goes into its file.
 constexpr std::string_view kEveryValueCard = R"({"PeriodEnd": "2004-03-06", "cards": [{
@@ -259,13 +327,19 @@ std::optional<std::string> field_count_warning(const ClassDescription& descripti
 }
 
 ErrorPlace place_of_check_error(const ClassDescription& description, std::string_view setup,
-                                const Error& error) {
+                                std::string_view title, const Error& error) {
   ErrorPlace place;
   const std::size_t has = SettingsFields(setup).size();
   if (error.number() == rt::kSubscriptOutOfRange && has < description.settings.size()) {
     place.setting = place_at(description, has);
     place.note = count_note(description, has);
     return place;
+  }
+  if (error.number() == rt::kTypeMismatch) {
+    const auto checked = [&](const std::string& settings) {
+      return check_quietly(description.class_name, settings, std::string(title));
+    };
+    if (blame_unconvertible_field(description, setup, error, checked, place)) return place;
   }
   for (const SettingDescription& setting : description.settings)
     if (setting.guard.number == error.number()) {
@@ -288,27 +362,11 @@ ErrorPlace place_of_export_error(const ClassDescription& description, const Vari
   }
   const bool card_value_explains =
       read_place && !read_place->property.empty() && error.number() != rt::kSubscriptOutOfRange;
-  // A field that cannot be converted: the one whose cleaned-up value (without the
-  // blanks around it, else the form's design value) lets the export through.
   if (error.number() == rt::kTypeMismatch && !card_value_explains) {
-    for (std::size_t position = 0; position < fields.size(); ++position) {
-      std::vector<std::string> candidates;
-      const std::string& field = fields.at(position);
-      if (trimmed(field) != field) candidates.push_back(trimmed(field));
-      if (position < description.settings.size() &&
-          description.settings[position].design_value != field)
-        candidates.push_back(description.settings[position].design_value);
-      for (const std::string& candidate : candidates) {
-        const Outcome trial =
-            export_quietly(description.class_name, cards, with_field(setup, position, candidate),
-                           std::string(title));
-        if (trial.error && trial.error->number() == error.number()) continue;
-        place.setting = place_at(description, position);
-        place.note =
-            shown(field) + " cannot be converted as " + description.class_name + " reads the field";
-        return place;
-      }
-    }
+    const auto exported = [&](const std::string& settings) {
+      return export_quietly(description.class_name, cards, settings, std::string(title)).error;
+    };
+    if (blame_unconvertible_field(description, setup, error, exported, place)) return place;
   }
   place.card = std::move(read_place);
   if (place.card) {
@@ -389,7 +447,7 @@ std::vector<Finding> check_export(std::string_view class_name, const Variant& ca
   };
   if (outcome.error) {
     const ErrorPlace place = outcome.raised_by_check
-                                 ? place_of_check_error(description, setup, *outcome.error)
+                                 ? place_of_check_error(description, setup, title, *outcome.error)
                                  : place_of_export_error(description, cards, setup, title,
                                                          *outcome.error, outcome.read_place);
     // A missing field was named above already.

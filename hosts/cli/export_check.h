@@ -41,10 +41,12 @@ struct ErrorPlace {
   std::string note;  // why, for a settings position: "the string has 3 fields; ..."
 };
 
-// Where an error raised by the class's check method belongs: the position whose
-// error number it is, or the first position a string with too few fields lacks.
+// Where an error raised by the class's check method belongs: the first position a
+// string with too few fields lacks; for a type mismatch, the field that cannot be
+// converted (found by checking again with that field alone cleaned up); else the
+// position whose error number it is.
 ErrorPlace place_of_check_error(const ClassDescription& description, std::string_view setup,
-                                const Error& error);
+                                std::string_view title, const Error& error);
 
 // Where an error raised by Execute belongs. `read_place` is what card_being_read said
 // right after the error, before anything else read the cards. A settings string with

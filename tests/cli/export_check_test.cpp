@@ -261,6 +261,66 @@ TEST_F(ExportCheck, AGenericFieldThatCannotBeConvertedIsNamed) {
             "converted as Generic reads the field\n");
 }
 
+// PrimePay's check compares its pay codes as numbers: a field that is no number raises
+// 13 in the check itself, before any card is read. validate, export and --check name
+// the field, with a stray CR shown as "\r".
+TEST_F(ExportCheck, APayCodeTheCheckCannotConvertIsNamedByValidate) {
+  const Outcome cr = run({"validate", "PrimePay", "--setup", "4,02,20,23,24,25,28\r"});
+  EXPECT_EQ(cr.status, kExitErrors);
+  EXPECT_EQ(cr.out, "");
+  EXPECT_EQ(cr.err,
+            "zorvat: error 13 in zorvat.PrimePay.Validate: Type mismatch\n"
+            "zorvat: while reading settings position 6 (Other Pay Code): \"28\\r\" cannot be "
+            "converted as PrimePay reads the field\n");
+
+  const Outcome letter = run({"validate", "PrimePay", "--setup", "4,02,20,x,24,25,28", "--json"});
+  EXPECT_EQ(letter.status, kExitErrors);
+  const json error = json::parse(letter.out).at("error");
+  EXPECT_EQ(error.at("number"), 13);
+  EXPECT_EQ(error.at("source"), "zorvat.PrimePay.Validate");
+  EXPECT_EQ(error.at("setting"), setting_of(3, "Vacation Pay Code"));
+  EXPECT_EQ(error.at("note"), "\"x\" cannot be converted as PrimePay reads the field");
+  EXPECT_FALSE(error.contains("card"));
+}
+
+TEST_F(ExportCheck, APayCodeTheCheckCannotConvertIsNamedByExportAndCheck) {
+  const std::string path = cards_file(cards(3));
+  const std::string out = path_of("out.dat");
+  const std::string setup = "4,02,20,23,24, 25 ,28";
+  const std::string with_letter = "4,02,20,23,24,25,2B";
+
+  const Outcome exported =
+      run({"export", "PrimePay", "--cards", path, "--setup", with_letter, "--out", out});
+  EXPECT_EQ(exported.status, kExitErrors);
+  EXPECT_EQ(exported.err,
+            "zorvat: error 13 in zorvat.PrimePay.Validate: Type mismatch\n"
+            "zorvat: while reading settings position 6 (Other Pay Code): \"2B\" cannot be "
+            "converted as PrimePay reads the field\n");
+  EXPECT_FALSE(std::filesystem::exists(out));
+
+  const Outcome checked = check("PrimePay", path, with_letter);
+  EXPECT_EQ(checked.status, kExitErrors);
+  EXPECT_EQ(checked.err,
+            "zorvat: error 13 in zorvat.PrimePay.Validate: Type mismatch\n"
+            "zorvat: error: settings position 6 (Other Pay Code): the class's check refuses the "
+            "settings: error 13 in zorvat.PrimePay.Validate: Type mismatch (\"2B\" cannot be "
+            "converted as PrimePay reads the field)\n");
+
+  // Blanks around a number convert, as the classic conversion allows them.
+  EXPECT_EQ(check("PrimePay", path, setup).status, kExitOk);
+}
+
+TEST_F(ExportCheck, SeveralFieldsWithACrAreNamedFromTheFirst) {
+  // Each field with a CR raises 13 while another still does: the string with every field
+  // trimmed gets through, and the first of them is named.
+  const Outcome r = run({"validate", "PrimePay", "--setup", "4,02,20,23\r,24,25,28\r\n"});
+  EXPECT_EQ(r.status, kExitErrors);
+  EXPECT_EQ(r.err,
+            "zorvat: error 13 in zorvat.PrimePay.Validate: Type mismatch\n"
+            "zorvat: while reading settings position 3 (Vacation Pay Code): \"23\\r\" cannot be "
+            "converted as PrimePay reads the field\n");
+}
+
 // --- Warnings: a file is written, but a payroll system may misread it ------------------
 
 TEST_F(ExportCheck, IntuitPacNumbersWithTheSameLastFourDigitsAreOneEmployee) {
