@@ -132,8 +132,21 @@ class SimulatorServer {
   bool loaded() const { return module_ != nullptr; }
   bool register_server() const { return entry("DllRegisterServer") == S_OK; }
   bool unregister_server() const { return entry("DllUnregisterServer") == S_OK; }
+  // QBFCn's session manager under "QBFCn.QBSessionManager" (n from 1 to 16).
+  bool register_generation(int generation) const {
+    return generation_entry("RegisterSessionManager", generation) == S_OK;
+  }
+  bool unregister_generation(int generation) const {
+    return generation_entry("UnregisterSessionManager", generation) == S_OK;
+  }
 
  private:
+  HRESULT generation_entry(const char* name, int generation) const {
+    using Entry = HRESULT(STDAPICALLTYPE*)(int);
+    const auto function =
+        reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
+    return function != nullptr ? function(generation) : E_NOTIMPL;
+  }
   HRESULT entry(const char* name) const {
     using Entry = HRESULT(STDAPICALLTYPE*)();
     const auto function =
@@ -148,6 +161,32 @@ SimulatorServer& simulator_server() {
   static SimulatorServer server;
   return server;
 }
+
+constexpr int kNewestGeneration = 16;
+
+// While it lives, the prefix has exactly the session managers of these QBFC
+// generations registered (none for an empty list); afterwards QBFC2's alone, as the
+// other tests expect.
+class RegisteredSessionManagers {
+ public:
+  explicit RegisteredSessionManagers(std::initializer_list<int> generations) {
+    for (int generation = 1; generation <= kNewestGeneration; ++generation)
+      done_ = simulator_server().unregister_generation(generation) && done_;
+    for (const int generation : generations)
+      done_ = simulator_server().register_generation(generation) && done_;
+  }
+  ~RegisteredSessionManagers() {
+    for (int generation = 1; generation <= kNewestGeneration; ++generation)
+      simulator_server().unregister_generation(generation);
+    simulator_server().register_generation(2);
+  }
+  RegisteredSessionManagers(const RegisteredSessionManagers&) = delete;
+  RegisteredSessionManagers& operator=(const RegisteredSessionManagers&) = delete;
+  bool done() const { return done_; }
+
+ private:
+  bool done_ = true;
+};
 
 std::string joined(std::initializer_list<const char*> lines) {
   std::string text;
@@ -246,6 +285,12 @@ class QB2000Com : public ::testing::Test {
       EXPECT_NE(session_call.at("operation"), "BeginSession");
     }
   }
+  // The ProgIDs of the session managers created since the company was loaded.
+  json created_session_managers() const {
+    return json::parse(get(quickbooks_.Get(), L"CreatedSessionManagers").text());
+  }
+  // The company as it stands: its employees and time entries.
+  json company_now() const { return json::parse(get(quickbooks_.Get(), L"Company").text()); }
   std::vector<std::string> box_texts() const {
     std::vector<std::string> texts;
     for (const SeenBox& box : boxes_) texts.push_back(box.text);
@@ -648,6 +693,72 @@ TEST_F(QB2000Com, SaysTheSessionManagerIsThirtyTwoBitInTheSixtyFourBitDll) {
             "load. Export to QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
 }
 #endif
+
+// --- The newer QBFC generations and the order of the back ends ------------------------
+
+TEST_F(QB2000Com, TheNewerFakeRefusesTheCallShapesItsLibraryRefuses) {
+  const RegisteredSessionManagers only_qbfc13({13});
+  ASSERT_TRUE(only_qbfc13.done());
+  load_company(company());
+  HRESULT created = S_OK;
+  const ComPtr<IDispatch> manager = create_object(L"QBFC13.QBSessionManager", &created);
+  ASSERT_TRUE(manager) << std::hex << created;
+  ASSERT_EQ(call(manager.Get(), L"OpenConnection", DISPATCH_METHOD,
+                 {text_arg("Horalis"), text_arg("Horalis")})
+                .hr,
+            S_OK);
+  ASSERT_EQ(call(manager.Get(), L"BeginSession", DISPATCH_METHOD, {text_arg(""), long_arg(2)}).hr,
+            S_OK);
+  // The country code comes first: the version alone is one argument short.
+  EXPECT_EQ(
+      call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD, {short_arg(13), short_arg(0)})
+          .hr,
+      DISP_E_BADPARAMCOUNT);
+  auto refused_as_unsupported = [&](const std::string& country, short major) {
+    const CallResult set = call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD,
+                                {text_arg(country), short_arg(major), short_arg(0)});
+    EXPECT_TRUE(set.raised()) << country << " " << major;
+    EXPECT_EQ(set.number, -2147220445) << country << " " << major;
+    EXPECT_EQ(set.description,
+              "The version of QBXML that was requested is not supported or is unknown.");
+  };
+  refused_as_unsupported("US", 14);  // above QBFC13's own generation
+  refused_as_unsupported("CA", 13);  // another country's edition
+  refused_as_unsupported("", 5);     // no country before qbXML 6.0
+  EXPECT_EQ(call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD,
+                 {text_arg(""), short_arg(6), short_arg(0)})
+                .hr,
+            S_OK);
+
+  const CallResult set = call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD,
+                              {text_arg("US"), short_arg(13), short_arg(0)});
+  ASSERT_EQ(set.hr, S_OK);
+  const CallResult entry = call(object_of(set).Get(), L"AppendTimeTrackingAddRq",
+                                DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+  ASSERT_EQ(entry.hr, S_OK);
+  const ComPtr<IDispatch> duration =
+      object_of(call(object_of(entry).Get(), L"Duration", DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+  ASSERT_TRUE(duration);
+  // SetValue(hour, minute, second, isNegative): three arguments are one short.
+  EXPECT_EQ(
+      call(duration.Get(), L"SetValue", DISPATCH_METHOD, {short_arg(8), short_arg(0), short_arg(0)})
+          .hr,
+      DISP_E_BADPARAMCOUNT);
+  const CallResult signed_count =
+      call(duration.Get(), L"SetValue", DISPATCH_METHOD,
+           {short_arg(-8), short_arg(30), short_arg(0), bool_arg(false)});
+  ASSERT_TRUE(signed_count.raised());
+  EXPECT_EQ(signed_count.number, 380);
+  EXPECT_EQ(signed_count.description,
+            "Duration: the counts are -8, 30 and 0; a count takes no sign (the sign is the fourth "
+            "argument).");
+  EXPECT_EQ(call(duration.Get(), L"SetValue", DISPATCH_METHOD,
+                 {short_arg(8), short_arg(30), short_arg(0), bool_arg(true)})
+                .hr,
+            S_OK);
+  EXPECT_EQ(call(manager.Get(), L"EndSession", DISPATCH_METHOD).hr, S_OK);
+  EXPECT_EQ(call(manager.Get(), L"CloseConnection", DISPATCH_METHOD).hr, S_OK);
+}
 
 // --- The fake's strictness: what its type library's dispatcher refuses -----------------
 

@@ -1,0 +1,45 @@
+// A duration as a sign and counts without sign, the form the newer session managers'
+// time interval takes.
+#include <gtest/gtest.h>
+
+#include "zorvat/quickbooks/values.h"
+
+namespace zorvat::quickbooks {
+namespace {
+
+TEST(SignedInterval, IsNegativeAsAWholeWhenAnyCountIs) {
+  // -8 hours and 30 minutes is minus eight and a half hours, as "-PT8H30M0S".
+  EXPECT_EQ(signed_interval({-8, 30, 0}), (SignedTimeInterval{8, 30, 0, true}));
+  EXPECT_EQ(signed_interval({0, -30, 0}), (SignedTimeInterval{0, 30, 0, true}));
+  EXPECT_EQ(signed_interval({-1, -15, -5}), (SignedTimeInterval{1, 15, 5, true}));
+  EXPECT_EQ(signed_interval({8, 30, 0}), (SignedTimeInterval{8, 30, 0, false}));
+  EXPECT_EQ(signed_interval({0, 0, 0}), (SignedTimeInterval{0, 0, 0, false}));
+  EXPECT_EQ(signed_interval({-2147483647 - 1, 0, 0}),
+            (SignedTimeInterval{2147483648LL, 0, 0, true}));
+}
+
+TEST(SignedInterval, ReadsBackWithTheSignOnTheFirstCountThatIsNotZero) {
+  EXPECT_EQ(duration_of({8, 30, 0, true}), (Duration{-8, 30, 0}));
+  EXPECT_EQ(duration_of({0, 30, 0, true}), (Duration{0, -30, 0}));
+  EXPECT_EQ(duration_of({0, 0, 5, true}), (Duration{0, 0, -5}));
+  EXPECT_EQ(duration_of({0, 0, 0, true}), (Duration{0, 0, 0}));
+  EXPECT_EQ(duration_of({24, 0, 0, false}), (Duration{24, 0, 0}));
+}
+
+TEST(SignedInterval, RefusesASignedCountOrOneBeyond32Bits) {
+  EXPECT_EQ(duration_of({-8, 30, 0, false}), std::nullopt);
+  EXPECT_EQ(duration_of({8, -30, 0, true}), std::nullopt);
+  EXPECT_EQ(duration_of({2147483648LL, 0, 0, false}), std::nullopt);
+  EXPECT_EQ(duration_of({2147483647, 0, 0, true}), (Duration{-2147483647, 0, 0}));
+}
+
+TEST(SignedInterval, AgreesWithTheQbxmlText) {
+  for (const Duration duration : {Duration{-8, 30, 0}, Duration{0, -30, 0}, Duration{2, 30, 0}}) {
+    const SignedTimeInterval interval = signed_interval(duration);
+    EXPECT_EQ(duration_text(duration).starts_with("-"), interval.negative);
+    EXPECT_EQ(duration_of(interval), parse_duration_text(duration_text(duration)));
+  }
+}
+
+}  // namespace
+}  // namespace zorvat::quickbooks
