@@ -1,7 +1,8 @@
 // A duration as a sign and counts without sign, the form the newer session managers'
-// time interval takes.
+// time interval takes, and the order of the session back ends.
 #include <gtest/gtest.h>
 
+#include "zorvat/quickbooks/back_ends.h"
 #include "zorvat/quickbooks/values.h"
 
 namespace zorvat::quickbooks {
@@ -38,6 +39,24 @@ TEST(SignedInterval, AgreesWithTheQbxmlText) {
     const SignedTimeInterval interval = signed_interval(duration);
     EXPECT_EQ(duration_text(duration).starts_with("-"), interval.negative);
     EXPECT_EQ(duration_of(interval), parse_duration_text(duration_text(duration)));
+  }
+}
+
+TEST(SessionBackEnds, TryTheEarlyGenerationsFirstThenTheNewerOnesNewestFirst) {
+  EXPECT_EQ(session_back_end_names(),
+            "QBFC2.QBSessionManager, QBFC1.QBSessionManager, QBFC16.QBSessionManager, "
+            "QBFC15.QBSessionManager, QBFC14.QBSessionManager, QBFC13.QBSessionManager, "
+            "QBFC12.QBSessionManager, QBFC11.QBSessionManager, QBFC10.QBSessionManager, "
+            "QBFC9.QBSessionManager, QBFC8.QBSessionManager, QBFC7.QBSessionManager, "
+            "QBFC6.QBSessionManager, QBFC5.QBSessionManager, QBFC4.QBSessionManager, "
+            "QBFC3.QBSessionManager");
+  for (const SessionBackEnd& back_end : kSessionBackEnds) {
+    if (back_end.kind != BackEndKind::NewerQbfc) continue;
+    // QBFCn builds up to qbXML n.0.
+    const std::string expected =
+        "QBFC" + std::to_string(back_end.newest_built.major) + ".QBSessionManager";
+    EXPECT_EQ(back_end.prog_id, expected);
+    EXPECT_EQ(back_end.newest_built.minor, 0);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <mutex>
@@ -513,13 +514,19 @@ TEST_F(QB2000Com, LaunchesTheCompanyFilesProgramMinimisedWhenTheUserSaysYes) {
 }
 
 TEST_F(QB2000Com, RaisesActiveXCannotCreateWithoutASessionManager) {
-  ASSERT_TRUE(simulator_server().unregister_server());
-  const CallResult result = execute();
-  ASSERT_TRUE(simulator_server().register_server());
+  CallResult result;
+  {
+    const RegisteredSessionManagers none({});
+    ASSERT_TRUE(none.done());
+    result = execute();
+  }
   ASSERT_TRUE(result.raised()) << std::hex << result.hr;
   EXPECT_EQ(result.number, 429);
   EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
-  EXPECT_EQ(result.description, "ActiveX component can't create object");
+  EXPECT_EQ(result.description,
+            "ActiveX component can't create object: no QuickBooks session manager is "
+            "installed; install QuickBooks Desktop, or the QuickBooks SDK's QBFC runtime, to "
+            "export to QuickBooks.");
   EXPECT_TRUE(boxes_.empty());
 }
 
@@ -695,6 +702,177 @@ TEST_F(QB2000Com, SaysTheSessionManagerIsThirtyTwoBitInTheSixtyFourBitDll) {
 #endif
 
 // --- The newer QBFC generations and the order of the back ends ------------------------
+
+// The message sets as a newer generation's session manager records them, from the
+// record of the same export through QBFC2: created for `version`, and each duration
+// set as its counts without sign and whether it is negative (negative as a whole when
+// any count is).
+json as_newer_generation(json sets, const std::string& version) {
+  for (json& set : sets) {
+    set["version"] = version;
+    for (json& request : set.at("requests"))
+      for (json& field_call : request.at("set")) {
+        if (field_call.at(0) != "Duration") continue;
+        const json counts = field_call.at(1);
+        bool negative = false;
+        json unsigned_counts = json::array();
+        for (const json& count : counts) {
+          negative = negative || count.get<int>() < 0;
+          unsigned_counts.push_back(std::abs(count.get<int>()));
+        }
+        unsigned_counts.push_back(negative);
+        field_call[1] = unsigned_counts;
+      }
+  }
+  return sets;
+}
+
+TEST_F(QB2000Com, ANewerGenerationAloneSendsTheSampleAsQbfc2SendsIt) {
+  load_company(company());
+  const CallResult through_qbfc2 = execute();
+  ASSERT_EQ(through_qbfc2.hr, S_OK) << through_qbfc2.number << " " << through_qbfc2.description;
+  const json sets_through_qbfc2 = recorded_sets();
+  const json calls_through_qbfc2 = session_calls();
+  const json company_through_qbfc2 = company_now();
+  const std::vector<SeenBox> boxes_through_qbfc2 = boxes_;
+
+  const RegisteredSessionManagers only_qbfc13({13});
+  ASSERT_TRUE(only_qbfc13.done());
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  EXPECT_EQ(created_session_managers(), json::array({"QBFC13.QBSessionManager"}));
+  EXPECT_EQ(boxes_.size(), boxes_through_qbfc2.size());
+  // QuickBooks lists 1.0 and 1.1, both of which QBFC13 builds: the highest serves.
+  EXPECT_EQ(recorded_sets(), as_newer_generation(sets_through_qbfc2, "1.1"));
+  EXPECT_EQ(session_calls(), calls_through_qbfc2);
+  EXPECT_EQ(company_now(), company_through_qbfc2);
+  // The five day entries; the edit totals name "Jane,,Doe" and "John,Q,Smith", whom the
+  // company does not hold, and are refused on either path.
+  EXPECT_EQ(company_now().at("timeEntries").size(), 5u);
+}
+
+TEST_F(QB2000Com, ANewerGenerationAddsAMissingEmployeeAsQbfc2Does) {
+  json missing_smith = company();
+  missing_smith["employees"] = {"Doe, Jane"};
+  load_company(missing_smith);
+  ASSERT_EQ(execute(IDYES).hr, S_OK);
+  const json sets_through_qbfc2 = recorded_sets();
+  const json company_through_qbfc2 = company_now();
+
+  const RegisteredSessionManagers only_qbfc16({16});
+  ASSERT_TRUE(only_qbfc16.done());
+  load_company(missing_smith);
+  const CallResult result = execute(IDYES);
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  ASSERT_EQ(boxes_.size(), 1u);
+  EXPECT_EQ(boxes_[0].caption, "Add Missing Employees to QuickBooks and Continue with Export?");
+  EXPECT_EQ(recorded_sets(), as_newer_generation(sets_through_qbfc2, "1.1"));
+  EXPECT_EQ(company_now(), company_through_qbfc2);
+  EXPECT_EQ(company_now().at("employees"), json::array({"Doe, Jane", "John Q Smith"}));
+}
+
+TEST_F(QB2000Com, ANewerGenerationSendsANegativeDurationThroughTheSignArgument) {
+  // The edit total leaves 24:00, 24:00 and -8 hours with 30 minutes: minus eight and a
+  // half hours, which SetValue takes as 8, 30, 0 and negative.
+  // The company holds the edit totals' name, so that it takes the entries.
+  one_card("Jane", "", "Doe", 480, 2430);
+  json with_edit_name = company();
+  with_edit_name["employees"].push_back("Jane,,Doe");
+  load_company(with_edit_name);
+  ASSERT_EQ(execute().hr, S_OK);
+  const json company_through_qbfc2 = company_now();
+
+  const RegisteredSessionManagers only_qbfc13({13});
+  ASSERT_TRUE(only_qbfc13.done());
+  load_company(with_edit_name);
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  const json sent = recorded_sets();
+  ASSERT_EQ(sent.size(), 6u);
+  std::vector<json> durations;
+  for (std::size_t index = 3; index < 6; ++index)
+    durations.push_back(sent[index].at("requests").at(0).at("set").at(2));
+  EXPECT_EQ(durations, (std::vector<json>{json::parse(R"(["Duration", [24, 0, 0, false]])"),
+                                          json::parse(R"(["Duration", [24, 0, 0, false]])"),
+                                          json::parse(R"(["Duration", [8, 30, 0, true]])")}));
+  // QuickBooks takes the day and the two full days and refuses the negative interval,
+  // on either path.
+  const json entries = company_now().at("timeEntries");
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(entries[1].at("duration"), "PT24H0M0S");
+  EXPECT_EQ(entries[2].at("duration"), "PT24H0M0S");
+  EXPECT_EQ(company_now(), company_through_qbfc2);
+}
+
+TEST_F(QB2000Com, ANewerGenerationCreatesItsSetsWithTheHighestVersionItBuildsAndTheExportWrites) {
+  json newest = company();
+  newest["qbxml_versions"] = {"1.0", "2.0", "12.0", "13.0", "14.0", "16.0", "17.0"};
+  // QBFC13 builds up to 13.0; QBFC16 up to 16.0, and the export writes no further.
+  for (const auto& [generation, version] :
+       {std::pair{13, std::string("13.0")}, std::pair{16, std::string("16.0")}}) {
+    const RegisteredSessionManagers only({generation});
+    ASSERT_TRUE(only.done());
+    load_company(newest);
+    const CallResult result = execute();
+    ASSERT_EQ(result.hr, S_OK) << generation << ": " << result.number << " " << result.description;
+    EXPECT_TRUE(result.boolean()) << generation;
+    const json sent = recorded_sets();
+    ASSERT_EQ(sent.size(), 8u) << generation;
+    for (const json& set : sent) EXPECT_EQ(set.at("version"), version) << generation;
+    // From 6.0 on, "not billable" is BillableStatus bsNotBillable (1).
+    EXPECT_EQ(sent[2].at("requests").at(0).at("set").at(4), json::parse(R"(["BillableStatus", 1])"))
+        << generation;
+  }
+}
+
+TEST_F(QB2000Com, TheEarlyGenerationsServeBeforeANewerOne) {
+  struct Case {
+    std::initializer_list<int> registered;
+    const char* serves;
+    const char* version;
+  };
+  for (const Case& registered : {Case{{2, 13}, "QBFC2.QBSessionManager", "1.0"},
+                                 Case{{1, 13}, "QBFC1.QBSessionManager", "1.0"},
+                                 Case{{13, 16}, "QBFC16.QBSessionManager", "1.1"},
+                                 Case{{3, 14}, "QBFC14.QBSessionManager", "1.1"}}) {
+    const RegisteredSessionManagers prefix(registered.registered);
+    ASSERT_TRUE(prefix.done());
+    load_company(company());
+    const CallResult result = execute();
+    ASSERT_EQ(result.hr, S_OK) << registered.serves << ": " << result.description;
+    EXPECT_EQ(created_session_managers(), json::array({registered.serves}));
+    const json sent = recorded_sets();
+    ASSERT_EQ(sent.size(), 8u) << registered.serves;
+    EXPECT_EQ(sent[0].at("version"), registered.version) << registered.serves;
+  }
+}
+
+TEST_F(QB2000Com, ANewerGenerationWithoutTypeInformationIsRefusedClearly) {
+  const RegisteredSessionManagers only_qbfc13({13});
+  ASSERT_TRUE(only_qbfc13.done());
+  load_company(company());
+  ASSERT_EQ(
+      call(quickbooks_.Get(), L"HidesTypeInformation", DISPATCH_PROPERTYPUT, {bool_arg(true)}).hr,
+      S_OK);
+  const CallResult result = execute();
+  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+  EXPECT_EQ(result.number, 438);
+  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+  EXPECT_EQ(result.description,
+            "Object doesn't support this property or method: QuickBooks' session manager "
+            "QBFC13.QBSessionManager gives no type information for CreateMsgSetRequest, so this "
+            "export does not know how to call it");
+  // Nothing was sent, and the session was torn down.
+  EXPECT_TRUE(recorded_sets().empty());
+  const json calls = session_calls();
+  ASSERT_GE(calls.size(), 2u);
+  EXPECT_EQ(calls[calls.size() - 2].at("operation"), "EndSession");
+  EXPECT_EQ(calls[calls.size() - 1].at("operation"), "CloseConnection");
+}
 
 TEST_F(QB2000Com, TheNewerFakeRefusesTheCallShapesItsLibraryRefuses) {
   const RegisteredSessionManagers only_qbfc13({13});
