@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <mutex>
 #include <set>
@@ -667,37 +668,45 @@ TEST_F(QB2000Com, StopsBeforeSendingANameOverItsLimit) {
 // Only the 64-bit DLL has this case: the 32-bit one loads the 32-bit session manager.
 #ifdef _WIN64
 TEST_F(QB2000Com, SaysTheSessionManagerIsThirtyTwoBitInTheSixtyFourBitDll) {
-  // The SDK's installer registers its class for 32-bit processes only.
-  const wchar_t clsid[] = L"{0D3C2E6A-5B8F-4A3E-9C1D-7E2F4A6B8C90}";
-  const std::wstring class_key = std::wstring(L"Software\\Classes\\CLSID\\") + clsid;
-  HKEY key = nullptr;
-  ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), 0,
-                            nullptr, 0, KEY_WRITE | KEY_WOW64_32KEY, nullptr, &key, nullptr),
-            ERROR_SUCCESS);
-  const std::wstring library = L"C:\\Program Files (x86)\\Common Files\\Intuit\\QBFC1.dll";
-  RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(library.c_str()),
-                 static_cast<DWORD>((library.size() + 1) * sizeof(wchar_t)));
-  RegCloseKey(key);
-  ASSERT_EQ(RegSetValueW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager\\CLSID", REG_SZ, clsid, 0),
-            ERROR_SUCCESS);
-  ASSERT_TRUE(simulator_server().unregister_server());
+  // The SDK's installer registers its class for 32-bit processes only, whichever
+  // generation it is.
+  for (const std::wstring prog_id : {L"QBFC1.QBSessionManager", L"QBFC13.QBSessionManager"}) {
+    SCOPED_TRACE(to_utf8(prog_id));
+    const wchar_t clsid[] = L"{0D3C2E6A-5B8F-4A3E-9C1D-7E2F4A6B8C90}";
+    const std::wstring class_key = std::wstring(L"Software\\Classes\\CLSID\\") + clsid;
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), 0,
+                              nullptr, 0, KEY_WRITE | KEY_WOW64_32KEY, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    const std::wstring library = L"C:\\Program Files (x86)\\Common Files\\Intuit\\QBFC.dll";
+    RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(library.c_str()),
+                   static_cast<DWORD>((library.size() + 1) * sizeof(wchar_t)));
+    RegCloseKey(key);
+    CallResult result;
+    {
+      // No simulator registered, and the ProgID naming the 32-bit class.
+      const RegisteredSessionManagers none({});
+      ASSERT_TRUE(none.done());
+      ASSERT_EQ(RegSetValueW(HKEY_CLASSES_ROOT, (prog_id + L"\\CLSID").c_str(), REG_SZ, clsid, 0),
+                ERROR_SUCCESS);
+      export_ = create_object(L"zorvat.QB2000");
+      result = execute();
+      RegDeleteTreeW(HKEY_CLASSES_ROOT, prog_id.c_str());
+      RegDeleteKeyW(HKEY_CLASSES_ROOT, prog_id.c_str());
+    }
+    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), KEY_WOW64_32KEY,
+                    0);
+    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, class_key.c_str(), KEY_WOW64_32KEY, 0);
 
-  const CallResult result = execute();
-
-  ASSERT_TRUE(simulator_server().register_server());
-  RegDeleteTreeW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager");
-  RegDeleteKeyW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager");
-  RegDeleteKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), KEY_WOW64_32KEY,
-                  0);
-  RegDeleteKeyExW(HKEY_LOCAL_MACHINE, class_key.c_str(), KEY_WOW64_32KEY, 0);
-
-  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
-  EXPECT_EQ(result.number, 429);
-  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
-  EXPECT_EQ(result.description,
-            "ActiveX component can't create object: QuickBooks' session manager "
-            "QBFC1.QBSessionManager is a 32-bit library, which the 64-bit zorvat.dll cannot "
-            "load. Export to QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
+    ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+    EXPECT_EQ(result.number, 429);
+    EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+    EXPECT_EQ(result.description,
+              "ActiveX component can't create object: QuickBooks' session manager " +
+                  to_utf8(prog_id) +
+                  " is a 32-bit library, which the 64-bit zorvat.dll cannot load. Export to "
+                  "QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
+  }
 }
 #endif
 
@@ -816,6 +825,7 @@ TEST_F(QB2000Com, ANewerGenerationCreatesItsSetsWithTheHighestVersionItBuildsAnd
        {std::pair{13, std::string("13.0")}, std::pair{16, std::string("16.0")}}) {
     const RegisteredSessionManagers only({generation});
     ASSERT_TRUE(only.done());
+    export_ = create_object(L"zorvat.QB2000");
     load_company(newest);
     const CallResult result = execute();
     ASSERT_EQ(result.hr, S_OK) << generation << ": " << result.number << " " << result.description;
@@ -841,6 +851,7 @@ TEST_F(QB2000Com, TheEarlyGenerationsServeBeforeANewerOne) {
                                  Case{{3, 14}, "QBFC14.QBSessionManager", "1.1"}}) {
     const RegisteredSessionManagers prefix(registered.registered);
     ASSERT_TRUE(prefix.done());
+    export_ = create_object(L"zorvat.QB2000");
     load_company(company());
     const CallResult result = execute();
     ASSERT_EQ(result.hr, S_OK) << registered.serves << ": " << result.description;
@@ -1216,6 +1227,145 @@ TEST_F(QB2000Com, SendsAccentedNamesAsTheyAre) {
                          json::array({"LastName", "O’Neil"})}));
   EXPECT_EQ(sent_fields(sent, "EntityRef.FullName"),
             (std::vector<std::string>{"Peña, José", "Müller-Ñúñez, Renée", "O’Neil, Grace"}));
+}
+
+// --- The whole export through a newer generation, against QBFC2's ------------------
+
+// One way an export can go: what is changed in the company and the cards, how the
+// user answers, and the version a newer generation creates its message sets with.
+struct Scenario {
+  const char* name;
+  std::function<void(json& company)> change;  // may change the cards too
+  int answer;
+  const char* newer_version;
+  bool versions_by_reference = false;
+};
+
+// Everything an export left behind that a back end could change.
+struct Outcome {
+  HRESULT hr = S_OK;
+  bool returned = false;
+  long number = 0;
+  std::string source;
+  std::string description;
+  std::vector<std::string> boxes;  // caption and text of each
+  json sets;
+  json calls;
+  json company;
+  json created;  // the session managers' ProgIDs
+};
+
+TEST_F(QB2000Com, EveryScenarioGoesThroughANewerGenerationAsThroughQbfc2) {
+  const json model = small_pay_period().at("cards").at("cards").at(0);
+  const std::vector<Scenario> scenarios = {
+      {"the sample", [](json&) {}, IDYES, "1.1"},
+      {"a session offering 1.1 first",
+       [](json& company) {
+         company["qbxml_versions"] = {"1.1", "1.0"};
+       },
+       IDYES, "1.1"},
+      {"a session offering 13.0",
+       [](json& company) {
+         company["qbxml_versions"] = {"13.0", "1.0"};
+       },
+       IDYES, "13.0"},
+      {"versions handed out by reference", [](json&) {}, IDYES, "1.1", true},
+      {"a Canadian version", [](json& company) { company["qbxml_versions"] = {"CA3.0"}; }, IDYES,
+       "CA3.0"},
+      {"a missing employee added", [](json& company) { company["employees"] = {"Doe, Jane"}; },
+       IDYES, "1.1"},
+      {"a missing employee not added", [](json& company) { company["employees"] = {"Doe, Jane"}; },
+       IDNO, "1.1"},
+      {"a missing payroll item",
+       [](json& company) {
+         company["payroll_items"] = {"Regular Hourly Rate",          "Overtime Hourly Rate",
+                                     "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
+                                     "Holiday Hourly Rate",          "Sick Hourly Rate"};
+       },
+       IDYES, "1.1"},
+      {"access denied",
+       [](json& company) {
+         company["begin_session_failure"] = {
+             {"number", -2147220448}, {"description", "The QuickBooks user has denied access."}};
+       },
+       IDYES, "1.1"},
+      {"QuickBooks not started",
+       [](json& company) {
+         company["begin_session_failure"] = {{"number", -2147220472},
+                                             {"description", "Could not start QuickBooks."}};
+       },
+       IDNO, "1.1"},
+      {"time tracking off", [](json& company) { company["time_tracking"] = false; }, IDYES, "1.1"},
+      {"an edit total over 48 hours",
+       [this](json& company) {
+         one_card("Jane", "", "Doe", 480, 2430);
+         company["employees"].push_back("Jane,,Doe");
+       },
+       IDYES, "1.1"},
+      {"markup characters",
+       [this](json& company) {
+         one_card("", "", "O'Hara & \"Sons\" <Ltd>", 60);
+         company["employees"] = {"O'Hara & \"Sons\" <Ltd>"};
+       },
+       IDYES, "1.1"},
+      {"accented names",
+       [this, &model](json& company) {
+         period_["cards"]["cards"] =
+             json::array({card_on(model, "José", "Peña", {"2004-03-01"}),
+                          card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
+                          card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
+         company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
+       },
+       IDYES, "1.1"},
+  };
+
+  auto run = [&](const Scenario& scenario) {
+    // A new export object: the one before may still hold the session manager it used.
+    export_ = create_object(L"zorvat.QB2000");
+    EXPECT_TRUE(export_);
+    period_ = small_pay_period();
+    json changed = company();
+    scenario.change(changed);
+    load_company(changed);
+    if (scenario.versions_by_reference) {
+      EXPECT_EQ(
+          call(quickbooks_.Get(), L"VersionsByReference", DISPATCH_PROPERTYPUT, {bool_arg(true)})
+              .hr,
+          S_OK);
+    }
+    const CallResult result = execute(scenario.answer);
+    Outcome outcome{
+        result.hr, result.boolean(), result.number,   result.source, result.description,
+        {},        recorded_sets(),  session_calls(), company_now(), created_session_managers()};
+    for (const SeenBox& box : boxes_) outcome.boxes.push_back(box.caption + ": " + box.text);
+    return outcome;
+  };
+
+  for (const Scenario& scenario : scenarios) {
+    SCOPED_TRACE(scenario.name);
+    const Outcome through_qbfc2 = run(scenario);
+    Outcome through_qbfc13;
+    {
+      const RegisteredSessionManagers only_qbfc13({13});
+      ASSERT_TRUE(only_qbfc13.done());
+      through_qbfc13 = run(scenario);
+    }
+    // Created as often, each time QBFC13's.
+    ASSERT_FALSE(through_qbfc2.created.empty());
+    EXPECT_EQ(through_qbfc2.created,
+              json(through_qbfc2.created.size(), json("QBFC2.QBSessionManager")));
+    EXPECT_EQ(through_qbfc13.created,
+              json(through_qbfc2.created.size(), json("QBFC13.QBSessionManager")));
+    EXPECT_EQ(through_qbfc13.hr, through_qbfc2.hr);
+    EXPECT_EQ(through_qbfc13.returned, through_qbfc2.returned);
+    EXPECT_EQ(through_qbfc13.number, through_qbfc2.number);
+    EXPECT_EQ(through_qbfc13.source, through_qbfc2.source);
+    EXPECT_EQ(through_qbfc13.description, through_qbfc2.description);
+    EXPECT_EQ(through_qbfc13.boxes, through_qbfc2.boxes);
+    EXPECT_EQ(through_qbfc13.sets, as_newer_generation(through_qbfc2.sets, scenario.newer_version));
+    EXPECT_EQ(through_qbfc13.calls, through_qbfc2.calls);
+    EXPECT_EQ(through_qbfc13.company, through_qbfc2.company);
+  }
 }
 
 }  // namespace
