@@ -598,10 +598,13 @@ std::unique_ptr<SessionManager> QbfcSessionManagerFactory::create() {
     ComPtr<IDispatch> manager;
     if (SUCCEEDED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
                                    IID_PPV_ARGS(&manager)))) {
-      if (back_end.kind == BackEndKind::EarlyQbfc)
-        return std::make_unique<QbfcSessionManager>(std::move(manager));
-      return std::make_unique<QbfcSessionManager>(std::move(manager), prog_id,
-                                                  back_end.newest_built);
+      switch (back_end.kind) {
+        case BackEndKind::EarlyQbfc:
+          return std::make_unique<QbfcSessionManager>(std::move(manager));
+        case BackEndKind::NewerQbfc:
+          return std::make_unique<QbfcSessionManager>(std::move(manager), prog_id,
+                                                      back_end.newest_built);
+      }
     }
 #ifdef _WIN64
     if (!thirty_two_bit && registered_for_32_bit_only(clsid)) thirty_two_bit = prog_id;

@@ -23,7 +23,8 @@ enum class BackEndKind {
   // A newer session manager, called in the shapes its own type information gives;
   // it creates message sets up to `newest_built`.
   NewerQbfc,
-  // The request processor back end follows the QBFC generations here, last.
+  // The qbXML request processor ("QBXMLRP2.RequestProcessor") takes a kind of its
+  // own and the last entry of the list, after every QBFC generation.
 };
 
 struct SessionBackEnd {
@@ -49,6 +50,7 @@ inline constexpr std::array<SessionBackEnd, 16> kSessionBackEnds{{
     {"QBFC5.QBSessionManager", BackEndKind::NewerQbfc, {5, 0}},
     {"QBFC4.QBSessionManager", BackEndKind::NewerQbfc, {4, 0}},
     {"QBFC3.QBSessionManager", BackEndKind::NewerQbfc, {3, 0}},
+    // The request processor's entry comes here.
 }};
 
 // The ProgIDs in order, joined with ", ": what the class's description names.
