@@ -3,16 +3,19 @@
 // regular item are not checked.
 #include "qb2000/qb2000.h"
 #include "qb2000/qb2000_form.h"
+#include "zorvat/quickbooks/back_ends.h"
 
 namespace zorvat::formats {
 
 ClassDescription QB2000::describe() {
   constexpr const char* kItem = "QuickBooks payroll item name, at most 31 characters";
   auto by_position = [](long position) { return SettingGuard{position, {}}; };
-  return describe_settings(
-      QB2000Form(),
+  const std::string writes =
       "no file: time entries sent into a QuickBooks company file, after checking its payroll "
-      "items and employees",
+      "items and employees, through the first of these that is installed: " +
+      quickbooks::session_back_end_names();
+  return describe_settings(
+      QB2000Form(), writes,
       {
           {"Company File", "path of the QuickBooks company file (.QBW)", {}, true},
           {"Regular Payroll Item", "QuickBooks payroll item name (not checked)"},

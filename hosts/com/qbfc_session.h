@@ -8,11 +8,16 @@
 // DISPATCH_PROPERTYPUT; arrays come back as SAFEARRAYs, by value or by reference, read
 // with the SafeArray API; objects may come back by reference too.
 //
-// The session manager is created by ProgID. The export speaks qbXML 1.x and creates
-// its message sets with CreateMsgSetRequest(major, minor), the argument list of the
-// SDK's session managers of that era; the later ones take a country first and are
-// not tried. The default list, newest first, is "QBFC2.QBSessionManager" then
-// "QBFC1.QBSessionManager".
+// The session manager is created by ProgID, in the order of quickbooks/back_ends.h:
+// first the SDK's session managers of the qbXML 1.x era, called with
+// CreateMsgSetRequest(major, minor) and SetValue(hours, minutes, seconds) exactly as
+// always, then the newer generations, newest first. A newer session manager is called
+// in the shapes its own type information gives (IDispatch::GetTypeInfo: the
+// parameters of CreateMsgSetRequest on the manager and of SetValue on a time entry's
+// Duration): a country code "US" before the version when it takes one, and a
+// duration's sign as SetValue's fourth argument with the counts without sign when it
+// takes that. It creates message sets of the highest version QuickBooks lists that it
+// builds and the export writes (quickbooks::versions_for_back_end).
 #pragma once
 
 #include <memory>
@@ -21,12 +26,22 @@
 
 #include "raii.h"
 #include "zorvat/quickbooks/session.h"
+#include "zorvat/quickbooks/versions.h"
 
 namespace zorvat::com {
 
+// How a newer generation's members are called, read from its type information once.
+struct NewerQbfcShapes;
+
 class QbfcSessionManager final : public quickbooks::SessionManager {
  public:
-  explicit QbfcSessionManager(ComPtr<IDispatch> manager) : manager_(std::move(manager)) {}
+  // A session manager of the qbXML 1.x era.
+  explicit QbfcSessionManager(ComPtr<IDispatch> manager);
+  // A newer generation's, created from `prog_id`, building message sets up to
+  // `newest_built`.
+  QbfcSessionManager(ComPtr<IDispatch> manager, std::wstring prog_id,
+                     quickbooks::QbxmlVersionNumber newest_built);
+  ~QbfcSessionManager() override;
 
   void OpenConnection(std::string_view app_id, std::string_view app_name) override;
   void BeginSession(std::string_view company_file, quickbooks::OpenMode mode) override;
@@ -37,24 +52,18 @@ class QbfcSessionManager final : public quickbooks::SessionManager {
 
  private:
   ComPtr<IDispatch> manager_;
+  std::unique_ptr<NewerQbfcShapes> newer_;  // null for the early generations
 };
 
 class QbfcSessionManagerFactory final : public quickbooks::SessionManagerFactory {
  public:
-  // The session managers' ProgIDs to try, in order.
-  explicit QbfcSessionManagerFactory(std::vector<std::wstring> prog_ids = default_prog_ids())
-      : prog_ids_(std::move(prog_ids)) {}
-
-  static std::vector<std::wstring> default_prog_ids();
-
-  // The first ProgID that creates an object wins; when none does, raises 429
-  // "ActiveX component can't create object". In the 64-bit DLL, a session manager
-  // registered for 32-bit processes only (as the SDK's is in most releases) raises 429
-  // with a description saying so: QuickBooks needs the 32-bit host.
+  // The back ends of quickbooks::kSessionBackEnds, tried in their order: the first
+  // whose object can be created serves. When none can, raises 429 "ActiveX component
+  // can't create object" with a sentence saying what to install. In the 64-bit DLL,
+  // a session manager registered for 32-bit processes only (as the SDK's is in most
+  // releases) raises 429 with a description saying so: QuickBooks needs the 32-bit
+  // host.
   std::unique_ptr<quickbooks::SessionManager> create() override;
-
- private:
-  std::vector<std::wstring> prog_ids_;
 };
 
 // The factory of the objects this server creates.

@@ -21,6 +21,10 @@ ComFailure invalid_ticket() {
 ComFailure denied_access() {
   return {kDeniedAccess, "The QuickBooks user has denied access."};
 }
+ComFailure unsupported_version() {
+  return {kUnsupportedVersion,
+          "The version of QBXML that was requested is not supported or is unknown."};
+}
 ComFailure unexpected(std::string_view what) {
   return {kUnexpected, "Unexpected error: " + std::string(what)};
 }

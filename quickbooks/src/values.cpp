@@ -21,13 +21,9 @@ bool read_count(std::string_view& text, char unit, std::int32_t& count) {
 }  // namespace
 
 std::string duration_text(const Duration& duration) {
-  const bool negative = duration.hours < 0 || duration.minutes < 0 || duration.seconds < 0;
-  // Magnitudes in 64 bits: the most negative count has no 32-bit magnitude.
-  const auto magnitude = [](std::int32_t count) {
-    return std::to_string(count < 0 ? -static_cast<std::int64_t>(count) : count);
-  };
-  return std::string(negative ? "-" : "") + "PT" + magnitude(duration.hours) + "H" +
-         magnitude(duration.minutes) + "M" + magnitude(duration.seconds) + "S";
+  const SignedTimeInterval interval = signed_interval(duration);
+  return std::string(interval.negative ? "-" : "") + "PT" + std::to_string(interval.hours) + "H" +
+         std::to_string(interval.minutes) + "M" + std::to_string(interval.seconds) + "S";
 }
 
 std::optional<Duration> parse_duration_text(std::string_view text) {
@@ -35,18 +31,12 @@ std::optional<Duration> parse_duration_text(std::string_view text) {
   if (negative) text.remove_prefix(1);
   if (!text.starts_with("PT")) return std::nullopt;
   text.remove_prefix(2);
-  Duration duration;
-  if (!read_count(text, 'H', duration.hours) || !read_count(text, 'M', duration.minutes) ||
-      !read_count(text, 'S', duration.seconds) || !text.empty()) {
+  Duration counts;
+  if (!read_count(text, 'H', counts.hours) || !read_count(text, 'M', counts.minutes) ||
+      !read_count(text, 'S', counts.seconds) || !text.empty()) {
     return std::nullopt;
   }
-  if (negative) {
-    std::int32_t& signed_count = duration.hours != 0     ? duration.hours
-                                 : duration.minutes != 0 ? duration.minutes
-                                                         : duration.seconds;
-    signed_count = -signed_count;
-  }
-  return duration;
+  return duration_of({counts.hours, counts.minutes, counts.seconds, negative});
 }
 
 std::string txn_date_text(const Date& date) {

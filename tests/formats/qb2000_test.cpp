@@ -516,5 +516,19 @@ TEST_F(QB2000ExecuteTest, AVersionWithoutAMinorPartRaises9) {
                         "CloseConnection"}));
 }
 
+TEST(QB2000Description, NamesTheSessionBackEndsInTheOrderTheyAreTried) {
+  scripted::Host host;
+  const ClassDescription description = QB2000(host.context()).describe();
+  EXPECT_EQ(description.writes,
+            "no file: time entries sent into a QuickBooks company file, after checking its "
+            "payroll items and employees, through the first of these that is installed: "
+            "QBFC2.QBSessionManager, QBFC1.QBSessionManager, QBFC16.QBSessionManager, "
+            "QBFC15.QBSessionManager, QBFC14.QBSessionManager, QBFC13.QBSessionManager, "
+            "QBFC12.QBSessionManager, QBFC11.QBSessionManager, QBFC10.QBSessionManager, "
+            "QBFC9.QBSessionManager, QBFC8.QBSessionManager, QBFC7.QBSessionManager, "
+            "QBFC6.QBSessionManager, QBFC5.QBSessionManager, QBFC4.QBSessionManager, "
+            "QBFC3.QBSessionManager");
+}
+
 }  // namespace
 }  // namespace zorvat::formats::qb2000_test

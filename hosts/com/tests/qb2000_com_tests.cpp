@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <mutex>
 #include <set>
@@ -132,8 +134,21 @@ class SimulatorServer {
   bool loaded() const { return module_ != nullptr; }
   bool register_server() const { return entry("DllRegisterServer") == S_OK; }
   bool unregister_server() const { return entry("DllUnregisterServer") == S_OK; }
+  // QBFCn's session manager under "QBFCn.QBSessionManager" (n from 1 to 16).
+  bool register_generation(int generation) const {
+    return generation_entry("RegisterSessionManager", generation) == S_OK;
+  }
+  bool unregister_generation(int generation) const {
+    return generation_entry("UnregisterSessionManager", generation) == S_OK;
+  }
 
  private:
+  HRESULT generation_entry(const char* name, int generation) const {
+    using Entry = HRESULT(STDAPICALLTYPE*)(int);
+    const auto function =
+        reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
+    return function != nullptr ? function(generation) : E_NOTIMPL;
+  }
   HRESULT entry(const char* name) const {
     using Entry = HRESULT(STDAPICALLTYPE*)();
     const auto function =
@@ -148,6 +163,32 @@ SimulatorServer& simulator_server() {
   static SimulatorServer server;
   return server;
 }
+
+constexpr int kNewestGeneration = 16;
+
+// While it lives, the prefix has exactly the session managers of these QBFC
+// generations registered (none for an empty list); afterwards QBFC2's alone, as the
+// other tests expect.
+class RegisteredSessionManagers {
+ public:
+  explicit RegisteredSessionManagers(std::initializer_list<int> generations) {
+    for (int generation = 1; generation <= kNewestGeneration; ++generation)
+      done_ = simulator_server().unregister_generation(generation) && done_;
+    for (const int generation : generations)
+      done_ = simulator_server().register_generation(generation) && done_;
+  }
+  ~RegisteredSessionManagers() {
+    for (int generation = 1; generation <= kNewestGeneration; ++generation)
+      simulator_server().unregister_generation(generation);
+    simulator_server().register_generation(2);
+  }
+  RegisteredSessionManagers(const RegisteredSessionManagers&) = delete;
+  RegisteredSessionManagers& operator=(const RegisteredSessionManagers&) = delete;
+  bool done() const { return done_; }
+
+ private:
+  bool done_ = true;
+};
 
 std::string joined(std::initializer_list<const char*> lines) {
   std::string text;
@@ -246,6 +287,12 @@ class QB2000Com : public ::testing::Test {
       EXPECT_NE(session_call.at("operation"), "BeginSession");
     }
   }
+  // The ProgIDs of the session managers created since the company was loaded.
+  json created_session_managers() const {
+    return json::parse(get(quickbooks_.Get(), L"CreatedSessionManagers").text());
+  }
+  // The company as it stands: its employees and time entries.
+  json company_now() const { return json::parse(get(quickbooks_.Get(), L"Company").text()); }
   std::vector<std::string> box_texts() const {
     std::vector<std::string> texts;
     for (const SeenBox& box : boxes_) texts.push_back(box.text);
@@ -468,13 +515,19 @@ TEST_F(QB2000Com, LaunchesTheCompanyFilesProgramMinimisedWhenTheUserSaysYes) {
 }
 
 TEST_F(QB2000Com, RaisesActiveXCannotCreateWithoutASessionManager) {
-  ASSERT_TRUE(simulator_server().unregister_server());
-  const CallResult result = execute();
-  ASSERT_TRUE(simulator_server().register_server());
+  CallResult result;
+  {
+    const RegisteredSessionManagers none({});
+    ASSERT_TRUE(none.done());
+    result = execute();
+  }
   ASSERT_TRUE(result.raised()) << std::hex << result.hr;
   EXPECT_EQ(result.number, 429);
   EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
-  EXPECT_EQ(result.description, "ActiveX component can't create object");
+  EXPECT_EQ(result.description,
+            "ActiveX component can't create object: no QuickBooks session manager is "
+            "installed; install QuickBooks Desktop, or the QuickBooks SDK's QBFC runtime, to "
+            "export to QuickBooks.");
   EXPECT_TRUE(boxes_.empty());
 }
 
@@ -615,39 +668,286 @@ TEST_F(QB2000Com, StopsBeforeSendingANameOverItsLimit) {
 // Only the 64-bit DLL has this case: the 32-bit one loads the 32-bit session manager.
 #ifdef _WIN64
 TEST_F(QB2000Com, SaysTheSessionManagerIsThirtyTwoBitInTheSixtyFourBitDll) {
-  // The SDK's installer registers its class for 32-bit processes only.
-  const wchar_t clsid[] = L"{0D3C2E6A-5B8F-4A3E-9C1D-7E2F4A6B8C90}";
-  const std::wstring class_key = std::wstring(L"Software\\Classes\\CLSID\\") + clsid;
-  HKEY key = nullptr;
-  ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), 0,
-                            nullptr, 0, KEY_WRITE | KEY_WOW64_32KEY, nullptr, &key, nullptr),
-            ERROR_SUCCESS);
-  const std::wstring library = L"C:\\Program Files (x86)\\Common Files\\Intuit\\QBFC1.dll";
-  RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(library.c_str()),
-                 static_cast<DWORD>((library.size() + 1) * sizeof(wchar_t)));
-  RegCloseKey(key);
-  ASSERT_EQ(RegSetValueW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager\\CLSID", REG_SZ, clsid, 0),
-            ERROR_SUCCESS);
-  ASSERT_TRUE(simulator_server().unregister_server());
+  // The SDK's installer registers its class for 32-bit processes only, whichever
+  // generation it is.
+  for (const std::wstring prog_id : {L"QBFC1.QBSessionManager", L"QBFC13.QBSessionManager"}) {
+    SCOPED_TRACE(to_utf8(prog_id));
+    const wchar_t clsid[] = L"{0D3C2E6A-5B8F-4A3E-9C1D-7E2F4A6B8C90}";
+    const std::wstring class_key = std::wstring(L"Software\\Classes\\CLSID\\") + clsid;
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), 0,
+                              nullptr, 0, KEY_WRITE | KEY_WOW64_32KEY, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    const std::wstring library = L"C:\\Program Files (x86)\\Common Files\\Intuit\\QBFC.dll";
+    RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(library.c_str()),
+                   static_cast<DWORD>((library.size() + 1) * sizeof(wchar_t)));
+    RegCloseKey(key);
+    CallResult result;
+    {
+      // No simulator registered, and the ProgID naming the 32-bit class.
+      const RegisteredSessionManagers none({});
+      ASSERT_TRUE(none.done());
+      ASSERT_EQ(RegSetValueW(HKEY_CLASSES_ROOT, (prog_id + L"\\CLSID").c_str(), REG_SZ, clsid, 0),
+                ERROR_SUCCESS);
+      export_ = create_object(L"zorvat.QB2000");
+      result = execute();
+      RegDeleteTreeW(HKEY_CLASSES_ROOT, prog_id.c_str());
+      RegDeleteKeyW(HKEY_CLASSES_ROOT, prog_id.c_str());
+    }
+    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), KEY_WOW64_32KEY,
+                    0);
+    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, class_key.c_str(), KEY_WOW64_32KEY, 0);
 
-  const CallResult result = execute();
-
-  ASSERT_TRUE(simulator_server().register_server());
-  RegDeleteTreeW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager");
-  RegDeleteKeyW(HKEY_CLASSES_ROOT, L"QBFC1.QBSessionManager");
-  RegDeleteKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), KEY_WOW64_32KEY,
-                  0);
-  RegDeleteKeyExW(HKEY_LOCAL_MACHINE, class_key.c_str(), KEY_WOW64_32KEY, 0);
-
-  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
-  EXPECT_EQ(result.number, 429);
-  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
-  EXPECT_EQ(result.description,
-            "ActiveX component can't create object: QuickBooks' session manager "
-            "QBFC1.QBSessionManager is a 32-bit library, which the 64-bit zorvat.dll cannot "
-            "load. Export to QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
+    ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+    EXPECT_EQ(result.number, 429);
+    EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+    EXPECT_EQ(result.description,
+              "ActiveX component can't create object: QuickBooks' session manager " +
+                  to_utf8(prog_id) +
+                  " is a 32-bit library, which the 64-bit zorvat.dll cannot load. Export to "
+                  "QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
+  }
 }
 #endif
+
+// --- The newer QBFC generations and the order of the back ends ------------------------
+
+// The message sets as a newer generation's session manager records them, from the
+// record of the same export through QBFC2: created for `version`, and each duration
+// set as its counts without sign and whether it is negative (negative as a whole when
+// any count is).
+json as_newer_generation(json sets, const std::string& version) {
+  for (json& set : sets) {
+    set["version"] = version;
+    for (json& request : set.at("requests"))
+      for (json& field_call : request.at("set")) {
+        if (field_call.at(0) != "Duration") continue;
+        const json counts = field_call.at(1);
+        bool negative = false;
+        json unsigned_counts = json::array();
+        for (const json& count : counts) {
+          negative = negative || count.get<int>() < 0;
+          unsigned_counts.push_back(std::abs(count.get<int>()));
+        }
+        unsigned_counts.push_back(negative);
+        field_call[1] = unsigned_counts;
+      }
+  }
+  return sets;
+}
+
+TEST_F(QB2000Com, ANewerGenerationAloneSendsTheSampleAsQbfc2SendsIt) {
+  load_company(company());
+  const CallResult through_qbfc2 = execute();
+  ASSERT_EQ(through_qbfc2.hr, S_OK) << through_qbfc2.number << " " << through_qbfc2.description;
+  const json sets_through_qbfc2 = recorded_sets();
+  const json calls_through_qbfc2 = session_calls();
+  const json company_through_qbfc2 = company_now();
+  const std::vector<SeenBox> boxes_through_qbfc2 = boxes_;
+
+  const RegisteredSessionManagers only_qbfc13({13});
+  ASSERT_TRUE(only_qbfc13.done());
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  EXPECT_EQ(created_session_managers(), json::array({"QBFC13.QBSessionManager"}));
+  EXPECT_EQ(boxes_.size(), boxes_through_qbfc2.size());
+  // QuickBooks lists 1.0 and 1.1, both of which QBFC13 builds: the highest serves.
+  EXPECT_EQ(recorded_sets(), as_newer_generation(sets_through_qbfc2, "1.1"));
+  EXPECT_EQ(session_calls(), calls_through_qbfc2);
+  EXPECT_EQ(company_now(), company_through_qbfc2);
+  // The five day entries; the edit totals name "Jane,,Doe" and "John,Q,Smith", whom the
+  // company does not hold, and are refused on either path.
+  EXPECT_EQ(company_now().at("timeEntries").size(), 5u);
+}
+
+TEST_F(QB2000Com, ANewerGenerationAddsAMissingEmployeeAsQbfc2Does) {
+  json missing_smith = company();
+  missing_smith["employees"] = {"Doe, Jane"};
+  load_company(missing_smith);
+  ASSERT_EQ(execute(IDYES).hr, S_OK);
+  const json sets_through_qbfc2 = recorded_sets();
+  const json company_through_qbfc2 = company_now();
+
+  const RegisteredSessionManagers only_qbfc16({16});
+  ASSERT_TRUE(only_qbfc16.done());
+  load_company(missing_smith);
+  const CallResult result = execute(IDYES);
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  ASSERT_EQ(boxes_.size(), 1u);
+  EXPECT_EQ(boxes_[0].caption, "Add Missing Employees to QuickBooks and Continue with Export?");
+  EXPECT_EQ(recorded_sets(), as_newer_generation(sets_through_qbfc2, "1.1"));
+  EXPECT_EQ(company_now(), company_through_qbfc2);
+  EXPECT_EQ(company_now().at("employees"), json::array({"Doe, Jane", "John Q Smith"}));
+}
+
+TEST_F(QB2000Com, ANewerGenerationSendsANegativeDurationThroughTheSignArgument) {
+  // The edit total leaves 24:00, 24:00 and -8 hours with 30 minutes: minus eight and a
+  // half hours, which SetValue takes as 8, 30, 0 and negative.
+  // The company holds the edit totals' name, so that it takes the entries.
+  one_card("Jane", "", "Doe", 480, 2430);
+  json with_edit_name = company();
+  with_edit_name["employees"].push_back("Jane,,Doe");
+  load_company(with_edit_name);
+  ASSERT_EQ(execute().hr, S_OK);
+  const json company_through_qbfc2 = company_now();
+
+  const RegisteredSessionManagers only_qbfc13({13});
+  ASSERT_TRUE(only_qbfc13.done());
+  load_company(with_edit_name);
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  const json sent = recorded_sets();
+  ASSERT_EQ(sent.size(), 6u);
+  std::vector<json> durations;
+  for (std::size_t index = 3; index < 6; ++index)
+    durations.push_back(sent[index].at("requests").at(0).at("set").at(2));
+  EXPECT_EQ(durations, (std::vector<json>{json::parse(R"(["Duration", [24, 0, 0, false]])"),
+                                          json::parse(R"(["Duration", [24, 0, 0, false]])"),
+                                          json::parse(R"(["Duration", [8, 30, 0, true]])")}));
+  // QuickBooks takes the day and the two full days and refuses the negative interval,
+  // on either path.
+  const json entries = company_now().at("timeEntries");
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(entries[1].at("duration"), "PT24H0M0S");
+  EXPECT_EQ(entries[2].at("duration"), "PT24H0M0S");
+  EXPECT_EQ(company_now(), company_through_qbfc2);
+}
+
+TEST_F(QB2000Com, ANewerGenerationCreatesItsSetsWithTheHighestVersionItBuildsAndTheExportWrites) {
+  json newest = company();
+  newest["qbxml_versions"] = {"1.0", "2.0", "12.0", "13.0", "14.0", "16.0", "17.0"};
+  // QBFC13 builds up to 13.0; QBFC16 up to 16.0, and the export writes no further.
+  for (const auto& [generation, version] :
+       {std::pair{13, std::string("13.0")}, std::pair{16, std::string("16.0")}}) {
+    const RegisteredSessionManagers only({generation});
+    ASSERT_TRUE(only.done());
+    export_ = create_object(L"zorvat.QB2000");
+    load_company(newest);
+    const CallResult result = execute();
+    ASSERT_EQ(result.hr, S_OK) << generation << ": " << result.number << " " << result.description;
+    EXPECT_TRUE(result.boolean()) << generation;
+    const json sent = recorded_sets();
+    ASSERT_EQ(sent.size(), 8u) << generation;
+    for (const json& set : sent) EXPECT_EQ(set.at("version"), version) << generation;
+    // From 6.0 on, "not billable" is BillableStatus bsNotBillable (1).
+    EXPECT_EQ(sent[2].at("requests").at(0).at("set").at(4), json::parse(R"(["BillableStatus", 1])"))
+        << generation;
+  }
+}
+
+TEST_F(QB2000Com, TheEarlyGenerationsServeBeforeANewerOne) {
+  struct Case {
+    std::initializer_list<int> registered;
+    const char* serves;
+    const char* version;
+  };
+  for (const Case& registered : {Case{{2, 13}, "QBFC2.QBSessionManager", "1.0"},
+                                 Case{{1, 13}, "QBFC1.QBSessionManager", "1.0"},
+                                 Case{{13, 16}, "QBFC16.QBSessionManager", "1.1"},
+                                 Case{{3, 14}, "QBFC14.QBSessionManager", "1.1"}}) {
+    const RegisteredSessionManagers prefix(registered.registered);
+    ASSERT_TRUE(prefix.done());
+    export_ = create_object(L"zorvat.QB2000");
+    load_company(company());
+    const CallResult result = execute();
+    ASSERT_EQ(result.hr, S_OK) << registered.serves << ": " << result.description;
+    EXPECT_EQ(created_session_managers(), json::array({registered.serves}));
+    const json sent = recorded_sets();
+    ASSERT_EQ(sent.size(), 8u) << registered.serves;
+    EXPECT_EQ(sent[0].at("version"), registered.version) << registered.serves;
+  }
+}
+
+TEST_F(QB2000Com, ANewerGenerationWithoutTypeInformationIsRefusedClearly) {
+  const RegisteredSessionManagers only_qbfc13({13});
+  ASSERT_TRUE(only_qbfc13.done());
+  load_company(company());
+  ASSERT_EQ(
+      call(quickbooks_.Get(), L"HidesTypeInformation", DISPATCH_PROPERTYPUT, {bool_arg(true)}).hr,
+      S_OK);
+  const CallResult result = execute();
+  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+  EXPECT_EQ(result.number, 438);
+  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+  EXPECT_EQ(result.description,
+            "Object doesn't support this property or method: QuickBooks' session manager "
+            "QBFC13.QBSessionManager gives no type information for CreateMsgSetRequest, so this "
+            "export does not know how to call it");
+  // Nothing was sent, and the session was torn down.
+  EXPECT_TRUE(recorded_sets().empty());
+  const json calls = session_calls();
+  ASSERT_GE(calls.size(), 2u);
+  EXPECT_EQ(calls[calls.size() - 2].at("operation"), "EndSession");
+  EXPECT_EQ(calls[calls.size() - 1].at("operation"), "CloseConnection");
+}
+
+TEST_F(QB2000Com, TheNewerFakeRefusesTheCallShapesItsLibraryRefuses) {
+  const RegisteredSessionManagers only_qbfc13({13});
+  ASSERT_TRUE(only_qbfc13.done());
+  load_company(company());
+  HRESULT created = S_OK;
+  const ComPtr<IDispatch> manager = create_object(L"QBFC13.QBSessionManager", &created);
+  ASSERT_TRUE(manager) << std::hex << created;
+  ASSERT_EQ(call(manager.Get(), L"OpenConnection", DISPATCH_METHOD,
+                 {text_arg("Horalis"), text_arg("Horalis")})
+                .hr,
+            S_OK);
+  ASSERT_EQ(call(manager.Get(), L"BeginSession", DISPATCH_METHOD, {text_arg(""), long_arg(2)}).hr,
+            S_OK);
+  // The country code comes first: the version alone is one argument short.
+  EXPECT_EQ(
+      call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD, {short_arg(13), short_arg(0)})
+          .hr,
+      DISP_E_BADPARAMCOUNT);
+  auto refused_as_unsupported = [&](const std::string& country, short major) {
+    const CallResult set = call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD,
+                                {text_arg(country), short_arg(major), short_arg(0)});
+    EXPECT_TRUE(set.raised()) << country << " " << major;
+    EXPECT_EQ(set.number, -2147220445) << country << " " << major;
+    EXPECT_EQ(set.description,
+              "The version of QBXML that was requested is not supported or is unknown.");
+  };
+  refused_as_unsupported("US", 14);  // above QBFC13's own generation
+  refused_as_unsupported("CA", 13);  // another country's edition
+  refused_as_unsupported("", 5);     // no country before qbXML 6.0
+  EXPECT_EQ(call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD,
+                 {text_arg(""), short_arg(6), short_arg(0)})
+                .hr,
+            S_OK);
+
+  const CallResult set = call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD,
+                              {text_arg("US"), short_arg(13), short_arg(0)});
+  ASSERT_EQ(set.hr, S_OK);
+  const CallResult entry = call(object_of(set).Get(), L"AppendTimeTrackingAddRq",
+                                DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+  ASSERT_EQ(entry.hr, S_OK);
+  const ComPtr<IDispatch> duration =
+      object_of(call(object_of(entry).Get(), L"Duration", DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+  ASSERT_TRUE(duration);
+  // SetValue(hour, minute, second, isNegative): three arguments are one short.
+  EXPECT_EQ(
+      call(duration.Get(), L"SetValue", DISPATCH_METHOD, {short_arg(8), short_arg(0), short_arg(0)})
+          .hr,
+      DISP_E_BADPARAMCOUNT);
+  const CallResult signed_count =
+      call(duration.Get(), L"SetValue", DISPATCH_METHOD,
+           {short_arg(-8), short_arg(30), short_arg(0), bool_arg(false)});
+  ASSERT_TRUE(signed_count.raised());
+  EXPECT_EQ(signed_count.number, 380);
+  EXPECT_EQ(signed_count.description,
+            "Duration: the counts are -8, 30 and 0; a count takes no sign (the sign is the fourth "
+            "argument).");
+  EXPECT_EQ(call(duration.Get(), L"SetValue", DISPATCH_METHOD,
+                 {short_arg(8), short_arg(30), short_arg(0), bool_arg(true)})
+                .hr,
+            S_OK);
+  EXPECT_EQ(call(manager.Get(), L"EndSession", DISPATCH_METHOD).hr, S_OK);
+  EXPECT_EQ(call(manager.Get(), L"CloseConnection", DISPATCH_METHOD).hr, S_OK);
+}
 
 // --- The fake's strictness: what its type library's dispatcher refuses -----------------
 
@@ -927,6 +1227,145 @@ TEST_F(QB2000Com, SendsAccentedNamesAsTheyAre) {
                          json::array({"LastName", "O’Neil"})}));
   EXPECT_EQ(sent_fields(sent, "EntityRef.FullName"),
             (std::vector<std::string>{"Peña, José", "Müller-Ñúñez, Renée", "O’Neil, Grace"}));
+}
+
+// --- The whole export through a newer generation, against QBFC2's ------------------
+
+// One way an export can go: what is changed in the company and the cards, how the
+// user answers, and the version a newer generation creates its message sets with.
+struct Scenario {
+  const char* name;
+  std::function<void(json& company)> change;  // may change the cards too
+  int answer;
+  const char* newer_version;
+  bool versions_by_reference = false;
+};
+
+// Everything an export left behind that a back end could change.
+struct Outcome {
+  HRESULT hr = S_OK;
+  bool returned = false;
+  long number = 0;
+  std::string source;
+  std::string description;
+  std::vector<std::string> boxes;  // caption and text of each
+  json sets;
+  json calls;
+  json company;
+  json created;  // the session managers' ProgIDs
+};
+
+TEST_F(QB2000Com, EveryScenarioGoesThroughANewerGenerationAsThroughQbfc2) {
+  const json model = small_pay_period().at("cards").at("cards").at(0);
+  const std::vector<Scenario> scenarios = {
+      {"the sample", [](json&) {}, IDYES, "1.1"},
+      {"a session offering 1.1 first",
+       [](json& company) {
+         company["qbxml_versions"] = {"1.1", "1.0"};
+       },
+       IDYES, "1.1"},
+      {"a session offering 13.0",
+       [](json& company) {
+         company["qbxml_versions"] = {"13.0", "1.0"};
+       },
+       IDYES, "13.0"},
+      {"versions handed out by reference", [](json&) {}, IDYES, "1.1", true},
+      {"a Canadian version", [](json& company) { company["qbxml_versions"] = {"CA3.0"}; }, IDYES,
+       "CA3.0"},
+      {"a missing employee added", [](json& company) { company["employees"] = {"Doe, Jane"}; },
+       IDYES, "1.1"},
+      {"a missing employee not added", [](json& company) { company["employees"] = {"Doe, Jane"}; },
+       IDNO, "1.1"},
+      {"a missing payroll item",
+       [](json& company) {
+         company["payroll_items"] = {"Regular Hourly Rate",          "Overtime Hourly Rate",
+                                     "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
+                                     "Holiday Hourly Rate",          "Sick Hourly Rate"};
+       },
+       IDYES, "1.1"},
+      {"access denied",
+       [](json& company) {
+         company["begin_session_failure"] = {
+             {"number", -2147220448}, {"description", "The QuickBooks user has denied access."}};
+       },
+       IDYES, "1.1"},
+      {"QuickBooks not started",
+       [](json& company) {
+         company["begin_session_failure"] = {{"number", -2147220472},
+                                             {"description", "Could not start QuickBooks."}};
+       },
+       IDNO, "1.1"},
+      {"time tracking off", [](json& company) { company["time_tracking"] = false; }, IDYES, "1.1"},
+      {"an edit total over 48 hours",
+       [this](json& company) {
+         one_card("Jane", "", "Doe", 480, 2430);
+         company["employees"].push_back("Jane,,Doe");
+       },
+       IDYES, "1.1"},
+      {"markup characters",
+       [this](json& company) {
+         one_card("", "", "O'Hara & \"Sons\" <Ltd>", 60);
+         company["employees"] = {"O'Hara & \"Sons\" <Ltd>"};
+       },
+       IDYES, "1.1"},
+      {"accented names",
+       [this, &model](json& company) {
+         period_["cards"]["cards"] =
+             json::array({card_on(model, "José", "Peña", {"2004-03-01"}),
+                          card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
+                          card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
+         company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
+       },
+       IDYES, "1.1"},
+  };
+
+  auto run = [&](const Scenario& scenario) {
+    // A new export object: the one before may still hold the session manager it used.
+    export_ = create_object(L"zorvat.QB2000");
+    EXPECT_TRUE(export_);
+    period_ = small_pay_period();
+    json changed = company();
+    scenario.change(changed);
+    load_company(changed);
+    if (scenario.versions_by_reference) {
+      EXPECT_EQ(
+          call(quickbooks_.Get(), L"VersionsByReference", DISPATCH_PROPERTYPUT, {bool_arg(true)})
+              .hr,
+          S_OK);
+    }
+    const CallResult result = execute(scenario.answer);
+    Outcome outcome{
+        result.hr, result.boolean(), result.number,   result.source, result.description,
+        {},        recorded_sets(),  session_calls(), company_now(), created_session_managers()};
+    for (const SeenBox& box : boxes_) outcome.boxes.push_back(box.caption + ": " + box.text);
+    return outcome;
+  };
+
+  for (const Scenario& scenario : scenarios) {
+    SCOPED_TRACE(scenario.name);
+    const Outcome through_qbfc2 = run(scenario);
+    Outcome through_qbfc13;
+    {
+      const RegisteredSessionManagers only_qbfc13({13});
+      ASSERT_TRUE(only_qbfc13.done());
+      through_qbfc13 = run(scenario);
+    }
+    // Created as often, each time QBFC13's.
+    ASSERT_FALSE(through_qbfc2.created.empty());
+    EXPECT_EQ(through_qbfc2.created,
+              json(through_qbfc2.created.size(), json("QBFC2.QBSessionManager")));
+    EXPECT_EQ(through_qbfc13.created,
+              json(through_qbfc2.created.size(), json("QBFC13.QBSessionManager")));
+    EXPECT_EQ(through_qbfc13.hr, through_qbfc2.hr);
+    EXPECT_EQ(through_qbfc13.returned, through_qbfc2.returned);
+    EXPECT_EQ(through_qbfc13.number, through_qbfc2.number);
+    EXPECT_EQ(through_qbfc13.source, through_qbfc2.source);
+    EXPECT_EQ(through_qbfc13.description, through_qbfc2.description);
+    EXPECT_EQ(through_qbfc13.boxes, through_qbfc2.boxes);
+    EXPECT_EQ(through_qbfc13.sets, as_newer_generation(through_qbfc2.sets, scenario.newer_version));
+    EXPECT_EQ(through_qbfc13.calls, through_qbfc2.calls);
+    EXPECT_EQ(through_qbfc13.company, through_qbfc2.company);
+  }
 }
 
 }  // namespace

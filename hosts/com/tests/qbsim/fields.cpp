@@ -108,6 +108,24 @@ HRESULT TimeIntervalField::IsSet(VARIANT_BOOL* set) {
   return S_OK;
 }
 
+HRESULT SignedTimeIntervalField::SetValue(short hour, short minute, short second,
+                                          VARIANT_BOOL is_negative) {
+  return guarded([&] {
+    if (hour < 0 || minute < 0 || second < 0)
+      raise(kInvalidPropertyValue, kComponentSource,
+            "Duration: the counts are " + std::to_string(hour) + ", " + std::to_string(minute) +
+                " and " + std::to_string(second) +
+                "; a count takes no sign (the sign is the fourth argument).");
+    set_ = true;
+    if (sink_) sink_(nlohmann::json::array({hour, minute, second, is_negative != VARIANT_FALSE}));
+  });
+}
+
+HRESULT SignedTimeIntervalField::IsSet(VARIANT_BOOL* set) {
+  *set = to_variant_bool(set_);
+  return S_OK;
+}
+
 HRESULT BillableStatusField::SetValue(ENBillableStatus val) {
   return guarded([&] {
     if (val != bsBillable && val != bsNotBillable && val != bsHasBeenBilled)

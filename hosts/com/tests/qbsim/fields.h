@@ -91,6 +91,20 @@ class TimeIntervalField final : public Automation<IQBTimeIntervalType> {
   bool set_ = false;
 };
 
+// The newer generations' time interval: counts without sign and the sign apart. A
+// negative count is refused (380).
+class SignedTimeIntervalField final : public Automation<IQBTimeIntervalTypeN> {
+ public:
+  explicit SignedTimeIntervalField(FieldSink sink) : sink_(std::move(sink)) {}
+  HRESULT STDMETHODCALLTYPE SetValue(short hour, short minute, short second,
+                                     VARIANT_BOOL is_negative) override;
+  HRESULT STDMETHODCALLTYPE IsSet(VARIANT_BOOL* set) override;
+
+ private:
+  FieldSink sink_;
+  bool set_ = false;
+};
+
 class BillableStatusField final : public Automation<IQBENBillableStatusType> {
  public:
   explicit BillableStatusField(FieldSink sink) : sink_(std::move(sink)) {}

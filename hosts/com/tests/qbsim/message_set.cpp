@@ -146,7 +146,34 @@ class EmployeeAddRq final : public Automation<IEmployeeAdd> {
   ComPtr<StringField> last_;
 };
 
-class TimeTrackingAddRq final : public Automation<ITimeTrackingAdd> {
+// The interfaces of one generation's message set: the early generations' time
+// interval takes (hour, minute, second), the newer ones' a sign as well.
+struct EarlyShapes {
+  using MessageSet = IMsgSetRequest;
+  using TimeEntry = ITimeTrackingAdd;
+  using Interval = IQBTimeIntervalType;
+  using IntervalField = TimeIntervalField;
+  static void apply_duration(TimeTrackingAdd& add, const json& value) {
+    add.duration = {value.at(0).get<std::int32_t>(), value.at(1).get<std::int32_t>(),
+                    value.at(2).get<std::int32_t>()};
+  }
+};
+
+struct NewerShapes {
+  using MessageSet = IMsgSetRequestN;
+  using TimeEntry = ITimeTrackingAddN;
+  using Interval = IQBTimeIntervalTypeN;
+  using IntervalField = SignedTimeIntervalField;
+  // The field takes counts without sign only, so the duration always reads.
+  static void apply_duration(TimeTrackingAdd& add, const json& value) {
+    add.duration = duration_of({value.at(0).get<std::int64_t>(), value.at(1).get<std::int64_t>(),
+                                value.at(2).get<std::int64_t>(), value.at(3).get<bool>()})
+                       .value_or(Duration{});
+  }
+};
+
+template <class Shapes>
+class TimeTrackingAddRq final : public Automation<typename Shapes::TimeEntry> {
  public:
   explicit TimeTrackingAddRq(const RequestFields& fields)
       : txn_date_(make<DateField>(fields.sink<TimeTrackingAdd>(
@@ -158,12 +185,8 @@ class TimeTrackingAddRq final : public Automation<ITimeTrackingAdd> {
                                          [](TimeTrackingAdd& add, const json& value) {
                                            add.entity_full_name = value.get<std::string>();
                                          })))),
-        duration_(make<TimeIntervalField>(fields.sink<TimeTrackingAdd>(
-            "Duration",
-            [](TimeTrackingAdd& add, const json& value) {
-              add.duration = {value.at(0).get<std::int32_t>(), value.at(1).get<std::int32_t>(),
-                              value.at(2).get<std::int32_t>()};
-            }))),
+        duration_(make<typename Shapes::IntervalField>(
+            fields.sink<TimeTrackingAdd>("Duration", &Shapes::apply_duration))),
         item_(make<BaseRef>(make<StringField>(
             "PayrollItemWageRef.FullName", kPayrollItemFullNameLength,
             fields.sink<TimeTrackingAdd>("PayrollItemWageRef.FullName",
@@ -193,7 +216,7 @@ class TimeTrackingAddRq final : public Automation<ITimeTrackingAdd> {
     hand_out(entity, entity_);
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE get_Duration(IQBTimeIntervalType** duration) override {
+  HRESULT STDMETHODCALLTYPE get_Duration(typename Shapes::Interval** duration) override {
     hand_out(duration, duration_);
     return S_OK;
   }
@@ -217,7 +240,7 @@ class TimeTrackingAddRq final : public Automation<ITimeTrackingAdd> {
  private:
   ComPtr<DateField> txn_date_;
   ComPtr<BaseRef> entity_;
-  ComPtr<TimeIntervalField> duration_;
+  ComPtr<typename Shapes::IntervalField> duration_;
   ComPtr<BaseRef> item_;
   ComPtr<StringField> notes_;
   ComPtr<BoolField> is_billable_;
@@ -244,18 +267,30 @@ class Attributes final : public Automation<IAttributes> {
   std::shared_ptr<MessageSet> set_;
 };
 
-class MsgSetRequest final : public Automation<IMsgSetRequest> {
+// What a message set of either generation answers to kMessageSetIid.
+class MessageSetOwner {
+ public:
+  explicit MessageSetOwner(std::shared_ptr<MessageSet> set) : set_(std::move(set)) {}
+  const std::shared_ptr<MessageSet>& set() const { return set_; }
+
+ protected:
+  ~MessageSetOwner() = default;
+  std::shared_ptr<MessageSet> set_;
+};
+
+template <class Shapes>
+class MsgSetRequest final : public Automation<typename Shapes::MessageSet>, public MessageSetOwner {
  public:
   explicit MsgSetRequest(std::shared_ptr<MessageSet> set)
-      : set_(std::move(set)), attributes_(make<Attributes>(set_)) {}
+      : MessageSetOwner(std::move(set)), attributes_(make<Attributes>(set_)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     if (object != nullptr && IsEqualIID(iid, kMessageSetIid)) {
       // Not AddRef'ed: the caller holds the object through the pointer it asked.
-      *object = this;
+      *object = static_cast<MessageSetOwner*>(this);
       return S_OK;
     }
-    return Automation<IMsgSetRequest>::QueryInterface(iid, object);
+    return Automation<typename Shapes::MessageSet>::QueryInterface(iid, object);
   }
 
   HRESULT STDMETHODCALLTYPE get_Attributes(IAttributes** attributes) override {
@@ -276,12 +311,11 @@ class MsgSetRequest final : public Automation<IMsgSetRequest> {
     hand_out(request, make<EmployeeAddRq>(append("EmployeeAdd", EmployeeAdd{})));
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE AppendTimeTrackingAddRq(ITimeTrackingAdd** request) override {
-    hand_out(request, make<TimeTrackingAddRq>(append("TimeTrackingAdd", TimeTrackingAdd{})));
+  HRESULT STDMETHODCALLTYPE AppendTimeTrackingAddRq(typename Shapes::TimeEntry** request) override {
+    hand_out(request,
+             make<TimeTrackingAddRq<Shapes>>(append("TimeTrackingAdd", TimeTrackingAdd{})));
     return S_OK;
   }
-
-  const std::shared_ptr<MessageSet>& set() const { return set_; }
 
  private:
   RequestFields append(const char* type, Request request) {
@@ -291,7 +325,6 @@ class MsgSetRequest final : public Automation<IMsgSetRequest> {
     return RequestFields(set_, index);
   }
 
-  std::shared_ptr<MessageSet> set_;
   ComPtr<Attributes> attributes_;
 };
 
@@ -341,20 +374,33 @@ std::string MessageSet::schema_problem() const {
   return {};
 }
 
-std::shared_ptr<MessageSet> message_set_of(IMsgSetRequest* object) {
+std::shared_ptr<MessageSet> message_set_of(IUnknown* object) {
   if (object == nullptr) return nullptr;
   void* ours = nullptr;
   if (FAILED(object->QueryInterface(kMessageSetIid, &ours))) return nullptr;
-  return static_cast<MsgSetRequest*>(ours)->set();
+  return static_cast<MessageSetOwner*>(ours)->set();
 }
 
-ComPtr<IMsgSetRequest> make_message_set(std::int32_t major, std::int32_t minor) {
+namespace {
+
+std::shared_ptr<MessageSet> new_set(std::int32_t major, std::int32_t minor) {
   auto set = std::make_shared<MessageSet>();
   set->requests.major_version = major;
   set->requests.minor_version = minor;
   set->record = {
       {"version", version_text(major, minor)}, {"onError", nullptr}, {"requests", json::array()}};
-  ComPtr<IMsgSetRequest> object = make<MsgSetRequest>(set);
+  return set;
+}
+
+}  // namespace
+
+ComPtr<IMsgSetRequest> make_message_set(std::int32_t major, std::int32_t minor) {
+  ComPtr<IMsgSetRequest> object = make<MsgSetRequest<EarlyShapes>>(new_set(major, minor));
+  return object;
+}
+
+ComPtr<IMsgSetRequestN> make_newer_message_set(std::int32_t major, std::int32_t minor) {
+  ComPtr<IMsgSetRequestN> object = make<MsgSetRequest<NewerShapes>>(new_set(major, minor));
   return object;
 }
 

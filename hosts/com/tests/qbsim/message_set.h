@@ -35,10 +35,15 @@ struct MessageSet {
   std::string schema_problem() const;
 };
 
-// The message set behind an IMsgSetRequest this server made; null for any other.
-std::shared_ptr<MessageSet> message_set_of(IMsgSetRequest* object);
+// The message set behind a message set object this server made (of either
+// generation); null for any other.
+std::shared_ptr<MessageSet> message_set_of(IUnknown* object);
 
-// CreateMsgSetRequest(major, minor).
+// The early generations' CreateMsgSetRequest(major, minor).
 ComPtr<IMsgSetRequest> make_message_set(std::int32_t major, std::int32_t minor);
+// The newer generations' message set: the same requests, its time entries' Duration
+// set with SetValue(hour, minute, second, isNegative), recorded as
+// ["Duration", [hour, minute, second, isNegative]].
+ComPtr<IMsgSetRequestN> make_newer_message_set(std::int32_t major, std::int32_t minor);
 
 }  // namespace zorvat::qbsim

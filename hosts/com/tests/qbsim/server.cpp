@@ -4,11 +4,19 @@
 // "QBSim.Control". Built for the Wine tests only, and registered only in their
 // throwaway Wine prefix; the CLSIDs are this simulator's own. Its objects answer
 // through the type library of qbfc_subset.idl, one of this DLL's resources.
+//
+// A test chooses which session managers the prefix has: DllRegisterServer registers
+// QBFC2's (and the control), DllUnregisterServer takes it away, and
+// RegisterSessionManager(n) / UnregisterSessionManager(n) do the same for QBFCn's
+// ProgID "QBFCn.QBSessionManager" (n from 1 to 16): 1 and 2 in the early
+// generations' shapes, 3 and later in the newer ones', every one over the same
+// simulated company.
 #include <windows.h>
 
 #include <olectl.h>
 
 #include <string>
+#include <vector>
 
 #include "automation.h"
 #include "session_manager.h"
@@ -20,7 +28,6 @@ using namespace zorvat::qbsim;
 // {17CD60EF-D49D-4560-AFA5-195DF5FBB435}
 constexpr CLSID kSimulatorClsid = {
     0x17cd60ef, 0xd49d, 0x4560, {0xaf, 0xa5, 0x19, 0x5d, 0xf5, 0xfb, 0xb4, 0x35}};
-constexpr wchar_t kProgId[] = L"QBFC2.QBSessionManager";
 // {3F6B0F7E-9B1C-4C55-8F0B-6E4B9F1D2A61}
 constexpr CLSID kControlClsid = {
     0x3f6b0f7e, 0x9b1c, 0x4c55, {0x8f, 0x0b, 0x6e, 0x4b, 0x9f, 0x1d, 0x2a, 0x61}};
@@ -28,9 +35,25 @@ constexpr wchar_t kControlProgId[] = L"QBSim.Control";
 
 HINSTANCE module = nullptr;
 
+constexpr int kNewestGeneration = 16;
+// QBFCn's session manager (n other than 2): {5E0F1A3C-7B2D-4C1E-9A6B-3D8F2C4B10nn}.
+constexpr CLSID generation_clsid(int generation) {
+  return {0x5e0f1a3c,
+          0x7b2d,
+          0x4c1e,
+          {0x9a, 0x6b, 0x3d, 0x8f, 0x2c, 0x4b, 0x10, static_cast<unsigned char>(generation)}};
+}
+CLSID clsid_of(int generation) {
+  return generation == 2 ? kSimulatorClsid : generation_clsid(generation);
+}
+std::wstring prog_id_of(int generation) {
+  return L"QBFC" + std::to_wstring(generation) + L".QBSessionManager";
+}
+
+// Creates the control (generation 0) or QBFCn's session manager.
 class ClassFactory final : public IClassFactory {
  public:
-  explicit ClassFactory(bool control) : control_(control) {}
+  explicit ClassFactory(int generation) : generation_(generation) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) return E_POINTER;
@@ -48,8 +71,10 @@ class ClassFactory final : public IClassFactory {
     *object = nullptr;
     if (outer != nullptr) return CLASS_E_NOAGGREGATION;
     try {
-      if (control_) return make_simulator_control()->QueryInterface(iid, object);
-      return make_session_manager()->QueryInterface(iid, object);
+      if (generation_ == 0) return make_simulator_control()->QueryInterface(iid, object);
+      const std::string prog_id = zorvat::com::to_utf8(prog_id_of(generation_));
+      if (generation_ <= 2) return make_session_manager(prog_id)->QueryInterface(iid, object);
+      return make_newer_session_manager(prog_id, generation_)->QueryInterface(iid, object);
     } catch (...) {
       return E_OUTOFMEMORY;
     }
@@ -57,11 +82,19 @@ class ClassFactory final : public IClassFactory {
   HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 
  private:
-  bool control_;
+  int generation_;
 };
 
-ClassFactory factory(false);
-ClassFactory control_factory(true);
+ClassFactory control_factory(0);
+
+ClassFactory& session_manager_factory(int generation) {
+  static std::vector<ClassFactory> factories = [] {
+    std::vector<ClassFactory> made;
+    for (int each = 1; each <= kNewestGeneration; ++each) made.emplace_back(each);
+    return made;
+  }();
+  return factories[static_cast<std::size_t>(generation - 1)];
+}
 
 std::wstring clsid_text(REFCLSID clsid) {
   wchar_t text[40] = {};
@@ -118,8 +151,10 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
   if (object == nullptr) return E_POINTER;
   *object = nullptr;
-  if (IsEqualCLSID(clsid, kSimulatorClsid)) return factory.QueryInterface(iid, object);
   if (IsEqualCLSID(clsid, kControlClsid)) return control_factory.QueryInterface(iid, object);
+  for (int generation = 1; generation <= kNewestGeneration; ++generation)
+    if (IsEqualCLSID(clsid, clsid_of(generation)))
+      return session_manager_factory(generation).QueryInterface(iid, object);
   return CLASS_E_CLASSNOTAVAILABLE;
 }
 
@@ -129,17 +164,33 @@ STDAPI DllCanUnloadNow() {
   return S_FALSE;
 }
 
+// Registers QBFCn's session manager under its ProgID.
+extern "C" HRESULT STDAPICALLTYPE RegisterSessionManager(int generation) {
+  if (generation < 1 || generation > kNewestGeneration) return E_INVALIDARG;
+  wchar_t path[MAX_PATH + 1] = {};
+  if (GetModuleFileNameW(module, path, MAX_PATH) == 0) return SELFREG_E_CLASS;
+  return register_class(clsid_of(generation), prog_id_of(generation).c_str(), path,
+                        L"Company simulator session manager")
+             ? S_OK
+             : SELFREG_E_CLASS;
+}
+
+// Takes QBFCn's session manager away; the others and the control stay.
+extern "C" HRESULT STDAPICALLTYPE UnregisterSessionManager(int generation) {
+  if (generation < 1 || generation > kNewestGeneration) return E_INVALIDARG;
+  unregister_class(clsid_of(generation), prog_id_of(generation).c_str());
+  return S_OK;
+}
+
 STDAPI DllRegisterServer() {
   wchar_t path[MAX_PATH + 1] = {};
   if (GetModuleFileNameW(module, path, MAX_PATH) == 0) return SELFREG_E_CLASS;
-  const bool done =
-      register_class(kSimulatorClsid, kProgId, path, L"Company simulator session manager") &&
-      register_class(kControlClsid, kControlProgId, path, L"Company simulator control");
-  return done ? S_OK : SELFREG_E_CLASS;
+  if (!register_class(kControlClsid, kControlProgId, path, L"Company simulator control"))
+    return SELFREG_E_CLASS;
+  return RegisterSessionManager(2);
 }
 
-// Takes the session manager away (a machine without the SDK); the control stays.
+// Takes QBFC2's session manager away (a machine without the SDK); the control stays.
 STDAPI DllUnregisterServer() {
-  unregister_class(kSimulatorClsid, kProgId);
-  return S_OK;
+  return UnregisterSessionManager(2);
 }

@@ -7,6 +7,8 @@
 #include "zorvat/quickbooks/com_failures.h"
 #include "zorvat/quickbooks/company.h"
 #include "zorvat/quickbooks/simulator.h"
+#include "zorvat/quickbooks/values.h"
+#include "zorvat/quickbooks/versions.h"
 
 namespace zorvat::qbsim {
 namespace {
@@ -18,6 +20,8 @@ struct SimulatedQuickBooks {
   std::unique_ptr<CompanySimulator> simulator = std::make_unique<CompanySimulator>(Company{});
   json request_sets = json::array();
   bool versions_by_reference = false;
+  json created = json::array();
+  bool hides_type_information = false;
 };
 
 SimulatedQuickBooks& quickbooks() {
@@ -47,9 +51,15 @@ SAFEARRAY* bstr_array(const std::vector<std::string>& texts) {
   return array;
 }
 
-class SessionManager final : public Automation<IQBSessionManager> {
+// The members every generation's session manager shares; `Interface` is the
+// generation's session manager, `SetInterface` its message set.
+template <class Interface, class SetInterface>
+class SessionManagerOf : public Automation<Interface> {
  public:
-  ~SessionManager() override {
+  explicit SessionManagerOf(std::string_view prog_id) {
+    quickbooks().created.push_back(std::string(prog_id));
+  }
+  ~SessionManagerOf() override {
     if (held_versions_ != nullptr) SafeArrayDestroy(held_versions_);
   }
 
@@ -68,12 +78,7 @@ class SessionManager final : public Automation<IQBSessionManager> {
   HRESULT STDMETHODCALLTYPE CloseConnection() override {
     return guarded([&] { simulator().CloseConnection(); });
   }
-  HRESULT STDMETHODCALLTYPE CreateMsgSetRequest(short major, short minor,
-                                                IMsgSetRequest** request) override {
-    return guarded([&] { hand_out(request, make_message_set(major, minor)); });
-  }
-  HRESULT STDMETHODCALLTYPE DoRequests(IMsgSetRequest* request,
-                                       IMsgSetResponse** response) override {
+  HRESULT STDMETHODCALLTYPE DoRequests(SetInterface* request, IMsgSetResponse** response) override {
     return guarded([&] {
       const std::shared_ptr<MessageSet> set = message_set_of(request);
       if (!set) raise_runtime(rt::kTypeMismatch);
@@ -108,6 +113,59 @@ class SessionManager final : public Automation<IQBSessionManager> {
   SAFEARRAY* held_versions_ = nullptr;
 };
 
+// QBFC1 and QBFC2: CreateMsgSetRequest(major, minor), any version.
+class SessionManager final : public SessionManagerOf<IQBSessionManager, IMsgSetRequest> {
+ public:
+  using SessionManagerOf::SessionManagerOf;
+  HRESULT STDMETHODCALLTYPE CreateMsgSetRequest(short major, short minor,
+                                                IMsgSetRequest** request) override {
+    return guarded([&] { hand_out(request, make_message_set(major, minor)); });
+  }
+};
+
+// QBFC3 and later: CreateMsgSetRequest(country, major, minor) of a US edition, up to
+// the generation's own version.
+class NewerSessionManager final : public SessionManagerOf<IQBSessionManagerN, IMsgSetRequestN> {
+ public:
+  NewerSessionManager(std::string_view prog_id, int generation)
+      : SessionManagerOf(prog_id), generation_(generation) {}
+  HRESULT STDMETHODCALLTYPE CreateMsgSetRequest(BSTR country, short major, short minor,
+                                                IMsgSetRequestN** request) override {
+    return guarded([&] {
+      const std::string code = com::bstr_to_utf8(country);
+      // An empty country code names the edition's own from qbXML 6.0 on.
+      const bool us = code == "US" || (code.empty() && major >= 6);
+      const QbxmlVersionNumber asked{major, minor};
+      if (!us || major < 1 || minor < 0 || asked > QbxmlVersionNumber{generation_, 0})
+        com_failures::raise_failure(com_failures::unsupported_version());
+      hand_out(request, make_newer_message_set(major, minor));
+    });
+  }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override {
+    if (quickbooks().hides_type_information) {
+      if (info != nullptr) *info = nullptr;
+      return E_NOTIMPL;
+    }
+    return SessionManagerOf::GetTypeInfo(index, locale, info);
+  }
+
+ private:
+  int generation_;
+};
+
+// The company as a test reads it back.
+json company_record(const Company& company) {
+  json entries = json::array();
+  for (const TimeTrackingAdd& entry : company.time_entries)
+    entries.push_back({{"entity", entry.entity_full_name},
+                       {"duration", duration_text(entry.duration)},
+                       {"date", txn_date_text(entry.txn_date)},
+                       {"payrollItem", entry.payroll_item_wage_full_name},
+                       {"billable", entry.is_billable},
+                       {"notes", entry.notes}});
+  return {{"employees", company.employees}, {"timeEntries", entries}};
+}
+
 class SimulatorControl final : public Automation<IQBSimulatorControl> {
  public:
   HRESULT STDMETHODCALLTYPE LoadCompany(BSTR company) override {
@@ -116,7 +174,25 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
       quickbooks().simulator = std::make_unique<CompanySimulator>(std::move(loaded));
       quickbooks().request_sets = json::array();
       quickbooks().versions_by_reference = false;
+      quickbooks().created = json::array();
+      quickbooks().hides_type_information = false;
     });
+  }
+  HRESULT STDMETHODCALLTYPE get_HidesTypeInformation(VARIANT_BOOL* hides) override {
+    *hides = quickbooks().hides_type_information ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE put_HidesTypeInformation(VARIANT_BOOL hides) override {
+    quickbooks().hides_type_information = hides != VARIANT_FALSE;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_CreatedSessionManagers(BSTR* prog_ids) override {
+    *prog_ids = com::make_bstr(quickbooks().created.dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_Company(BSTR* company) override {
+    *company = com::make_bstr(company_record(simulator().company()).dump());
+    return S_OK;
   }
   HRESULT STDMETHODCALLTYPE get_RecordedRequestSets(BSTR* sets) override {
     *sets = com::make_bstr(quickbooks().request_sets.dump());
@@ -138,8 +214,12 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
 
 }  // namespace
 
-ComPtr<IQBSessionManager> make_session_manager() {
-  return make<SessionManager>();
+ComPtr<IQBSessionManager> make_session_manager(std::string_view prog_id) {
+  return make<SessionManager>(prog_id);
+}
+
+ComPtr<IQBSessionManagerN> make_newer_session_manager(std::string_view prog_id, int generation) {
+  return make<NewerSessionManager>(prog_id, generation);
 }
 
 ComPtr<IQBSimulatorControl> make_simulator_control() {

@@ -6,13 +6,21 @@
 //   RecordedCalls           the JSON list of the session calls:
 //                           [{"operation": "BeginSession", "arguments": [...], "error": 0}]
 //   VersionsByReference     QBXMLVersionsForSession hands its array out by reference
+//   CreatedSessionManagers  the JSON list of the ProgIDs of the session managers created
+//   Company                 the company as it stands: employees and time entries
+//   HidesTypeInformation    the newer generations' managers give no type information
 #pragma once
+
+#include <string_view>
 
 #include "automation.h"
 
 namespace zorvat::qbsim {
 
-ComPtr<IQBSessionManager> make_session_manager();
+// A session manager of the early generations (QBFC1, QBFC2), created under `prog_id`.
+ComPtr<IQBSessionManager> make_session_manager(std::string_view prog_id);
+// A session manager of QBFC`generation` (3 and later), created under `prog_id`.
+ComPtr<IQBSessionManagerN> make_newer_session_manager(std::string_view prog_id, int generation);
 ComPtr<IQBSimulatorControl> make_simulator_control();
 
 }  // namespace zorvat::qbsim

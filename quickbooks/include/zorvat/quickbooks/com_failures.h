@@ -19,12 +19,16 @@ inline constexpr long kDifferentCompanyFile = -2147220470;
 inline constexpr long kInvalidTicket = -2147220467;
 // 0x80040420
 inline constexpr long kDeniedAccess = -2147220448;
+// 0x80040423: a message set of a qbXML version (or a country's edition) the session
+// manager does not build.
+inline constexpr long kUnsupportedVersion = -2147220445;
 
 ComFailure parse_error();
 ComFailure could_not_start();
 ComFailure different_company_file();
 ComFailure invalid_ticket();
 ComFailure denied_access();
+ComFailure unsupported_version();
 ComFailure unexpected(std::string_view what);
 
 // Raises the failure as a zorvat::Error with the session manager's source.

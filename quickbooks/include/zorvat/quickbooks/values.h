@@ -7,6 +7,7 @@
 
 #include "zorvat/date.h"
 #include "zorvat/quickbooks/session.h"
+#include "zorvat/quickbooks/time_interval.h"
 
 namespace zorvat::quickbooks {
 
