@@ -7,6 +7,7 @@
 #include "zorvat/quickbooks/com_failures.h"
 #include "zorvat/quickbooks/company.h"
 #include "zorvat/quickbooks/simulator.h"
+#include "zorvat/quickbooks/values.h"
 
 namespace zorvat::qbsim {
 namespace {
@@ -17,6 +18,7 @@ using namespace quickbooks;
 struct SimulatedQuickBooks {
   std::unique_ptr<CompanySimulator> simulator = std::make_unique<CompanySimulator>(Company{});
   json request_sets = json::array();
+  json request_documents = json::array();
   bool versions_by_reference = false;
 };
 
@@ -29,22 +31,26 @@ CompanySimulator& simulator() {
   return *quickbooks().simulator;
 }
 
+json company_time_entries() {
+  json entries = json::array();
+  for (const TimeTrackingAdd& entry : simulator().company().time_entries)
+    entries.push_back({{"date", txn_date_text(entry.txn_date)},
+                       {"entity", entry.entity_full_name},
+                       {"hours", entry.duration.hours},
+                       {"minutes", entry.duration.minutes},
+                       {"seconds", entry.duration.seconds},
+                       {"payrollItem", entry.payroll_item_wage_full_name},
+                       {"notes", entry.notes},
+                       {"billable", entry.is_billable}});
+  return entries;
+}
+
 json recorded_calls() {
   json calls = json::array();
   for (const RecordedCall& call : simulator().calls())
     calls.push_back(
         {{"operation", call.operation}, {"arguments", call.arguments}, {"error", call.error}});
   return calls;
-}
-
-SAFEARRAY* bstr_array(const std::vector<std::string>& texts) {
-  SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
-  if (array == nullptr) throw std::bad_alloc();
-  for (LONG index = 0; index < static_cast<LONG>(texts.size()); ++index) {
-    com::unique_bstr text(com::make_bstr(texts[static_cast<std::size_t>(index)]));
-    SafeArrayPutElement(array, &index, text.get());
-  }
-  return array;
 }
 
 class SessionManager final : public Automation<IQBSessionManager> {
@@ -115,6 +121,7 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
       Company loaded = parse_company_json(com::bstr_to_utf8(company), "LoadCompany");
       quickbooks().simulator = std::make_unique<CompanySimulator>(std::move(loaded));
       quickbooks().request_sets = json::array();
+      quickbooks().request_documents = json::array();
       quickbooks().versions_by_reference = false;
     });
   }
@@ -134,9 +141,36 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
     quickbooks().versions_by_reference = by_reference != VARIANT_FALSE;
     return S_OK;
   }
+  HRESULT STDMETHODCALLTYPE get_RecordedRequestDocuments(BSTR* documents) override {
+    *documents = com::make_bstr(quickbooks().request_documents.dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_CompanyTimeEntries(BSTR* entries) override {
+    *entries = com::make_bstr(company_time_entries().dump());
+    return S_OK;
+  }
 };
 
 }  // namespace
+
+SAFEARRAY* bstr_array(const std::vector<std::string>& texts) {
+  SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
+  if (array == nullptr) throw std::bad_alloc();
+  for (LONG index = 0; index < static_cast<LONG>(texts.size()); ++index) {
+    com::unique_bstr text(com::make_bstr(texts[static_cast<std::size_t>(index)]));
+    SafeArrayPutElement(array, &index, text.get());
+  }
+  return array;
+}
+
+quickbooks::CompanySimulator& simulated_quickbooks() {
+  return simulator();
+}
+
+void record_request_document(const std::string& document, const std::string& problem) {
+  quickbooks().request_documents.push_back(
+      {{"document", document}, {"valid", problem.empty()}, {"problem", problem}});
+}
 
 ComPtr<IQBSessionManager> make_session_manager() {
   return make<SessionManager>();

@@ -6,11 +6,26 @@
 //   RecordedCalls           the JSON list of the session calls:
 //                           [{"operation": "BeginSession", "arguments": [...], "error": 0}]
 //   VersionsByReference     QBXMLVersionsForSession hands its array out by reference
+//   RecordedRequestDocuments  the JSON list of the request processor's documents
+//   CompanyTimeEntries      the JSON list of the time entries the company holds
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "automation.h"
+#include "zorvat/quickbooks/simulator.h"
 
 namespace zorvat::qbsim {
+
+// The one simulated QuickBooks of this process, which the request processor answers
+// from too.
+quickbooks::CompanySimulator& simulated_quickbooks();
+// Records a qbXML document the request processor received; `problem` is what the schema
+// check found (empty: the document is valid).
+void record_request_document(const std::string& document, const std::string& problem);
+// A SAFEARRAY of BSTR holding `texts`, as QBXMLVersionsForSession hands its list out.
+SAFEARRAY* bstr_array(const std::vector<std::string>& texts);
 
 ComPtr<IQBSessionManager> make_session_manager();
 ComPtr<IQBSimulatorControl> make_simulator_control();
