@@ -47,7 +47,8 @@ class QbfcSessionManagerFactory final : public quickbooks::SessionManagerFactory
 
   static std::vector<std::wstring> default_prog_ids();
 
-  // The first ProgID that creates an object wins; when none does, raises 429
+  // The first ProgID that creates an object wins, then the qbXML request processor
+  // (request_processor_session.h); when none does, raises 429
   // "ActiveX component can't create object". In the 64-bit DLL, a session manager
   // registered for 32-bit processes only (as the SDK's is in most releases) raises 429
   // with a description saying so: QuickBooks needs the 32-bit host.
