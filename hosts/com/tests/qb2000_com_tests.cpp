@@ -1176,5 +1176,138 @@ TEST_F(QB2000RequestProcessor, SaysTheRequestProcessorIsThirtyTwoBitInTheSixtyFo
 }
 #endif
 
+// --- The same export through either back end ---------------------------------------------
+
+// A case of the QB2000 suite: how it changes the small pay period's company and cards,
+// and how the user answers the export's questions.
+struct BackEndCase {
+  const char* name;
+  void (*prepare)(json& company, json& period);
+  int answer = IDYES;
+};
+
+// What a host and QuickBooks see of one export.
+struct ExportOutcome {
+  HRESULT hr = S_OK;
+  long number = 0;
+  std::string source;
+  std::string description;
+  bool result = false;
+  std::vector<std::string> boxes;  // caption, text and whether it asked, of each box
+  json requests;                   // the request sets the company received
+  json employees;                  // the company's employees afterwards
+  json entries;                    // the company's time entries afterwards
+};
+
+// Each case runs through QBFC2's session manager alone, then through the request
+// processor alone, on the same company: the host, the user and QuickBooks must see the
+// same export.
+class QB2000BackEnds : public QB2000RequestProcessor,
+                       public ::testing::WithParamInterface<BackEndCase> {
+ protected:
+  ExportOutcome run(bool through_request_processor) {
+    if (through_request_processor) {
+      EXPECT_TRUE(simulator_server().unregister_server());
+      EXPECT_TRUE(simulator_server().register_request_processor());
+    } else {
+      EXPECT_TRUE(simulator_server().unregister_request_processor());
+      EXPECT_TRUE(simulator_server().register_server());
+    }
+    // A fresh export object: one that ended an export early keeps its session manager.
+    export_ = create_object(L"zorvat.QB2000");
+    EXPECT_TRUE(export_);
+    json company_now = company();
+    json period = period_;
+    GetParam().prepare(company_now, period);
+    const json kept = period_;
+    period_ = period;
+    load_company(company_now);
+    const CallResult result = execute(GetParam().answer);
+    period_ = kept;
+    ExportOutcome outcome;
+    outcome.hr = result.hr;
+    outcome.number = result.number;
+    outcome.source = result.source;
+    outcome.description = result.description;
+    outcome.result = result.boolean();
+    for (const SeenBox& box : boxes_)
+      outcome.boxes.push_back(box.caption + "|" + box.text + (box.yes_no ? "|yes/no" : ""));
+    outcome.requests = json::parse(get(quickbooks_.Get(), L"ReceivedRequests").text());
+    outcome.employees = json::parse(get(quickbooks_.Get(), L"CompanyEmployees").text());
+    outcome.entries = time_entries();
+    return outcome;
+  }
+};
+
+TEST_P(QB2000BackEnds, TheRequestProcessorAloneExportsAsQbfc2Does) {
+  const ExportOutcome qbfc2 = run(false);
+  EXPECT_TRUE(documents().empty());
+  const ExportOutcome processor = run(true);
+  EXPECT_EQ(processor.hr, qbfc2.hr);
+  EXPECT_EQ(processor.number, qbfc2.number);
+  EXPECT_EQ(processor.source, qbfc2.source);
+  EXPECT_EQ(processor.description, qbfc2.description);
+  EXPECT_EQ(processor.result, qbfc2.result);
+  EXPECT_EQ(processor.boxes, qbfc2.boxes);
+  EXPECT_EQ(processor.requests, qbfc2.requests);
+  EXPECT_EQ(processor.employees, qbfc2.employees);
+  EXPECT_EQ(processor.entries, qbfc2.entries);
+  // Every request set went as a document of its own, and every one was valid.
+  EXPECT_TRUE(recorded_sets().empty());
+  EXPECT_EQ(documents().size(), processor.requests.size());
+  for (const json& document : documents())
+    EXPECT_TRUE(document.at("valid").get<bool>())
+        << document.at("problem").get<std::string>() << " in\n"
+        << document.at("document").get<std::string>();
+}
+
+void missing_smith(json& company, json&) {
+  company["employees"] = {"Doe, Jane"};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, QB2000BackEnds,
+    ::testing::Values(BackEndCase{"SmallPayPeriod", [](json&, json&) {}},
+                      BackEndCase{"MissingEmployeeAdded", missing_smith, IDYES},
+                      BackEndCase{"MissingEmployeeRefused", missing_smith, IDNO},
+                      BackEndCase{"MissingPayrollItem",
+                                  [](json& company, json&) {
+                                    company["payroll_items"] = {
+                                        "Regular Hourly Rate",          "Overtime Hourly Rate",
+                                        "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
+                                        "Holiday Hourly Rate",          "Sick Hourly Rate"};
+                                  }},
+                      BackEndCase{"AccessDenied",
+                                  [](json& company, json&) {
+                                    company["begin_session_failure"] = {
+                                        {"number", -2147220448},
+                                        {"description", "The QuickBooks user has denied access."}};
+                                  }},
+                      BackEndCase{"TimeTrackingOff",
+                                  [](json& company, json&) { company["time_tracking"] = false; }},
+                      BackEndCase{"EditTotalsWithANegativeRest",
+                                  [](json&, json& period) {
+                                    json& card = period["cards"]["cards"][0];
+                                    card["EditREG"] = 2430;
+                                  }},
+                      BackEndCase{"MarkupCharactersWithoutFirstName",
+                                  [](json& company, json& period) {
+                                    const std::string last = "O'Hara & \"Sons\" <Ltd>";
+                                    period["cards"]["cards"] = json::array({card_on(
+                                        period["cards"]["cards"][0], "", last, {"2004-03-01"})});
+                                    company["employees"] = {last};
+                                  }},
+                      BackEndCase{
+                          "AccentedNames",
+                          [](json& company, json& period) {
+                            const json model = period["cards"]["cards"][0];
+                            period["cards"]["cards"] = json::array(
+                                {card_on(model, "José", "Peña", {"2004-03-01"}),
+                                 card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
+                                 card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
+                            company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
+                          }}),
+    [](const ::testing::TestParamInfo<BackEndCase>& tried) { return tried.param.name; });
+
 }  // namespace
 }  // namespace zorvat::com::testing

@@ -1,6 +1,7 @@
 #include "session_manager.h"
 
 #include <nlohmann/json.hpp>
+#include <variant>
 
 #include "message_set.h"
 #include "responses.h"
@@ -31,18 +32,52 @@ CompanySimulator& simulator() {
   return *quickbooks().simulator;
 }
 
+json time_entry(const TimeTrackingAdd& entry) {
+  return {{"date", txn_date_text(entry.txn_date)},
+          {"entity", entry.entity_full_name},
+          {"hours", entry.duration.hours},
+          {"minutes", entry.duration.minutes},
+          {"seconds", entry.duration.seconds},
+          {"payrollItem", entry.payroll_item_wage_full_name},
+          {"notes", entry.notes},
+          {"billable", entry.is_billable}};
+}
+
 json company_time_entries() {
   json entries = json::array();
   for (const TimeTrackingAdd& entry : simulator().company().time_entries)
-    entries.push_back({{"date", txn_date_text(entry.txn_date)},
-                       {"entity", entry.entity_full_name},
-                       {"hours", entry.duration.hours},
-                       {"minutes", entry.duration.minutes},
-                       {"seconds", entry.duration.seconds},
-                       {"payrollItem", entry.payroll_item_wage_full_name},
-                       {"notes", entry.notes},
-                       {"billable", entry.is_billable}});
+    entries.push_back(time_entry(entry));
   return entries;
+}
+
+json request_json(const PayrollItemWageQuery& query) {
+  return {{"type", "PayrollItemWageQuery"}, {"maxReturned", query.max_returned}};
+}
+json request_json(const EmployeeQuery&) {
+  return {{"type", "EmployeeQuery"}};
+}
+json request_json(const EmployeeAdd& add) {
+  return {{"type", "EmployeeAdd"},
+          {"firstName", add.first_name},
+          {"middleName", add.middle_name},
+          {"lastName", add.last_name}};
+}
+json request_json(const TimeTrackingAdd& add) {
+  json request = time_entry(add);
+  request["type"] = "TimeTrackingAdd";
+  return request;
+}
+
+json received_requests() {
+  json sets = json::array();
+  for (const RequestSet& set : simulator().request_sets()) {
+    json requests = json::array();
+    for (const Request& request : set.requests)
+      requests.push_back(
+          std::visit([](const auto& typed) { return request_json(typed); }, request));
+    sets.push_back({{"onError", static_cast<int>(set.on_error)}, {"requests", requests}});
+  }
+  return sets;
 }
 
 json recorded_calls() {
@@ -147,6 +182,14 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
   }
   HRESULT STDMETHODCALLTYPE get_CompanyTimeEntries(BSTR* entries) override {
     *entries = com::make_bstr(company_time_entries().dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_CompanyEmployees(BSTR* employees) override {
+    *employees = com::make_bstr(json(simulator().company().employees).dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_ReceivedRequests(BSTR* requests) override {
+    *requests = com::make_bstr(received_requests().dump());
     return S_OK;
   }
 };

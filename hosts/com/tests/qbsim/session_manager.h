@@ -8,6 +8,8 @@
 //   VersionsByReference     QBXMLVersionsForSession hands its array out by reference
 //   RecordedRequestDocuments  the JSON list of the request processor's documents
 //   CompanyTimeEntries      the JSON list of the time entries the company holds
+//   CompanyEmployees        the JSON list of the employees the company holds
+//   ReceivedRequests        the JSON list of the request sets the company received
 #pragma once
 
 #include <string>
