@@ -12,8 +12,8 @@
 
 #include "dispatch_view.h"
 #include "raii.h"
+#include "zorvat/date.h"
 #include "zorvat/error.h"
-#include "zorvat/quickbooks/session.h"
 
 namespace zorvat::com {
 
