@@ -1267,46 +1267,74 @@ void missing_smith(json& company, json&) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, QB2000BackEnds,
-    ::testing::Values(BackEndCase{"SmallPayPeriod", [](json&, json&) {}},
-                      BackEndCase{"MissingEmployeeAdded", missing_smith, IDYES},
-                      BackEndCase{"MissingEmployeeRefused", missing_smith, IDNO},
-                      BackEndCase{"MissingPayrollItem",
-                                  [](json& company, json&) {
-                                    company["payroll_items"] = {
-                                        "Regular Hourly Rate",          "Overtime Hourly Rate",
-                                        "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
-                                        "Holiday Hourly Rate",          "Sick Hourly Rate"};
-                                  }},
-                      BackEndCase{"AccessDenied",
-                                  [](json& company, json&) {
-                                    company["begin_session_failure"] = {
-                                        {"number", -2147220448},
-                                        {"description", "The QuickBooks user has denied access."}};
-                                  }},
-                      BackEndCase{"TimeTrackingOff",
-                                  [](json& company, json&) { company["time_tracking"] = false; }},
-                      BackEndCase{"EditTotalsWithANegativeRest",
-                                  [](json&, json& period) {
-                                    json& card = period["cards"]["cards"][0];
-                                    card["EditREG"] = 2430;
-                                  }},
-                      BackEndCase{"MarkupCharactersWithoutFirstName",
-                                  [](json& company, json& period) {
-                                    const std::string last = "O'Hara & \"Sons\" <Ltd>";
-                                    period["cards"]["cards"] = json::array({card_on(
-                                        period["cards"]["cards"][0], "", last, {"2004-03-01"})});
-                                    company["employees"] = {last};
-                                  }},
-                      BackEndCase{
-                          "AccentedNames",
-                          [](json& company, json& period) {
-                            const json model = period["cards"]["cards"][0];
-                            period["cards"]["cards"] = json::array(
-                                {card_on(model, "José", "Peña", {"2004-03-01"}),
-                                 card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
-                                 card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
-                            company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
-                          }}),
+    ::testing::Values(
+        BackEndCase{"SmallPayPeriod", [](json&, json&) {}},
+        BackEndCase{"MissingEmployeeAdded", missing_smith, IDYES},
+        BackEndCase{"MissingEmployeeRefused", missing_smith, IDNO},
+        BackEndCase{"MissingPayrollItem",
+                    [](json& company, json&) {
+                      company["payroll_items"] = {
+                          "Regular Hourly Rate",          "Overtime Hourly Rate",
+                          "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
+                          "Holiday Hourly Rate",          "Sick Hourly Rate"};
+                    }},
+        BackEndCase{"AccessDenied",
+                    [](json& company, json&) {
+                      company["begin_session_failure"] = {
+                          {"number", -2147220448},
+                          {"description", "The QuickBooks user has denied access."}};
+                    }},
+        BackEndCase{"TimeTrackingOff",
+                    [](json& company, json&) { company["time_tracking"] = false; }},
+        BackEndCase{"EditTotalsWithANegativeRest",
+                    [](json&, json& period) {
+                      json& card = period["cards"]["cards"][0];
+                      card["EditREG"] = 2430;
+                    }},
+        BackEndCase{"MarkupCharactersWithoutFirstName",
+                    [](json& company, json& period) {
+                      const std::string last = "O'Hara & \"Sons\" <Ltd>";
+                      period["cards"]["cards"] = json::array(
+                          {card_on(period["cards"]["cards"][0], "", last, {"2004-03-01"})});
+                      company["employees"] = {last};
+                    }},
+        BackEndCase{"AccentedNames",
+                    [](json& company, json& period) {
+                      const json model = period["cards"]["cards"][0];
+                      period["cards"]["cards"] = json::array(
+                          {card_on(model, "José", "Peña", {"2004-03-01"}),
+                           card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
+                           card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
+                      company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
+                    }},
+        BackEndCase{"QuickBooksNotStartedAndNotLaunched",
+                    [](json& company, json&) {
+                      company["begin_session_failure"] = {
+                          {"number", -2147220472}, {"description", "Could not start QuickBooks."}};
+                    },
+                    IDNO},
+        BackEndCase{"NamePartsAtTheirLimits",
+                    [](json&, json& period) {
+                      json card = card_on(period["cards"]["cards"][0], std::string(25, 'F'),
+                                          std::string(25, 'L'), {"2004-03-01"});
+                      card["MI"] = "MMMMM";
+                      period["cards"]["cards"] = json::array({card});
+                    }},
+        BackEndCase{"NameOverItsLimit",
+                    [](json&, json& period) {
+                      json card = card_on(period["cards"]["cards"][0], std::string(26, 'F'), "Doe",
+                                          {"2004-03-01"});
+                      card["MI"] = "Q";
+                      period["cards"]["cards"] = json::array({card});
+                    }},
+        BackEndCase{"TwoDigitYearsAcrossTheWindow",
+                    [](json&, json& period) {
+                      period["cards"]["cards"] =
+                          json::array({card_on(period["cards"]["cards"][0], "Jane", "Doe",
+                                               {"2029-12-31", "2030-01-01"})});
+                    }},
+        BackEndCase{"NoTimeCards",
+                    [](json&, json& period) { period["cards"]["cards"] = json::array(); }}),
     [](const ::testing::TestParamInfo<BackEndCase>& tried) { return tried.param.name; });
 
 }  // namespace
