@@ -1058,6 +1058,16 @@ TEST_F(QB2000RequestProcessor, ExportsTheSmallPayPeriodAsTheQbfc2PathDoes) {
   EXPECT_EQ(time_entries(), through_qbfc2);
 }
 
+TEST_F(QB2000RequestProcessor, ComesAfterQbfcWhenBothAreRegistered) {
+  ASSERT_TRUE(simulator_server().register_server());
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  EXPECT_EQ(recorded_sets(), expected_sets());
+  EXPECT_TRUE(documents().empty());
+}
+
 TEST_F(QB2000RequestProcessor, SendsTheFirstRequestsAsTheQbxmlSchemaLaysThemOut) {
   load_company(company());
   const CallResult result = execute();
