@@ -4,7 +4,9 @@
 #                                     clang-format and clang-tidy
 #   scripts/install-deps.sh fuzz      clang with libFuzzer for the fuzz targets
 #   scripts/install-deps.sh windows   MinGW-w64 cross compilers, Wine (64- and 32-bit), Xvfb
-#                                     for the COM server, and wixl for its MSI installer
+#                                     for the COM server, wixl for its MSI installer, and
+#                                     the source of the installed pugixml for the Windows
+#                                     builds (see fetch_pugixml_source below)
 #   scripts/install-deps.sh all       all of them
 set -euo pipefail
 
@@ -13,7 +15,7 @@ core=(g++ cmake ninja-build make ccache pkg-config libgtest-dev libgmock-dev lib
       python3)
 fuzz=(clang-14 libclang-rt-14-dev)
 windows=(g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools wine wine64 libwine-dev xvfb
-         x11-utils imagemagick fonts-wine wixl)
+         x11-utils imagemagick fonts-wine wixl libpugixml-dev dpkg-dev debian-archive-keyring)
 
 wanted=()
 for group in "${@:-core}"; do
@@ -37,7 +39,66 @@ if ((wants_wine32)); then
   status=$(dpkg-query -W -f='${Status}' wine32:i386 2>/dev/null || true)
   [[ "$status" == "install ok installed" ]] && wants_wine32=0
 fi
-[[ ${#missing[@]} -eq 0 && $wants_wine32 -eq 0 ]] && exit 0
+
+# The Windows builds compile pugixml with MinGW, from Debian's own source package of the
+# version of libpugixml-dev installed here (Debian ships the header and a Linux library
+# only), so that the native and the Windows builds read qbXML with the same parser. The
+# source is fetched through a sources list and package lists of this step's own, signed by
+# the Debian archive keyring (apt checks the files against the signed index), leaving the
+# machine's apt configuration as it was, and unpacked into
+#   ${ZORVAT_CACHE_DIR:-${XDG_CACHE_HOME:-$HOME/.cache}/zorvat}/pugixml-VERSION
+# which the MinGW presets read (ZORVAT_PUGIXML_SOURCE_DIR in cmake/pugixml-source.cmake).
+# Nothing is fetched when that folder is already there.
+fetch_pugixml_source() {
+  local version cache target work
+  version=$(dpkg-query -W -f='${Version}' libpugixml-dev 2>/dev/null || true)
+  if [[ -z $version ]]; then
+    echo "install-deps: libpugixml-dev is not installed, so its source cannot be fetched" >&2
+    return 1
+  fi
+  cache=${ZORVAT_CACHE_DIR:-${XDG_CACHE_HOME:-$HOME/.cache}/zorvat}
+  target="$cache/pugixml-$version"
+  [[ -f $target/src/pugixml.cpp ]] && return 0
+  echo "install-deps: fetching the source of pugixml $version into $target" >&2
+  mkdir -p "$cache"
+  work=$(mktemp -d "$cache/.pugixml-fetch.XXXXXX")
+  # apt downloads as its own user when it runs as root.
+  chmod 755 "$work"
+  mkdir -p "$work/lists/partial" "$work/cache/archives/partial" "$work/download"
+  cat >"$work/sources.sources" <<SOURCES
+Types: deb-src
+URIs: http://deb.debian.org/debian
+Suites: bookworm bookworm-updates
+Components: main
+Signed-By: /usr/share/keyrings/debian-archive-keyring.gpg
+SOURCES
+  if [[ $(id -u) -eq 0 ]] && id _apt >/dev/null 2>&1; then
+    chown -R _apt "$work/lists" "$work/cache" "$work/download"
+  fi
+  local private=(-o "Dir::Etc::sourcelist=$work/sources.sources" -o Dir::Etc::sourceparts=/dev/null
+                 -o "Dir::State::Lists=$work/lists" -o "Dir::Cache=$work/cache"
+                 -o Acquire::Retries=3)
+  if ! apt-get "${private[@]}" update -qq >"$work/apt.log" 2>&1 ||
+     ! (cd "$work/download" &&
+        apt-get "${private[@]}" source --download-only -qq "pugixml=$version") >>"$work/apt.log" 2>&1 ||
+     ! dpkg-source -x "$work/download/pugixml_${version#*:}.dsc" "$work/pugixml" >>"$work/apt.log" 2>&1 ||
+     [[ ! -f $work/pugixml/src/pugixml.cpp ]]; then
+    cat "$work/apt.log" >&2
+    echo "install-deps: could not fetch the source of pugixml $version" >&2
+    rm -rf "$work"
+    return 1
+  fi
+  rm -rf "$target"
+  mv "$work/pugixml" "$target"
+  rm -rf "$work"
+}
+wants_windows=0
+for group in "${@:-core}"; do [[ $group == windows || $group == all ]] && wants_windows=1; done
+
+if [[ ${#missing[@]} -eq 0 && $wants_wine32 -eq 0 ]]; then
+  ((wants_windows)) && fetch_pugixml_source
+  exit 0
+fi
 
 sudo=()
 [[ $(id -u) -eq 0 ]] || sudo=(sudo)
@@ -109,3 +170,5 @@ PIN
   trap - EXIT
   [[ -x /usr/lib/wine/wine ]] || { echo "install-deps: wine32 installed no /usr/lib/wine/wine" >&2; exit 1; }
 fi
+((wants_windows)) && fetch_pugixml_source
+exit 0

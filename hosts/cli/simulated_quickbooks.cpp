@@ -9,12 +9,7 @@ namespace zorvat::cli {
 SimulatedQuickBooks::SimulatedQuickBooks(const std::string& company_path,
                                          const std::optional<std::string>& log_path)
     : simulator_(quickbooks::load_company_file(company_path)),
-#if ZORVAT_CLI_QBXML
       sessions_(simulator_, [this](std::string_view request_xml) { log(request_xml); }) {
-#else
-      sessions_(simulator_) {
-  if (log_path) throw std::runtime_error("--qb-log: this build sends no qbXML documents");
-#endif
   if (!log_path) return;
   log_.open(*log_path, std::ios::binary | std::ios::trunc);
   if (!log_) throw std::runtime_error("--qb-log: cannot write \"" + *log_path + "\"");

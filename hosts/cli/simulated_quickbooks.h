@@ -1,18 +1,15 @@
 // The QuickBooks company `zorvat export QB2000 --qb-company FILE` exports to: a
 // company simulator loaded from its JSON description, reached through qbXML
 // documents as QuickBooks itself is reached. With a log path, every request document
-// sent is written to that file as it goes. Builds without qbXML (Windows, where its XML
-// library is not available header-only) call the simulator directly and have no log.
+// sent is written to that file as it goes.
 #pragma once
 
 #include <fstream>
 #include <optional>
 #include <string>
 
-#include "zorvat/quickbooks/simulator.h"
-#if ZORVAT_CLI_QBXML
 #include "zorvat/quickbooks/qbxml_session.h"
-#endif
+#include "zorvat/quickbooks/simulator.h"
 
 namespace zorvat::cli {
 
@@ -32,11 +29,7 @@ class SimulatedQuickBooks {
 
   quickbooks::CompanySimulator simulator_;
   std::ofstream log_;
-#if ZORVAT_CLI_QBXML
   quickbooks::SimulatorQbxmlSessionFactory sessions_;
-#else
-  quickbooks::SimulatorSessionFactory sessions_;
-#endif
 };
 
 }  // namespace zorvat::cli

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "dispatch_view.h"
+#include "late_bound.h"
+#include "request_processor_session.h"
 #include "zorvat/error.h"
 #include "zorvat/quickbooks/back_ends.h"
 #include "zorvat/quickbooks/schema.h"
@@ -19,215 +21,11 @@ namespace {
 
 using namespace quickbooks;
 
-constexpr long kObjectNotSet = 91;
 constexpr long kCantCreateObject = 429;
 
 // ENBillableStatus.
 constexpr std::int32_t kBillable = 0;
 constexpr std::int32_t kNotBillable = 1;
-
-// An argument of a late-bound call.
-class Argument {
- public:
-  static Argument text(std::string_view value) {
-    Argument argument;
-    V_VT(&argument.value_) = VT_BSTR;
-    V_BSTR(&argument.value_) = make_bstr(value);
-    if (V_BSTR(&argument.value_) == nullptr) throw std::bad_alloc();
-    return argument;
-  }
-  static Argument integer(std::int16_t value) {
-    Argument argument;
-    V_VT(&argument.value_) = VT_I2;
-    V_I2(&argument.value_) = value;
-    return argument;
-  }
-  static Argument long_integer(std::int32_t value) {
-    Argument argument;
-    V_VT(&argument.value_) = VT_I4;
-    V_I4(&argument.value_) = value;
-    return argument;
-  }
-  // An integer as the parameter type a type library declares: Integer (VT_I2) or
-  // Long (VT_I4); a value the type cannot hold raises 6 Overflow.
-  static Argument integer_of_type(VARTYPE type, std::int64_t value) {
-    if (type == VT_I2) {
-      if (value < INT16_MIN || value > INT16_MAX) raise_runtime(rt::kOverflow);
-      return integer(static_cast<std::int16_t>(value));
-    }
-    if (value < INT32_MIN || value > INT32_MAX) raise_runtime(rt::kOverflow);
-    return long_integer(static_cast<std::int32_t>(value));
-  }
-  static Argument boolean(bool value) {
-    Argument argument;
-    V_VT(&argument.value_) = VT_BOOL;
-    V_BOOL(&argument.value_) = value ? VARIANT_TRUE : VARIANT_FALSE;
-    return argument;
-  }
-  static Argument object(IDispatch* value) {
-    Argument argument;
-    V_VT(&argument.value_) = VT_DISPATCH;
-    V_DISPATCH(&argument.value_) = value;
-    if (value != nullptr) value->AddRef();
-    return argument;
-  }
-  static Argument date(const Date& value) {
-    Argument argument;
-    V_VT(&argument.value_) = VT_DATE;
-    V_DATE(&argument.value_) = value.serial;
-    return argument;
-  }
-
-  const VARIANT& value() const { return value_; }
-
- private:
-  unique_variant value_;
-};
-
-// The object a call returned, held by value or by reference; null for Nothing (and
-// for Empty, as some callees return it for Nothing). A value that is no object is a
-// type mismatch.
-ComPtr<IDispatch> dispatch_of(const unique_variant& value) {
-  const VARTYPE type = V_VT(&value);
-  IUnknown* held = nullptr;
-  if (type == VT_DISPATCH || type == VT_UNKNOWN)
-    held = V_UNKNOWN(&value);
-  else if (type == (VT_DISPATCH | VT_BYREF) || type == (VT_UNKNOWN | VT_BYREF))
-    held = V_UNKNOWNREF(&value) != nullptr ? *V_UNKNOWNREF(&value) : nullptr;
-  else if (type != VT_EMPTY && type != VT_NULL)
-    raise_runtime(rt::kTypeMismatch);
-  ComPtr<IDispatch> object;
-  if (held != nullptr && FAILED(held->QueryInterface(IID_PPV_ARGS(&object))))
-    raise_runtime(rt::kTypeMismatch);
-  return object;
-}
-
-// An object the caller goes on to use: Nothing raises 91 "Object variable or With
-// block variable not set".
-ComPtr<IDispatch> as_object(const unique_variant& value) {
-  ComPtr<IDispatch> object = dispatch_of(value);
-  if (!object)
-    raise(kObjectNotSet, kComponentSource, "Object variable or With block variable not set");
-  return object;
-}
-
-// One object of the SDK, reached late-bound: each member is looked up by name when it
-// is called (a session makes few calls; none is worth a cache).
-class LateBound {
- public:
-  explicit LateBound(ComPtr<IDispatch> object) : object_(std::move(object)) {}
-
-  // Reads a property or calls a method, as VB's late binding does for both:
-  // DISPATCH_METHOD|DISPATCH_PROPERTYGET, arguments in the member's order.
-  unique_variant call(const wchar_t* name,
-                      std::initializer_list<const Argument*> arguments = {}) const {
-    return invoke(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments);
-  }
-  // Reads a member that holds an object (a property, or a method without arguments
-  // such as Append...Rq); Nothing raises 91.
-  LateBound object(const wchar_t* name) const { return LateBound(as_object(call(name))); }
-  // Reads a member that may hold Nothing (a response's Detail).
-  LateBound maybe_object(const wchar_t* name) const { return LateBound(dispatch_of(call(name))); }
-  // Assigns a property: DISPATCH_PROPERTYPUT with the value as the named argument.
-  void put(const wchar_t* name, const Argument& value) const {
-    VARIANTARG argument = value.value();  // borrowed: the callee does not free it
-    DISPID named = DISPID_PROPERTYPUT;
-    DISPPARAMS parameters{&argument, &named, 1, 1};
-    unique_excepinfo exception;
-    const HRESULT hr =
-        object_->Invoke(id_of(name), IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT,
-                        &parameters, nullptr, &exception, nullptr);
-    if (FAILED(hr)) raise_call_failure(hr, &exception);
-  }
-  // Whether the object has a member of this name.
-  bool has(const wchar_t* name) const {
-    DISPID id = DISPID_UNKNOWN;
-    return SUCCEEDED(find(name, id));
-  }
-  explicit operator bool() const { return static_cast<bool>(object_); }
-  IDispatch* get() const { return object_.Get(); }
-
- private:
-  HRESULT find(const wchar_t* name, DISPID& id) const {
-    std::wstring copy = name;
-    LPOLESTR names[] = {copy.data()};
-    return object_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
-  }
-  DISPID id_of(const wchar_t* name) const {
-    DISPID id = DISPID_UNKNOWN;
-    const HRESULT hr = find(name, id);
-    if (FAILED(hr)) raise_call_failure(hr, nullptr);
-    return id;
-  }
-
-  unique_variant invoke(const wchar_t* name, WORD flags,
-                        std::initializer_list<const Argument*> arguments) const {
-    // DISPPARAMS carry the arguments last first, borrowed from the caller.
-    std::vector<VARIANTARG> reversed(arguments.size());
-    std::size_t slot = arguments.size();
-    for (const Argument* argument : arguments) reversed[--slot] = argument->value();
-    DISPPARAMS parameters{reversed.empty() ? nullptr : reversed.data(), nullptr,
-                          static_cast<UINT>(reversed.size()), 0};
-    unique_variant result;
-    unique_excepinfo exception;
-    const HRESULT hr = object_->Invoke(id_of(name), IID_NULL, LOCALE_USER_DEFAULT, flags,
-                                       &parameters, result.addressof(), &exception, nullptr);
-    if (FAILED(hr)) raise_call_failure(hr, &exception);
-    return result;
-  }
-
-  ComPtr<IDispatch> object_;
-};
-
-std::string text_of(const unique_variant& value) {
-  unique_variant converted;
-  const HRESULT hr =
-      VariantChangeType(converted.addressof(), const_cast<unique_variant*>(&value), 0, VT_BSTR);
-  if (FAILED(hr)) raise_runtime(rt::kTypeMismatch);
-  return bstr_to_utf8(V_BSTR(&converted));
-}
-
-std::int32_t long_of(const unique_variant& value) {
-  unique_variant converted;
-  const HRESULT hr =
-      VariantChangeType(converted.addressof(), const_cast<unique_variant*>(&value), 0, VT_I4);
-  if (FAILED(hr)) raise_runtime(rt::kTypeMismatch);
-  return V_I4(&converted);
-}
-
-// An array of strings as a property returns it: a SAFEARRAY of BSTR, or of VARIANTs
-// holding strings, held by value or by reference. Read with the SafeArray API from
-// its lower bound to its upper bound; anything else is a type mismatch (13).
-std::vector<std::string> texts_of(const unique_variant& value) {
-  const VARTYPE type = V_VT(&value);
-  if ((type & VT_ARRAY) == 0) raise_runtime(rt::kTypeMismatch);
-  SAFEARRAY* array = (type & VT_BYREF) != 0
-                         ? (V_ARRAYREF(&value) != nullptr ? *V_ARRAYREF(&value) : nullptr)
-                         : V_ARRAY(&value);
-  const VARTYPE element = type & VT_TYPEMASK;
-  if (array == nullptr || SafeArrayGetDim(array) != 1 ||
-      (element != VT_BSTR && element != VT_VARIANT))
-    raise_runtime(rt::kTypeMismatch);
-  LONG lower = 0;
-  LONG upper = -1;
-  if (FAILED(SafeArrayGetLBound(array, 1, &lower)) || FAILED(SafeArrayGetUBound(array, 1, &upper)))
-    raise_runtime(rt::kTypeMismatch);
-  std::vector<std::string> texts;
-  for (LONG index = lower; index <= upper; ++index) {
-    if (element == VT_BSTR) {
-      BSTR text = nullptr;
-      if (FAILED(SafeArrayGetElement(array, &index, &text))) raise_runtime(rt::kTypeMismatch);
-      const unique_bstr owned(text);
-      texts.push_back(bstr_to_utf8(owned.get()));
-    } else {
-      unique_variant held;
-      if (FAILED(SafeArrayGetElement(array, &index, held.addressof())))
-        raise_runtime(rt::kTypeMismatch);
-      texts.push_back(text_of(held));
-    }
-  }
-  return texts;
-}
 
 // The field objects of a request are set with SetValue, one call per field.
 void set_value(const LateBound& field, const Argument& value) {
@@ -590,32 +388,38 @@ namespace {
 }  // namespace
 
 std::unique_ptr<SessionManager> QbfcSessionManagerFactory::create() {
-  [[maybe_unused]] std::optional<std::wstring> thirty_two_bit;
+  [[maybe_unused]] const SessionBackEnd* thirty_two_bit = nullptr;
   for (const SessionBackEnd& back_end : kSessionBackEnds) {
     const std::wstring prog_id = win32::to_wide(back_end.prog_id);
     CLSID clsid{};
     if (FAILED(CLSIDFromProgID(prog_id.c_str(), &clsid))) continue;
-    ComPtr<IDispatch> manager;
+    ComPtr<IDispatch> object;
     if (SUCCEEDED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
-                                   IID_PPV_ARGS(&manager)))) {
+                                   IID_PPV_ARGS(&object)))) {
       switch (back_end.kind) {
         case BackEndKind::EarlyQbfc:
-          return std::make_unique<QbfcSessionManager>(std::move(manager));
+          return std::make_unique<QbfcSessionManager>(std::move(object));
         case BackEndKind::NewerQbfc:
-          return std::make_unique<QbfcSessionManager>(std::move(manager), prog_id,
+          return std::make_unique<QbfcSessionManager>(std::move(object), prog_id,
                                                       back_end.newest_built);
+        case BackEndKind::RequestProcessor:
+          // Without QBFC, the request processor every QuickBooks Desktop installs
+          // carries the export's own qbXML documents.
+          return make_request_processor_session(std::move(object));
       }
     }
 #ifdef _WIN64
-    if (!thirty_two_bit && registered_for_32_bit_only(clsid)) thirty_two_bit = prog_id;
+    if (!thirty_two_bit && registered_for_32_bit_only(clsid)) thirty_two_bit = &back_end;
 #endif
   }
 #ifdef _WIN64
   // A 64-bit process cannot load a 32-bit in-process library: say so, and what to do.
   if (thirty_two_bit)
     raise(kCantCreateObject, kComponentSource,
-          "ActiveX component can't create object: QuickBooks' session manager " +
-              to_utf8(*thirty_two_bit) +
+          std::string("ActiveX component can't create object: QuickBooks' ") +
+              (thirty_two_bit->kind == BackEndKind::RequestProcessor ? "request processor "
+                                                                     : "session manager ") +
+              std::string(thirty_two_bit->prog_id) +
               " is a 32-bit library, which the 64-bit zorvat.dll cannot load. Export to "
               "QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
 #endif

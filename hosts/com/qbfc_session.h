@@ -57,8 +57,9 @@ class QbfcSessionManager final : public quickbooks::SessionManager {
 
 class QbfcSessionManagerFactory final : public quickbooks::SessionManagerFactory {
  public:
-  // The back ends of quickbooks::kSessionBackEnds, tried in their order: the first
-  // whose object can be created serves. When none can, raises 429 "ActiveX component
+  // The back ends of quickbooks::kSessionBackEnds, tried in their order (the QBFC
+  // generations, then the qbXML request processor, request_processor_session.h): the
+  // first whose object can be created serves. When none can, raises 429 "ActiveX component
   // can't create object" with a sentence saying what to install. In the 64-bit DLL,
   // a session manager registered for 32-bit processes only (as the SDK's is in most
   // releases) raises 429 with a description saying so: QuickBooks needs the 32-bit

@@ -527,7 +527,7 @@ TEST(QB2000Description, NamesTheSessionBackEndsInTheOrderTheyAreTried) {
             "QBFC12.QBSessionManager, QBFC11.QBSessionManager, QBFC10.QBSessionManager, "
             "QBFC9.QBSessionManager, QBFC8.QBSessionManager, QBFC7.QBSessionManager, "
             "QBFC6.QBSessionManager, QBFC5.QBSessionManager, QBFC4.QBSessionManager, "
-            "QBFC3.QBSessionManager");
+            "QBFC3.QBSessionManager, QBXMLRP2.RequestProcessor");
 }
 
 }  // namespace

@@ -42,14 +42,14 @@ TEST(SignedInterval, AgreesWithTheQbxmlText) {
   }
 }
 
-TEST(SessionBackEnds, TryTheEarlyGenerationsFirstThenTheNewerOnesNewestFirst) {
+TEST(SessionBackEnds, TryTheEarlyGenerationsThenTheNewerOnesNewestFirstThenTheRequestProcessor) {
   EXPECT_EQ(session_back_end_names(),
             "QBFC2.QBSessionManager, QBFC1.QBSessionManager, QBFC16.QBSessionManager, "
             "QBFC15.QBSessionManager, QBFC14.QBSessionManager, QBFC13.QBSessionManager, "
             "QBFC12.QBSessionManager, QBFC11.QBSessionManager, QBFC10.QBSessionManager, "
             "QBFC9.QBSessionManager, QBFC8.QBSessionManager, QBFC7.QBSessionManager, "
             "QBFC6.QBSessionManager, QBFC5.QBSessionManager, QBFC4.QBSessionManager, "
-            "QBFC3.QBSessionManager");
+            "QBFC3.QBSessionManager, QBXMLRP2.RequestProcessor");
   for (const SessionBackEnd& back_end : kSessionBackEnds) {
     if (back_end.kind != BackEndKind::NewerQbfc) continue;
     // QBFCn builds up to qbXML n.0.

@@ -591,13 +591,105 @@ void quickbooks_tests() {
          "export QB2000 to the simulated company adds the missing employee when answered yes",
          shown(run));
 
-  run = run_cli({L"export", L"QB2000", L"--cards", (examples / "sample-period.json").wstring(),
-                 L"--setup", to_wide(setup), L"--qb-company",
-                 (examples / "qb2000-company.json").wstring(), L"--qb-log",
-                 (config.work / "requests.xml").wstring()});
-  report(run.exit == 2 &&
-             first_line(run.err) == "zorvat: --qb-log: this build sends no qbXML documents",
-         "--qb-log is refused: this build calls the simulated company directly", shown(run));
+  // The request log: Jane Doe, known to the company as "Doe, Jane", worked 8 hours and 90
+  // minutes of overtime on 1 March 2004, and has 40 hours of regular edit totals. Every
+  // request set is one document. The day is one set of two entries under the company's
+  // "Last, First" name; 90 minutes are sent as 2 hours 30 (hours rounded, ties to even).
+  // The edit totals go under the card's own key, 40 hours as 24, 24 and -8.
+  const fs::path log_folder = fresh_folder("qb-log");
+  write_bytes(log_folder / "cards.json", R"({"cards": [{"FirstName": "Jane", "MI": "",
+    "LastName": "Doe", "EditREG": 2400, "EditOT1": 0, "EditOT2": 0, "PeriodStart": "2004-03-01",
+    "Days": [{"DayDate": "2004-03-01", "REG": 480, "OT1": 90, "OT2": 0, "VAC": 0, "HOL": 0,
+              "SIC": 0, "OTH": 0}]}]})");
+  write_bytes(log_folder / "company.json", R"({"company_file": "C:\\Company\\Sample.QBW",
+    "payroll_items": ["Regular Hourly Rate", "Overtime Hourly Rate",
+      "Premuim Overtime Hourly Rate", "Vacation Hourly Rate", "Holiday Hourly Rate",
+      "Sick Hourly Rate", "Other Hourly Rate"],
+    "employees": ["Doe, Jane"]})");
+  const auto edit_total = [](const std::string& duration) {
+    return "<?xml version=\"1.0\"?>\n"
+           "<?qbxml version=\"1.0\"?>\n"
+           "<QBXML>\n"
+           "  <QBXMLMsgsRq onError=\"continueOnError\">\n"
+           "    <TimeTrackingAddRq requestID=\"1\">\n"
+           "      <TimeTrackingAdd>\n"
+           "        <TxnDate>2004-03-01</TxnDate>\n"
+           "        <EntityRef>\n"
+           "          <FullName>Jane,,Doe</FullName>\n"
+           "        </EntityRef>\n"
+           "        <Duration>" +
+           duration +
+           "</Duration>\n"
+           "        <PayrollItemWageRef>\n"
+           "          <FullName>Regular Hourly Rate</FullName>\n"
+           "        </PayrollItemWageRef>\n"
+           "        <Notes>HLS - Edit Totals</Notes>\n"
+           "        <IsBillable>false</IsBillable>\n"
+           "      </TimeTrackingAdd>\n"
+           "    </TimeTrackingAddRq>\n"
+           "  </QBXMLMsgsRq>\n"
+           "</QBXML>\n";
+  };
+  const std::string expected_log =
+      "<?xml version=\"1.0\"?>\n"
+      "<?qbxml version=\"1.0\"?>\n"
+      "<QBXML>\n"
+      "  <QBXMLMsgsRq onError=\"continueOnError\">\n"
+      "    <PayrollItemWageQueryRq requestID=\"1\">\n"
+      "      <MaxReturned>40</MaxReturned>\n"
+      "    </PayrollItemWageQueryRq>\n"
+      "  </QBXMLMsgsRq>\n"
+      "</QBXML>\n"
+      "<?xml version=\"1.0\"?>\n"
+      "<?qbxml version=\"1.0\"?>\n"
+      "<QBXML>\n"
+      "  <QBXMLMsgsRq onError=\"continueOnError\">\n"
+      "    <EmployeeQueryRq requestID=\"1\"/>\n"
+      "  </QBXMLMsgsRq>\n"
+      "</QBXML>\n"
+      "<?xml version=\"1.0\"?>\n"
+      "<?qbxml version=\"1.0\"?>\n"
+      "<QBXML>\n"
+      "  <QBXMLMsgsRq onError=\"continueOnError\">\n"
+      "    <TimeTrackingAddRq requestID=\"1\">\n"
+      "      <TimeTrackingAdd>\n"
+      "        <TxnDate>2004-03-01</TxnDate>\n"
+      "        <EntityRef>\n"
+      "          <FullName>Doe, Jane</FullName>\n"
+      "        </EntityRef>\n"
+      "        <Duration>PT8H0M0S</Duration>\n"
+      "        <PayrollItemWageRef>\n"
+      "          <FullName>Regular Hourly Rate</FullName>\n"
+      "        </PayrollItemWageRef>\n"
+      "        <Notes>HLS - Regular Hourly Rate</Notes>\n"
+      "        <IsBillable>false</IsBillable>\n"
+      "      </TimeTrackingAdd>\n"
+      "    </TimeTrackingAddRq>\n"
+      "    <TimeTrackingAddRq requestID=\"2\">\n"
+      "      <TimeTrackingAdd>\n"
+      "        <TxnDate>2004-03-01</TxnDate>\n"
+      "        <EntityRef>\n"
+      "          <FullName>Doe, Jane</FullName>\n"
+      "        </EntityRef>\n"
+      "        <Duration>PT2H30M0S</Duration>\n"
+      "        <PayrollItemWageRef>\n"
+      "          <FullName>Overtime Hourly Rate</FullName>\n"
+      "        </PayrollItemWageRef>\n"
+      "        <Notes>HLS - Overtime Hourly Rate</Notes>\n"
+      "        <IsBillable>false</IsBillable>\n"
+      "      </TimeTrackingAdd>\n"
+      "    </TimeTrackingAddRq>\n"
+      "  </QBXMLMsgsRq>\n"
+      "</QBXML>\n" +
+      edit_total("PT24H0M0S") + edit_total("PT24H0M0S") + edit_total("-PT8H0M0S");
+  run =
+      run_cli({L"export", L"QB2000", L"--cards", (log_folder / "cards.json").wstring(), L"--setup",
+               to_wide(setup), L"--qb-company", (log_folder / "company.json").wstring(),
+               L"--qb-log", (log_folder / "requests.xml").wstring()});
+  const std::string logged = read_bytes(log_folder / "requests.xml");
+  report(run.exit == 0 && logged == expected_log,
+         "--qb-log writes every qbXML request document sent to the simulated company",
+         shown(run) + "\nlog:\n" + visible(logged));
 
   // Two-digit years: zorvat.exe reads them through the window Windows answers (Wine's
   // en-US locale: 2049), or through --two-digit-year-max.

@@ -141,6 +141,9 @@ class SimulatorServer {
   bool unregister_generation(int generation) const {
     return generation_entry("UnregisterSessionManager", generation) == S_OK;
   }
+  // The qbXML request processor, registered apart from the session manager.
+  bool register_request_processor() const { return entry("RegisterRequestProcessor") == S_OK; }
+  bool unregister_request_processor() const { return entry("UnregisterRequestProcessor") == S_OK; }
 
  private:
   HRESULT generation_entry(const char* name, int generation) const {
@@ -667,36 +670,55 @@ TEST_F(QB2000Com, StopsBeforeSendingANameOverItsLimit) {
 
 // Only the 64-bit DLL has this case: the 32-bit one loads the 32-bit session manager.
 #ifdef _WIN64
+// `prog_id` names a class registered for 32-bit processes only, as the SDK's installer
+// and QuickBooks register theirs; the destructor takes it away.
+class ThirtyTwoBitOnlyClass {
+ public:
+  explicit ThirtyTwoBitOnlyClass(std::wstring prog_id) : prog_id_(std::move(prog_id)) {
+    HKEY key = nullptr;
+    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, (class_key_ + L"\\InprocServer32").c_str(), 0, nullptr,
+                        0, KEY_WRITE | KEY_WOW64_32KEY, nullptr, &key, nullptr) != ERROR_SUCCESS)
+      return;
+    const std::wstring library = L"C:\\Program Files (x86)\\Common Files\\Intuit\\QBFC1.dll";
+    RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(library.c_str()),
+                   static_cast<DWORD>((library.size() + 1) * sizeof(wchar_t)));
+    RegCloseKey(key);
+    registered_ = RegSetValueW(HKEY_CLASSES_ROOT, (prog_id_ + L"\\CLSID").c_str(), REG_SZ, kClsid,
+                               0) == ERROR_SUCCESS;
+  }
+  ~ThirtyTwoBitOnlyClass() {
+    RegDeleteTreeW(HKEY_CLASSES_ROOT, prog_id_.c_str());
+    RegDeleteKeyW(HKEY_CLASSES_ROOT, prog_id_.c_str());
+    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, (class_key_ + L"\\InprocServer32").c_str(), KEY_WOW64_32KEY,
+                    0);
+    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, class_key_.c_str(), KEY_WOW64_32KEY, 0);
+  }
+  ThirtyTwoBitOnlyClass(const ThirtyTwoBitOnlyClass&) = delete;
+  ThirtyTwoBitOnlyClass& operator=(const ThirtyTwoBitOnlyClass&) = delete;
+  bool registered() const { return registered_; }
+
+ private:
+  static constexpr wchar_t kClsid[] = L"{0D3C2E6A-5B8F-4A3E-9C1D-7E2F4A6B8C90}";
+  std::wstring prog_id_;
+  std::wstring class_key_ = std::wstring(L"Software\\Classes\\CLSID\\") + kClsid;
+  bool registered_ = false;
+};
+
 TEST_F(QB2000Com, SaysTheSessionManagerIsThirtyTwoBitInTheSixtyFourBitDll) {
   // The SDK's installer registers its class for 32-bit processes only, whichever
   // generation it is.
   for (const std::wstring prog_id : {L"QBFC1.QBSessionManager", L"QBFC13.QBSessionManager"}) {
     SCOPED_TRACE(to_utf8(prog_id));
-    const wchar_t clsid[] = L"{0D3C2E6A-5B8F-4A3E-9C1D-7E2F4A6B8C90}";
-    const std::wstring class_key = std::wstring(L"Software\\Classes\\CLSID\\") + clsid;
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), 0,
-                              nullptr, 0, KEY_WRITE | KEY_WOW64_32KEY, nullptr, &key, nullptr),
-              ERROR_SUCCESS);
-    const std::wstring library = L"C:\\Program Files (x86)\\Common Files\\Intuit\\QBFC.dll";
-    RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(library.c_str()),
-                   static_cast<DWORD>((library.size() + 1) * sizeof(wchar_t)));
-    RegCloseKey(key);
     CallResult result;
     {
       // No simulator registered, and the ProgID naming the 32-bit class.
       const RegisteredSessionManagers none({});
       ASSERT_TRUE(none.done());
-      ASSERT_EQ(RegSetValueW(HKEY_CLASSES_ROOT, (prog_id + L"\\CLSID").c_str(), REG_SZ, clsid, 0),
-                ERROR_SUCCESS);
+      const ThirtyTwoBitOnlyClass thirty_two_bit(prog_id);
+      ASSERT_TRUE(thirty_two_bit.registered());
       export_ = create_object(L"zorvat.QB2000");
       result = execute();
-      RegDeleteTreeW(HKEY_CLASSES_ROOT, prog_id.c_str());
-      RegDeleteKeyW(HKEY_CLASSES_ROOT, prog_id.c_str());
     }
-    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, (class_key + L"\\InprocServer32").c_str(), KEY_WOW64_32KEY,
-                    0);
-    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, class_key.c_str(), KEY_WOW64_32KEY, 0);
 
     ASSERT_TRUE(result.raised()) << std::hex << result.hr;
     EXPECT_EQ(result.number, 429);
@@ -1367,6 +1389,402 @@ TEST_F(QB2000Com, EveryScenarioGoesThroughANewerGenerationAsThroughQbfc2) {
     EXPECT_EQ(through_qbfc13.company, through_qbfc2.company);
   }
 }
+
+// --- The qbXML request processor ------------------------------------------------------
+
+constexpr wchar_t kRequestProcessorProgId[] = L"QBXMLRP2.RequestProcessor";
+
+// What QuickBooks answers a document it cannot parse (and the request processor's
+// simulator a document that breaks the qbXML schema).
+constexpr long kParseError = -2147220480;
+
+// A machine with QuickBooks' request processor and no QBFC of any generation: qbsim.dll's
+// session manager unregistered, its request processor registered.
+class QB2000RequestProcessor : public QB2000Com {
+ protected:
+  void SetUp() override {
+    QB2000Com::SetUp();
+    if (HasFatalFailure()) return;
+    ASSERT_TRUE(simulator_server().unregister_server());
+    ASSERT_TRUE(simulator_server().register_request_processor());
+  }
+  void TearDown() override {
+    simulator_server().unregister_request_processor();
+    simulator_server().register_server();
+  }
+
+  // The documents the request processor received, each with the schema check's finding.
+  json documents() const {
+    return json::parse(get(quickbooks_.Get(), L"RecordedRequestDocuments").text());
+  }
+  std::vector<std::string> document_texts() const {
+    std::vector<std::string> texts;
+    for (const json& document : documents()) texts.push_back(document.at("document"));
+    return texts;
+  }
+  // Every document received was valid under the qbXML schema.
+  void expect_every_document_valid() const {
+    const json received = documents();
+    EXPECT_FALSE(received.empty());
+    for (const json& document : received)
+      EXPECT_TRUE(document.at("valid").get<bool>())
+          << document.at("problem").get<std::string>() << " in\n"
+          << document.at("document").get<std::string>();
+  }
+  json time_entries() const {
+    return json::parse(get(quickbooks_.Get(), L"CompanyTimeEntries").text());
+  }
+  // The time entries the company holds after the same export through QBFC2's session
+  // manager alone.
+  json time_entries_through_qbfc2() {
+    simulator_server().unregister_request_processor();
+    EXPECT_TRUE(simulator_server().register_server());
+    load_company(company());
+    const CallResult result = execute();
+    EXPECT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+    EXPECT_EQ(recorded_sets(), expected_sets());
+    json entries = time_entries();
+    EXPECT_TRUE(simulator_server().unregister_server());
+    EXPECT_TRUE(simulator_server().register_request_processor());
+    return entries;
+  }
+};
+
+// The small pay period's company lists qbXML 1.0 and 1.1. The request processor builds
+// no message sets, so the export writes the highest version listed that it writes: 1.1.
+//
+// A request set of one TimeTrackingAdd of Jane Doe's edit totals, as the qbXML writer
+// lays it out (qbXML 1.1: IsBillable).
+std::string edit_total_document(const std::string& duration) {
+  return "<?xml version=\"1.0\"?>\n"
+         "<?qbxml version=\"1.1\"?>\n"
+         "<QBXML>\n"
+         "  <QBXMLMsgsRq onError=\"continueOnError\">\n"
+         "    <TimeTrackingAddRq requestID=\"1\">\n"
+         "      <TimeTrackingAdd>\n"
+         "        <TxnDate>2004-03-01</TxnDate>\n"
+         "        <EntityRef>\n"
+         "          <FullName>Jane,,Doe</FullName>\n"
+         "        </EntityRef>\n"
+         "        <Duration>" +
+         duration +
+         "</Duration>\n"
+         "        <PayrollItemWageRef>\n"
+         "          <FullName>Regular Hourly Rate</FullName>\n"
+         "        </PayrollItemWageRef>\n"
+         "        <Notes>HLS - Edit Totals</Notes>\n"
+         "        <IsBillable>false</IsBillable>\n"
+         "      </TimeTrackingAdd>\n"
+         "    </TimeTrackingAddRq>\n"
+         "  </QBXMLMsgsRq>\n"
+         "</QBXML>\n";
+}
+
+TEST_F(QB2000RequestProcessor, ExportsTheSmallPayPeriodAsTheQbfc2PathDoes) {
+  const json through_qbfc2 = time_entries_through_qbfc2();
+  ASSERT_FALSE(through_qbfc2.empty());
+
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.source << ": " << result.description;
+  EXPECT_TRUE(result.boolean());
+  EXPECT_TRUE(boxes_.empty()) << boxes_.front().text;
+  // Nothing went through a QBFC message set; one document per request set.
+  EXPECT_TRUE(recorded_sets().empty());
+  EXPECT_EQ(documents().size(), expected_sets().size());
+  expect_every_document_valid();
+  EXPECT_EQ(session_calls(), period_.at("expect").at("sessionCalls"));
+  EXPECT_EQ(time_entries(), through_qbfc2);
+}
+
+TEST_F(QB2000RequestProcessor, ComesAfterQbfcWhenBothAreRegistered) {
+  ASSERT_TRUE(simulator_server().register_server());
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  EXPECT_EQ(recorded_sets(), expected_sets());
+  EXPECT_TRUE(documents().empty());
+}
+
+TEST_F(QB2000RequestProcessor, SendsTheFirstRequestsAsTheQbxmlSchemaLaysThemOut) {
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  const std::vector<std::string> sent = document_texts();
+  ASSERT_GE(sent.size(), 3u);
+  EXPECT_EQ(sent[0],
+            joined({"<?xml version=\"1.0\"?>\n", "<?qbxml version=\"1.1\"?>\n", "<QBXML>\n",
+                    "  <QBXMLMsgsRq onError=\"continueOnError\">\n",
+                    "    <PayrollItemWageQueryRq requestID=\"1\">\n",
+                    "      <MaxReturned>40</MaxReturned>\n", "    </PayrollItemWageQueryRq>\n",
+                    "  </QBXMLMsgsRq>\n", "</QBXML>\n"}));
+  EXPECT_EQ(sent[1], joined({"<?xml version=\"1.0\"?>\n", "<?qbxml version=\"1.1\"?>\n",
+                             "<QBXML>\n", "  <QBXMLMsgsRq onError=\"continueOnError\">\n",
+                             "    <EmployeeQueryRq requestID=\"1\"/>\n", "  </QBXMLMsgsRq>\n",
+                             "</QBXML>\n"}));
+}
+
+TEST_F(QB2000RequestProcessor, SendsANegativeDurationWithItsSignInFront) {
+  // 2430 minutes of edit totals: 24:00, 24:00 and -8 hours with 30 minutes.
+  one_card("Jane", "", "Doe", 480, 2430);
+  load_company(company());
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  const std::vector<std::string> sent = document_texts();
+  ASSERT_EQ(sent.size(), 6u);
+  EXPECT_EQ(sent[3], edit_total_document("PT24H0M0S"));
+  EXPECT_EQ(sent[4], edit_total_document("PT24H0M0S"));
+  EXPECT_EQ(sent[5], edit_total_document("-PT8H30M0S"));
+  expect_every_document_valid();
+  // The day's 8 hours are the one entry the company keeps (the edit totals name the
+  // card's key, which is no employee of the company).
+  EXPECT_EQ(time_entries(), json::parse(R"([{"date": "2004-03-01", "entity": "Doe, Jane",
+    "hours": 8, "minutes": 0, "seconds": 0, "payrollItem": "Regular Hourly Rate",
+    "notes": "HLS - Regular Hourly Rate", "billable": false}])"));
+}
+
+TEST_F(QB2000RequestProcessor, WritesTheNewestVersionItWritesWhenQuickBooksListsANewerOne) {
+  json newer = company();
+  newer["qbxml_versions"] = {"17.0", "16.0"};
+  load_company(newer);
+  const CallResult result = execute();
+  ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
+  EXPECT_TRUE(result.boolean());
+  const std::vector<std::string> sent = document_texts();
+  ASSERT_EQ(sent.size(), expected_sets().size());
+  for (const std::string& document : sent) {
+    EXPECT_EQ(document.substr(0, 47), "<?xml version=\"1.0\"?>\n<?qbxml version=\"16.0\"?>\n")
+        << document;
+    EXPECT_EQ(document.find("IsBillable"), std::string::npos) << document;
+  }
+  EXPECT_NE(sent.back().find("        <BillableStatus>NotBillable</BillableStatus>\n"),
+            std::string::npos)
+      << sent.back();
+  expect_every_document_valid();
+}
+
+TEST_F(QB2000RequestProcessor, AnswersADocumentThatBreaksTheSchemaAsOneQuickBooksCannotParse) {
+  load_company(company());
+  HRESULT created = S_OK;
+  const ComPtr<IDispatch> processor = create_object(kRequestProcessorProgId, &created);
+  ASSERT_TRUE(processor) << std::hex << created;
+  ASSERT_EQ(call(processor.Get(), L"OpenConnection2", DISPATCH_METHOD,
+                 {text_arg(""), text_arg("test"), long_arg(1)})
+                .hr,
+            S_OK);
+  const CallResult ticket = call(processor.Get(), L"BeginSession", DISPATCH_METHOD,
+                                 {text_arg("C:\\Company\\Horalis Test.QBW"), long_arg(2)});
+  ASSERT_EQ(ticket.hr, S_OK) << ticket.description;
+  // The duration in words is no ISO 8601 interval.
+  std::string broken = edit_total_document("PT24H0M0S");
+  broken.replace(broken.find("PT24H0M0S"), 9, "24 hours");
+  const CallResult refused = call(processor.Get(), L"ProcessRequest", DISPATCH_METHOD,
+                                  {text_arg(ticket.text()), text_arg(broken)});
+  EXPECT_TRUE(refused.raised()) << std::hex << refused.hr;
+  EXPECT_EQ(refused.number, kParseError);
+  EXPECT_EQ(refused.description,
+            "QuickBooks found an error when parsing the provided XML text stream.");
+  // The same document with the interval written as qbXML writes it is answered.
+  const CallResult answered =
+      call(processor.Get(), L"ProcessRequest", DISPATCH_METHOD,
+           {text_arg(ticket.text()), text_arg(edit_total_document("PT24H0M0S"))});
+  ASSERT_EQ(answered.hr, S_OK) << answered.description;
+  EXPECT_NE(answered.text().find("<TimeTrackingAddRs requestID=\"1\""), std::string::npos)
+      << answered.text();
+  const json received = documents();
+  ASSERT_EQ(received.size(), 2u);
+  EXPECT_FALSE(received[0].at("valid").get<bool>());
+  EXPECT_NE(received[0].at("problem").get<std::string>(), "");
+  EXPECT_TRUE(received[1].at("valid").get<bool>()) << received[1].at("problem");
+  call(processor.Get(), L"EndSession", DISPATCH_METHOD, {text_arg(ticket.text())});
+  call(processor.Get(), L"CloseConnection", DISPATCH_METHOD);
+}
+
+// The request processor QuickBooks registers for 32-bit processes only: the 64-bit DLL's
+// 429 names it, as it names a 32-bit QBFC.
+#ifdef _WIN64
+TEST_F(QB2000RequestProcessor, SaysTheRequestProcessorIsThirtyTwoBitInTheSixtyFourBitDll) {
+  load_company(company());
+  ASSERT_TRUE(simulator_server().unregister_request_processor());
+  CallResult result;
+  {
+    const ThirtyTwoBitOnlyClass processor(kRequestProcessorProgId);
+    ASSERT_TRUE(processor.registered());
+    result = execute();
+  }
+  ASSERT_TRUE(result.raised()) << std::hex << result.hr;
+  EXPECT_EQ(result.number, 429);
+  EXPECT_EQ(result.source, "zorvat.QB2000.Execute");
+  EXPECT_EQ(result.description,
+            "ActiveX component can't create object: QuickBooks' request processor "
+            "QBXMLRP2.RequestProcessor is a 32-bit library, which the 64-bit zorvat.dll cannot "
+            "load. Export to QuickBooks from a 32-bit host, which uses the 32-bit zorvat.dll.");
+  EXPECT_TRUE(documents().empty());
+}
+#endif
+
+// --- The same export through either back end ---------------------------------------------
+
+// A case of the QB2000 suite: how it changes the small pay period's company and cards,
+// and how the user answers the export's questions.
+struct BackEndCase {
+  const char* name;
+  void (*prepare)(json& company, json& period);
+  int answer = IDYES;
+};
+
+// What a host and QuickBooks see of one export.
+struct ExportOutcome {
+  HRESULT hr = S_OK;
+  long number = 0;
+  std::string source;
+  std::string description;
+  bool result = false;
+  std::vector<std::string> boxes;  // caption, text and whether it asked, of each box
+  json requests;                   // the request sets the company received
+  json employees;                  // the company's employees afterwards
+  json entries;                    // the company's time entries afterwards
+};
+
+// Each case runs through QBFC2's session manager alone, then through the request
+// processor alone, on the same company: the host, the user and QuickBooks must see the
+// same export.
+class QB2000BackEnds : public QB2000RequestProcessor,
+                       public ::testing::WithParamInterface<BackEndCase> {
+ protected:
+  ExportOutcome run(bool through_request_processor) {
+    if (through_request_processor) {
+      EXPECT_TRUE(simulator_server().unregister_server());
+      EXPECT_TRUE(simulator_server().register_request_processor());
+    } else {
+      EXPECT_TRUE(simulator_server().unregister_request_processor());
+      EXPECT_TRUE(simulator_server().register_server());
+    }
+    // A fresh export object: one that ended an export early keeps its session manager.
+    export_ = create_object(L"zorvat.QB2000");
+    EXPECT_TRUE(export_);
+    json company_now = company();
+    json period = period_;
+    GetParam().prepare(company_now, period);
+    const json kept = period_;
+    period_ = period;
+    load_company(company_now);
+    const CallResult result = execute(GetParam().answer);
+    period_ = kept;
+    ExportOutcome outcome;
+    outcome.hr = result.hr;
+    outcome.number = result.number;
+    outcome.source = result.source;
+    outcome.description = result.description;
+    outcome.result = result.boolean();
+    for (const SeenBox& box : boxes_)
+      outcome.boxes.push_back(box.caption + "|" + box.text + (box.yes_no ? "|yes/no" : ""));
+    outcome.requests = json::parse(get(quickbooks_.Get(), L"ReceivedRequests").text());
+    outcome.employees = json::parse(get(quickbooks_.Get(), L"CompanyEmployees").text());
+    outcome.entries = time_entries();
+    return outcome;
+  }
+};
+
+TEST_P(QB2000BackEnds, TheRequestProcessorAloneExportsAsQbfc2Does) {
+  const ExportOutcome qbfc2 = run(false);
+  EXPECT_TRUE(documents().empty());
+  const ExportOutcome processor = run(true);
+  EXPECT_EQ(processor.hr, qbfc2.hr);
+  EXPECT_EQ(processor.number, qbfc2.number);
+  EXPECT_EQ(processor.source, qbfc2.source);
+  EXPECT_EQ(processor.description, qbfc2.description);
+  EXPECT_EQ(processor.result, qbfc2.result);
+  EXPECT_EQ(processor.boxes, qbfc2.boxes);
+  EXPECT_EQ(processor.requests, qbfc2.requests);
+  EXPECT_EQ(processor.employees, qbfc2.employees);
+  EXPECT_EQ(processor.entries, qbfc2.entries);
+  // Every request set went as a document of its own, and every one was valid.
+  EXPECT_TRUE(recorded_sets().empty());
+  EXPECT_EQ(documents().size(), processor.requests.size());
+  for (const json& document : documents())
+    EXPECT_TRUE(document.at("valid").get<bool>())
+        << document.at("problem").get<std::string>() << " in\n"
+        << document.at("document").get<std::string>();
+}
+
+void missing_smith(json& company, json&) {
+  company["employees"] = {"Doe, Jane"};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, QB2000BackEnds,
+    ::testing::Values(
+        BackEndCase{"SmallPayPeriod", [](json&, json&) {}},
+        BackEndCase{"MissingEmployeeAdded", missing_smith, IDYES},
+        BackEndCase{"MissingEmployeeRefused", missing_smith, IDNO},
+        BackEndCase{"MissingPayrollItem",
+                    [](json& company, json&) {
+                      company["payroll_items"] = {
+                          "Regular Hourly Rate",          "Overtime Hourly Rate",
+                          "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
+                          "Holiday Hourly Rate",          "Sick Hourly Rate"};
+                    }},
+        BackEndCase{"AccessDenied",
+                    [](json& company, json&) {
+                      company["begin_session_failure"] = {
+                          {"number", -2147220448},
+                          {"description", "The QuickBooks user has denied access."}};
+                    }},
+        BackEndCase{"TimeTrackingOff",
+                    [](json& company, json&) { company["time_tracking"] = false; }},
+        BackEndCase{"EditTotalsWithANegativeRest",
+                    [](json&, json& period) {
+                      json& card = period["cards"]["cards"][0];
+                      card["EditREG"] = 2430;
+                    }},
+        BackEndCase{"MarkupCharactersWithoutFirstName",
+                    [](json& company, json& period) {
+                      const std::string last = "O'Hara & \"Sons\" <Ltd>";
+                      period["cards"]["cards"] = json::array(
+                          {card_on(period["cards"]["cards"][0], "", last, {"2004-03-01"})});
+                      company["employees"] = {last};
+                    }},
+        BackEndCase{"AccentedNames",
+                    [](json& company, json& period) {
+                      const json model = period["cards"]["cards"][0];
+                      period["cards"]["cards"] = json::array(
+                          {card_on(model, "José", "Peña", {"2004-03-01"}),
+                           card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
+                           card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
+                      company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
+                    }},
+        BackEndCase{"QuickBooksNotStartedAndNotLaunched",
+                    [](json& company, json&) {
+                      company["begin_session_failure"] = {
+                          {"number", -2147220472}, {"description", "Could not start QuickBooks."}};
+                    },
+                    IDNO},
+        BackEndCase{"NamePartsAtTheirLimits",
+                    [](json&, json& period) {
+                      json card = card_on(period["cards"]["cards"][0], std::string(25, 'F'),
+                                          std::string(25, 'L'), {"2004-03-01"});
+                      card["MI"] = "MMMMM";
+                      period["cards"]["cards"] = json::array({card});
+                    }},
+        BackEndCase{"NameOverItsLimit",
+                    [](json&, json& period) {
+                      json card = card_on(period["cards"]["cards"][0], std::string(26, 'F'), "Doe",
+                                          {"2004-03-01"});
+                      card["MI"] = "Q";
+                      period["cards"]["cards"] = json::array({card});
+                    }},
+        BackEndCase{"TwoDigitYearsAcrossTheWindow",
+                    [](json&, json& period) {
+                      period["cards"]["cards"] =
+                          json::array({card_on(period["cards"]["cards"][0], "Jane", "Doe",
+                                               {"2029-12-31", "2030-01-01"})});
+                    }},
+        BackEndCase{"NoTimeCards",
+                    [](json&, json& period) { period["cards"]["cards"] = json::array(); }}),
+    [](const ::testing::TestParamInfo<BackEndCase>& tried) { return tried.param.name; });
 
 }  // namespace
 }  // namespace zorvat::com::testing

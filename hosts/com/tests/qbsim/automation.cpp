@@ -13,25 +13,31 @@ struct KnownInterface {
   ComPtr<ITypeInfo> info;
 };
 
-// The type library embedded in qbsim.dll, loaded once and never registered.
-ITypeLib* type_library() {
-  static ComPtr<ITypeLib> library = [] {
-    ComPtr<ITypeLib> loaded;
+// The type libraries embedded in qbsim.dll (resources TYPELIB 1, 2, ...), loaded once
+// and never registered.
+const std::vector<ComPtr<ITypeLib>>& type_libraries() {
+  static const std::vector<ComPtr<ITypeLib>> libraries = [] {
+    std::vector<ComPtr<ITypeLib>> loaded;
     wchar_t path[MAX_PATH + 1] = {};
-    if (GetModuleFileNameW(server_module(), path, MAX_PATH) != 0)
-      LoadTypeLibEx(path, REGKIND_NONE, &loaded);
+    if (GetModuleFileNameW(server_module(), path, MAX_PATH) == 0) return loaded;
+    for (int index = 1;; ++index) {
+      const std::wstring resource = std::wstring(path) + L"\\" + std::to_wstring(index);
+      ComPtr<ITypeLib> library;
+      if (FAILED(LoadTypeLibEx(resource.c_str(), REGKIND_NONE, &library))) break;
+      loaded.push_back(library);
+    }
     return loaded;
   }();
-  return library.Get();
+  return libraries;
 }
 
 // A dual interface's type information as the library first hands it out describes
 // its dispinterface; DispInvoke calls through the vtable, so it wants the interface.
 ComPtr<ITypeInfo> vtable_type_info(REFIID iid) {
-  ITypeLib* library = type_library();
-  if (library == nullptr) return nullptr;
   ComPtr<ITypeInfo> info;
-  if (FAILED(library->GetTypeInfoOfGuid(iid, &info))) return nullptr;
+  for (const ComPtr<ITypeLib>& library : type_libraries())
+    if (SUCCEEDED(library->GetTypeInfoOfGuid(iid, &info))) break;
+  if (!info) return nullptr;
   TYPEATTR* attributes = nullptr;
   if (FAILED(info->GetTypeAttr(&attributes))) return nullptr;
   const bool dispinterface = attributes->typekind == TKIND_DISPATCH;

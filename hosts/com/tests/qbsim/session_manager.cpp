@@ -1,6 +1,7 @@
 #include "session_manager.h"
 
 #include <nlohmann/json.hpp>
+#include <variant>
 
 #include "message_set.h"
 #include "responses.h"
@@ -19,6 +20,7 @@ using namespace quickbooks;
 struct SimulatedQuickBooks {
   std::unique_ptr<CompanySimulator> simulator = std::make_unique<CompanySimulator>(Company{});
   json request_sets = json::array();
+  json request_documents = json::array();
   bool versions_by_reference = false;
   json created = json::array();
   bool hides_type_information = false;
@@ -33,22 +35,60 @@ CompanySimulator& simulator() {
   return *quickbooks().simulator;
 }
 
+json time_entry(const TimeTrackingAdd& entry) {
+  return {{"date", txn_date_text(entry.txn_date)},
+          {"entity", entry.entity_full_name},
+          {"hours", entry.duration.hours},
+          {"minutes", entry.duration.minutes},
+          {"seconds", entry.duration.seconds},
+          {"payrollItem", entry.payroll_item_wage_full_name},
+          {"notes", entry.notes},
+          {"billable", entry.is_billable}};
+}
+
+json company_time_entries() {
+  json entries = json::array();
+  for (const TimeTrackingAdd& entry : simulator().company().time_entries)
+    entries.push_back(time_entry(entry));
+  return entries;
+}
+
+json request_json(const PayrollItemWageQuery& query) {
+  return {{"type", "PayrollItemWageQuery"}, {"maxReturned", query.max_returned}};
+}
+json request_json(const EmployeeQuery&) {
+  return {{"type", "EmployeeQuery"}};
+}
+json request_json(const EmployeeAdd& add) {
+  return {{"type", "EmployeeAdd"},
+          {"firstName", add.first_name},
+          {"middleName", add.middle_name},
+          {"lastName", add.last_name}};
+}
+json request_json(const TimeTrackingAdd& add) {
+  json request = time_entry(add);
+  request["type"] = "TimeTrackingAdd";
+  return request;
+}
+
+json received_requests() {
+  json sets = json::array();
+  for (const RequestSet& set : simulator().request_sets()) {
+    json requests = json::array();
+    for (const Request& request : set.requests)
+      requests.push_back(
+          std::visit([](const auto& typed) { return request_json(typed); }, request));
+    sets.push_back({{"onError", static_cast<int>(set.on_error)}, {"requests", requests}});
+  }
+  return sets;
+}
+
 json recorded_calls() {
   json calls = json::array();
   for (const RecordedCall& call : simulator().calls())
     calls.push_back(
         {{"operation", call.operation}, {"arguments", call.arguments}, {"error", call.error}});
   return calls;
-}
-
-SAFEARRAY* bstr_array(const std::vector<std::string>& texts) {
-  SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
-  if (array == nullptr) throw std::bad_alloc();
-  for (LONG index = 0; index < static_cast<LONG>(texts.size()); ++index) {
-    com::unique_bstr text(com::make_bstr(texts[static_cast<std::size_t>(index)]));
-    SafeArrayPutElement(array, &index, text.get());
-  }
-  return array;
 }
 
 // The members every generation's session manager shares; `Interface` is the
@@ -173,6 +213,7 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
       Company loaded = parse_company_json(com::bstr_to_utf8(company), "LoadCompany");
       quickbooks().simulator = std::make_unique<CompanySimulator>(std::move(loaded));
       quickbooks().request_sets = json::array();
+      quickbooks().request_documents = json::array();
       quickbooks().versions_by_reference = false;
       quickbooks().created = json::array();
       quickbooks().hides_type_information = false;
@@ -210,9 +251,44 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
     quickbooks().versions_by_reference = by_reference != VARIANT_FALSE;
     return S_OK;
   }
+  HRESULT STDMETHODCALLTYPE get_RecordedRequestDocuments(BSTR* documents) override {
+    *documents = com::make_bstr(quickbooks().request_documents.dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_CompanyTimeEntries(BSTR* entries) override {
+    *entries = com::make_bstr(company_time_entries().dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_CompanyEmployees(BSTR* employees) override {
+    *employees = com::make_bstr(json(simulator().company().employees).dump());
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_ReceivedRequests(BSTR* requests) override {
+    *requests = com::make_bstr(received_requests().dump());
+    return S_OK;
+  }
 };
 
 }  // namespace
+
+SAFEARRAY* bstr_array(const std::vector<std::string>& texts) {
+  SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
+  if (array == nullptr) throw std::bad_alloc();
+  for (LONG index = 0; index < static_cast<LONG>(texts.size()); ++index) {
+    com::unique_bstr text(com::make_bstr(texts[static_cast<std::size_t>(index)]));
+    SafeArrayPutElement(array, &index, text.get());
+  }
+  return array;
+}
+
+quickbooks::CompanySimulator& simulated_quickbooks() {
+  return simulator();
+}
+
+void record_request_document(const std::string& document, const std::string& problem) {
+  quickbooks().request_documents.push_back(
+      {{"document", document}, {"valid", problem.empty()}, {"problem", problem}});
+}
 
 ComPtr<IQBSessionManager> make_session_manager(std::string_view prog_id) {
   return make<SessionManager>(prog_id);

@@ -23,17 +23,18 @@ enum class BackEndKind {
   // A newer session manager, called in the shapes its own type information gives;
   // it creates message sets up to `newest_built`.
   NewerQbfc,
-  // The qbXML request processor ("QBXMLRP2.RequestProcessor") takes a kind of its
-  // own and the last entry of the list, after every QBFC generation.
+  // The qbXML request processor every QuickBooks Desktop installs: it carries the
+  // export's own qbXML documents, written up to the newest version the export writes.
+  RequestProcessor,
 };
 
 struct SessionBackEnd {
   std::string_view prog_id;
   BackEndKind kind;
-  QbxmlVersionNumber newest_built;  // NewerQbfc only
+  QbxmlVersionNumber newest_built;  // NewerQbfc and RequestProcessor
 };
 
-inline constexpr std::array<SessionBackEnd, 16> kSessionBackEnds{{
+inline constexpr std::array<SessionBackEnd, 17> kSessionBackEnds{{
     {"QBFC2.QBSessionManager", BackEndKind::EarlyQbfc, {}},
     {"QBFC1.QBSessionManager", BackEndKind::EarlyQbfc, {}},
     {"QBFC16.QBSessionManager", BackEndKind::NewerQbfc, {16, 0}},
@@ -50,7 +51,7 @@ inline constexpr std::array<SessionBackEnd, 16> kSessionBackEnds{{
     {"QBFC5.QBSessionManager", BackEndKind::NewerQbfc, {5, 0}},
     {"QBFC4.QBSessionManager", BackEndKind::NewerQbfc, {4, 0}},
     {"QBFC3.QBSessionManager", BackEndKind::NewerQbfc, {3, 0}},
-    // The request processor's entry comes here.
+    {"QBXMLRP2.RequestProcessor", BackEndKind::RequestProcessor, kNewestVersionWritten},
 }};
 
 // The ProgIDs in order, joined with ", ": what the class's description names.
