@@ -1507,6 +1507,23 @@ TEST_F(QB2000RequestProcessor, ComesAfterQbfcWhenBothAreRegistered) {
   EXPECT_TRUE(documents().empty());
 }
 
+// Every QBFC generation comes before the request processor: the early ones and the
+// newer ones alike serve the export while the request processor is registered too.
+TEST_F(QB2000RequestProcessor, ComesAfterEveryQbfcGeneration) {
+  for (const int generation : {1, 3, 13, 16}) {
+    const RegisteredSessionManagers prefix({generation});
+    ASSERT_TRUE(prefix.done());
+    export_ = create_object(L"zorvat.QB2000");
+    load_company(company());
+    const CallResult result = execute();
+    const std::string prog_id = "QBFC" + std::to_string(generation) + ".QBSessionManager";
+    ASSERT_EQ(result.hr, S_OK) << prog_id << ": " << result.description;
+    EXPECT_EQ(created_session_managers(), json::array({prog_id}));
+    EXPECT_EQ(recorded_sets().size(), 8u) << prog_id;
+    EXPECT_TRUE(documents().empty()) << prog_id;
+  }
+}
+
 TEST_F(QB2000RequestProcessor, SendsTheFirstRequestsAsTheQbxmlSchemaLaysThemOut) {
   load_company(company());
   const CallResult result = execute();
