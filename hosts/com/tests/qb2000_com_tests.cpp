@@ -834,8 +834,11 @@ TEST_F(QB2000Com, ANewerGenerationSendsANegativeDurationThroughTheSignArgument) 
   // on either path.
   const json entries = company_now().at("timeEntries");
   ASSERT_EQ(entries.size(), 3u);
-  EXPECT_EQ(entries[1].at("duration"), "PT24H0M0S");
-  EXPECT_EQ(entries[2].at("duration"), "PT24H0M0S");
+  for (const std::size_t full_day : {1u, 2u}) {
+    EXPECT_EQ(entries[full_day].at("hours"), 24);
+    EXPECT_EQ(entries[full_day].at("minutes"), 0);
+    EXPECT_EQ(entries[full_day].at("seconds"), 0);
+  }
   EXPECT_EQ(company_now(), company_through_qbfc2);
 }
 
@@ -1431,9 +1434,7 @@ class QB2000RequestProcessor : public QB2000Com {
           << document.at("problem").get<std::string>() << " in\n"
           << document.at("document").get<std::string>();
   }
-  json time_entries() const {
-    return json::parse(get(quickbooks_.Get(), L"CompanyTimeEntries").text());
-  }
+  json time_entries() const { return company_now().at("timeEntries"); }
   // The time entries the company holds after the same export through QBFC2's session
   // manager alone.
   json time_entries_through_qbfc2() {
@@ -1661,8 +1662,7 @@ struct ExportOutcome {
   bool result = false;
   std::vector<std::string> boxes;  // caption, text and whether it asked, of each box
   json requests;                   // the request sets the company received
-  json employees;                  // the company's employees afterwards
-  json entries;                    // the company's time entries afterwards
+  json company;                    // the company's employees and time entries afterwards
 };
 
 // Each case runs through QBFC2's session manager alone, then through the request
@@ -1682,12 +1682,12 @@ class QB2000BackEnds : public QB2000RequestProcessor,
     // A fresh export object: one that ended an export early keeps its session manager.
     export_ = create_object(L"zorvat.QB2000");
     EXPECT_TRUE(export_);
-    json company_now = company();
+    json changed = company();
     json period = period_;
-    GetParam().prepare(company_now, period);
+    GetParam().prepare(changed, period);
     const json kept = period_;
     period_ = period;
-    load_company(company_now);
+    load_company(changed);
     const CallResult result = execute(GetParam().answer);
     period_ = kept;
     ExportOutcome outcome;
@@ -1699,8 +1699,7 @@ class QB2000BackEnds : public QB2000RequestProcessor,
     for (const SeenBox& box : boxes_)
       outcome.boxes.push_back(box.caption + "|" + box.text + (box.yes_no ? "|yes/no" : ""));
     outcome.requests = json::parse(get(quickbooks_.Get(), L"ReceivedRequests").text());
-    outcome.employees = json::parse(get(quickbooks_.Get(), L"CompanyEmployees").text());
-    outcome.entries = time_entries();
+    outcome.company = company_now();
     return outcome;
   }
 };
@@ -1716,8 +1715,7 @@ TEST_P(QB2000BackEnds, TheRequestProcessorAloneExportsAsQbfc2Does) {
   EXPECT_EQ(processor.result, qbfc2.result);
   EXPECT_EQ(processor.boxes, qbfc2.boxes);
   EXPECT_EQ(processor.requests, qbfc2.requests);
-  EXPECT_EQ(processor.employees, qbfc2.employees);
-  EXPECT_EQ(processor.entries, qbfc2.entries);
+  EXPECT_EQ(processor.company, qbfc2.company);
   // Every request set went as a document of its own, and every one was valid.
   EXPECT_TRUE(recorded_sets().empty());
   EXPECT_EQ(documents().size(), processor.requests.size());

@@ -46,11 +46,13 @@ json time_entry(const TimeTrackingAdd& entry) {
           {"billable", entry.is_billable}};
 }
 
-json company_time_entries() {
+// The company as it stands: its employees, added ones included, and its time entries
+// in arrival order, each as the request that added it.
+json company_record() {
+  const Company& company = simulator().company();
   json entries = json::array();
-  for (const TimeTrackingAdd& entry : simulator().company().time_entries)
-    entries.push_back(time_entry(entry));
-  return entries;
+  for (const TimeTrackingAdd& entry : company.time_entries) entries.push_back(time_entry(entry));
+  return {{"employees", company.employees}, {"timeEntries", entries}};
 }
 
 json request_json(const PayrollItemWageQuery& query) {
@@ -193,19 +195,6 @@ class NewerSessionManager final : public SessionManagerOf<IQBSessionManagerN, IM
   int generation_;
 };
 
-// The company as a test reads it back.
-json company_record(const Company& company) {
-  json entries = json::array();
-  for (const TimeTrackingAdd& entry : company.time_entries)
-    entries.push_back({{"entity", entry.entity_full_name},
-                       {"duration", duration_text(entry.duration)},
-                       {"date", txn_date_text(entry.txn_date)},
-                       {"payrollItem", entry.payroll_item_wage_full_name},
-                       {"billable", entry.is_billable},
-                       {"notes", entry.notes}});
-  return {{"employees", company.employees}, {"timeEntries", entries}};
-}
-
 class SimulatorControl final : public Automation<IQBSimulatorControl> {
  public:
   HRESULT STDMETHODCALLTYPE LoadCompany(BSTR company) override {
@@ -232,7 +221,7 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE get_Company(BSTR* company) override {
-    *company = com::make_bstr(company_record(simulator().company()).dump());
+    *company = com::make_bstr(company_record().dump());
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE get_RecordedRequestSets(BSTR* sets) override {
@@ -253,14 +242,6 @@ class SimulatorControl final : public Automation<IQBSimulatorControl> {
   }
   HRESULT STDMETHODCALLTYPE get_RecordedRequestDocuments(BSTR* documents) override {
     *documents = com::make_bstr(quickbooks().request_documents.dump());
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE get_CompanyTimeEntries(BSTR* entries) override {
-    *entries = com::make_bstr(company_time_entries().dump());
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE get_CompanyEmployees(BSTR* employees) override {
-    *employees = com::make_bstr(json(simulator().company().employees).dump());
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE get_ReceivedRequests(BSTR* requests) override {

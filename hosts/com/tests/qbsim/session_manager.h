@@ -7,11 +7,9 @@
 //                           [{"operation": "BeginSession", "arguments": [...], "error": 0}]
 //   VersionsByReference     QBXMLVersionsForSession hands its array out by reference
 //   CreatedSessionManagers  the JSON list of the ProgIDs of the session managers created
-//   Company                 the company as it stands: employees and time entries
+//   Company                 the company as it stands: its employees and time entries
 //   HidesTypeInformation    the newer generations' managers give no type information
 //   RecordedRequestDocuments  the JSON list of the request processor's documents
-//   CompanyTimeEntries      the JSON list of the time entries the company holds
-//   CompanyEmployees        the JSON list of the employees the company holds
 //   ReceivedRequests        the JSON list of the request sets the company received
 #pragma once
 
