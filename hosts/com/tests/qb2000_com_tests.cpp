@@ -1254,145 +1254,6 @@ TEST_F(QB2000Com, SendsAccentedNamesAsTheyAre) {
             (std::vector<std::string>{"Peña, José", "Müller-Ñúñez, Renée", "O’Neil, Grace"}));
 }
 
-// --- The whole export through a newer generation, against QBFC2's ------------------
-
-// One way an export can go: what is changed in the company and the cards, how the
-// user answers, and the version a newer generation creates its message sets with.
-struct Scenario {
-  const char* name;
-  std::function<void(json& company)> change;  // may change the cards too
-  int answer;
-  const char* newer_version;
-  bool versions_by_reference = false;
-};
-
-// Everything an export left behind that a back end could change.
-struct Outcome {
-  HRESULT hr = S_OK;
-  bool returned = false;
-  long number = 0;
-  std::string source;
-  std::string description;
-  std::vector<std::string> boxes;  // caption and text of each
-  json sets;
-  json calls;
-  json company;
-  json created;  // the session managers' ProgIDs
-};
-
-TEST_F(QB2000Com, EveryScenarioGoesThroughANewerGenerationAsThroughQbfc2) {
-  const json model = small_pay_period().at("cards").at("cards").at(0);
-  const std::vector<Scenario> scenarios = {
-      {"the sample", [](json&) {}, IDYES, "1.1"},
-      {"a session offering 1.1 first",
-       [](json& company) {
-         company["qbxml_versions"] = {"1.1", "1.0"};
-       },
-       IDYES, "1.1"},
-      {"a session offering 13.0",
-       [](json& company) {
-         company["qbxml_versions"] = {"13.0", "1.0"};
-       },
-       IDYES, "13.0"},
-      {"versions handed out by reference", [](json&) {}, IDYES, "1.1", true},
-      {"a Canadian version", [](json& company) { company["qbxml_versions"] = {"CA3.0"}; }, IDYES,
-       "CA3.0"},
-      {"a missing employee added", [](json& company) { company["employees"] = {"Doe, Jane"}; },
-       IDYES, "1.1"},
-      {"a missing employee not added", [](json& company) { company["employees"] = {"Doe, Jane"}; },
-       IDNO, "1.1"},
-      {"a missing payroll item",
-       [](json& company) {
-         company["payroll_items"] = {"Regular Hourly Rate",          "Overtime Hourly Rate",
-                                     "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
-                                     "Holiday Hourly Rate",          "Sick Hourly Rate"};
-       },
-       IDYES, "1.1"},
-      {"access denied",
-       [](json& company) {
-         company["begin_session_failure"] = {
-             {"number", -2147220448}, {"description", "The QuickBooks user has denied access."}};
-       },
-       IDYES, "1.1"},
-      {"QuickBooks not started",
-       [](json& company) {
-         company["begin_session_failure"] = {{"number", -2147220472},
-                                             {"description", "Could not start QuickBooks."}};
-       },
-       IDNO, "1.1"},
-      {"time tracking off", [](json& company) { company["time_tracking"] = false; }, IDYES, "1.1"},
-      {"an edit total over 48 hours",
-       [this](json& company) {
-         one_card("Jane", "", "Doe", 480, 2430);
-         company["employees"].push_back("Jane,,Doe");
-       },
-       IDYES, "1.1"},
-      {"markup characters",
-       [this](json& company) {
-         one_card("", "", "O'Hara & \"Sons\" <Ltd>", 60);
-         company["employees"] = {"O'Hara & \"Sons\" <Ltd>"};
-       },
-       IDYES, "1.1"},
-      {"accented names",
-       [this, &model](json& company) {
-         period_["cards"]["cards"] =
-             json::array({card_on(model, "José", "Peña", {"2004-03-01"}),
-                          card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
-                          card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
-         company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
-       },
-       IDYES, "1.1"},
-  };
-
-  auto run = [&](const Scenario& scenario) {
-    // A new export object: the one before may still hold the session manager it used.
-    export_ = create_object(L"zorvat.QB2000");
-    EXPECT_TRUE(export_);
-    period_ = small_pay_period();
-    json changed = company();
-    scenario.change(changed);
-    load_company(changed);
-    if (scenario.versions_by_reference) {
-      EXPECT_EQ(
-          call(quickbooks_.Get(), L"VersionsByReference", DISPATCH_PROPERTYPUT, {bool_arg(true)})
-              .hr,
-          S_OK);
-    }
-    const CallResult result = execute(scenario.answer);
-    Outcome outcome{
-        result.hr, result.boolean(), result.number,   result.source, result.description,
-        {},        recorded_sets(),  session_calls(), company_now(), created_session_managers()};
-    for (const SeenBox& box : boxes_) outcome.boxes.push_back(box.caption + ": " + box.text);
-    return outcome;
-  };
-
-  for (const Scenario& scenario : scenarios) {
-    SCOPED_TRACE(scenario.name);
-    const Outcome through_qbfc2 = run(scenario);
-    Outcome through_qbfc13;
-    {
-      const RegisteredSessionManagers only_qbfc13({13});
-      ASSERT_TRUE(only_qbfc13.done());
-      through_qbfc13 = run(scenario);
-    }
-    // Created as often, each time QBFC13's.
-    ASSERT_FALSE(through_qbfc2.created.empty());
-    EXPECT_EQ(through_qbfc2.created,
-              json(through_qbfc2.created.size(), json("QBFC2.QBSessionManager")));
-    EXPECT_EQ(through_qbfc13.created,
-              json(through_qbfc2.created.size(), json("QBFC13.QBSessionManager")));
-    EXPECT_EQ(through_qbfc13.hr, through_qbfc2.hr);
-    EXPECT_EQ(through_qbfc13.returned, through_qbfc2.returned);
-    EXPECT_EQ(through_qbfc13.number, through_qbfc2.number);
-    EXPECT_EQ(through_qbfc13.source, through_qbfc2.source);
-    EXPECT_EQ(through_qbfc13.description, through_qbfc2.description);
-    EXPECT_EQ(through_qbfc13.boxes, through_qbfc2.boxes);
-    EXPECT_EQ(through_qbfc13.sets, as_newer_generation(through_qbfc2.sets, scenario.newer_version));
-    EXPECT_EQ(through_qbfc13.calls, through_qbfc2.calls);
-    EXPECT_EQ(through_qbfc13.company, through_qbfc2.company);
-  }
-}
-
 // --- The qbXML request processor ------------------------------------------------------
 
 constexpr wchar_t kRequestProcessorProgId[] = L"QBXMLRP2.RequestProcessor";
@@ -1435,20 +1296,6 @@ class QB2000RequestProcessor : public QB2000Com {
           << document.at("document").get<std::string>();
   }
   json time_entries() const { return company_now().at("timeEntries"); }
-  // The time entries the company holds after the same export through QBFC2's session
-  // manager alone.
-  json time_entries_through_qbfc2() {
-    simulator_server().unregister_request_processor();
-    EXPECT_TRUE(simulator_server().register_server());
-    load_company(company());
-    const CallResult result = execute();
-    EXPECT_EQ(result.hr, S_OK) << result.number << " " << result.description;
-    EXPECT_EQ(recorded_sets(), expected_sets());
-    json entries = time_entries();
-    EXPECT_TRUE(simulator_server().unregister_server());
-    EXPECT_TRUE(simulator_server().register_request_processor());
-    return entries;
-  }
 };
 
 // The small pay period's company lists qbXML 1.0 and 1.1. The request processor builds
@@ -1481,10 +1328,9 @@ std::string edit_total_document(const std::string& duration) {
          "</QBXML>\n";
 }
 
-TEST_F(QB2000RequestProcessor, ExportsTheSmallPayPeriodAsTheQbfc2PathDoes) {
-  const json through_qbfc2 = time_entries_through_qbfc2();
-  ASSERT_FALSE(through_qbfc2.empty());
-
+// The same export through QBFC2 and through the request processor is compared case by
+// case in QB2000BackEnds below.
+TEST_F(QB2000RequestProcessor, ExportsTheSmallPayPeriodInADocumentForEachRequestSet) {
   load_company(company());
   const CallResult result = execute();
   ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.source << ": " << result.description;
@@ -1495,7 +1341,9 @@ TEST_F(QB2000RequestProcessor, ExportsTheSmallPayPeriodAsTheQbfc2PathDoes) {
   EXPECT_EQ(documents().size(), expected_sets().size());
   expect_every_document_valid();
   EXPECT_EQ(session_calls(), period_.at("expect").at("sessionCalls"));
-  EXPECT_EQ(time_entries(), through_qbfc2);
+  // The five day entries; the edit totals name "Jane,,Doe" and "John,Q,Smith", whom the
+  // company does not hold, and are refused.
+  EXPECT_EQ(time_entries().size(), 5u);
 }
 
 TEST_F(QB2000RequestProcessor, ComesAfterQbfcWhenBothAreRegistered) {
@@ -1643,17 +1491,29 @@ TEST_F(QB2000RequestProcessor, SaysTheRequestProcessorIsThirtyTwoBitInTheSixtyFo
 }
 #endif
 
-// --- The same export through either back end ---------------------------------------------
+// --- The same export through every back end ---------------------------------------------
 
 // A case of the QB2000 suite: how it changes the small pay period's company and cards,
-// and how the user answers the export's questions.
+// how the user answers the export's questions, the version a newer generation creates
+// its message sets with (the highest one QuickBooks lists that it builds and the export
+// writes), and whether QuickBooks hands its version list out by reference.
 struct BackEndCase {
   const char* name;
   void (*prepare)(json& company, json& period);
   int answer = IDYES;
+  const char* newer_version = "1.1";
+  bool versions_by_reference = false;
 };
 
-// What a host and QuickBooks see of one export.
+// A failure names the case.
+void PrintTo(const BackEndCase& tried, std::ostream* out) {
+  *out << tried.name;
+}
+
+// The one back end a prefix has for a run.
+enum class BackEnd { kQbfc2, kQbfc13, kRequestProcessor };
+
+// What a host, its user and QuickBooks see of one export.
 struct ExportOutcome {
   HRESULT hr = S_OK;
   long number = 0;
@@ -1663,22 +1523,29 @@ struct ExportOutcome {
   std::vector<std::string> boxes;  // caption, text and whether it asked, of each box
   json requests;                   // the request sets the company received
   json company;                    // the company's employees and time entries afterwards
+  json created;                    // the ProgIDs of the session managers created
+  json sets;                       // the message sets a QBFC session manager recorded
+  json calls;                      // the session calls
+  json documents;                  // the request processor's documents
 };
 
-// Each case runs through QBFC2's session manager alone, then through the request
-// processor alone, on the same company: the host, the user and QuickBooks must see the
-// same export.
+// Each case runs through QBFC2's session manager alone, through QBFC13's alone and
+// through the request processor alone, on the same company: the host, the user and
+// QuickBooks must see the same export.
 class QB2000BackEnds : public QB2000RequestProcessor,
                        public ::testing::WithParamInterface<BackEndCase> {
  protected:
-  ExportOutcome run(bool through_request_processor) {
-    if (through_request_processor) {
-      EXPECT_TRUE(simulator_server().unregister_server());
+  ExportOutcome run(BackEnd back_end) {
+    const bool through_request_processor = back_end == BackEnd::kRequestProcessor;
+    if (through_request_processor)
       EXPECT_TRUE(simulator_server().register_request_processor());
-    } else {
+    else
       EXPECT_TRUE(simulator_server().unregister_request_processor());
-      EXPECT_TRUE(simulator_server().register_server());
-    }
+    const RegisteredSessionManagers prefix(
+        back_end == BackEnd::kQbfc2    ? std::initializer_list<int>{2}
+        : back_end == BackEnd::kQbfc13 ? std::initializer_list<int>{13}
+                                       : std::initializer_list<int>{});
+    EXPECT_TRUE(prefix.done());
     // A fresh export object: one that ended an export early keeps its session manager.
     export_ = create_object(L"zorvat.QB2000");
     EXPECT_TRUE(export_);
@@ -1688,6 +1555,12 @@ class QB2000BackEnds : public QB2000RequestProcessor,
     const json kept = period_;
     period_ = period;
     load_company(changed);
+    if (GetParam().versions_by_reference) {
+      EXPECT_EQ(
+          call(quickbooks_.Get(), L"VersionsByReference", DISPATCH_PROPERTYPUT, {bool_arg(true)})
+              .hr,
+          S_OK);
+    }
     const CallResult result = execute(GetParam().answer);
     period_ = kept;
     ExportOutcome outcome;
@@ -1700,26 +1573,48 @@ class QB2000BackEnds : public QB2000RequestProcessor,
       outcome.boxes.push_back(box.caption + "|" + box.text + (box.yes_no ? "|yes/no" : ""));
     outcome.requests = json::parse(get(quickbooks_.Get(), L"ReceivedRequests").text());
     outcome.company = company_now();
+    outcome.created = created_session_managers();
+    outcome.sets = recorded_sets();
+    outcome.calls = session_calls();
+    outcome.documents = documents();
     return outcome;
   }
 };
 
-TEST_P(QB2000BackEnds, TheRequestProcessorAloneExportsAsQbfc2Does) {
-  const ExportOutcome qbfc2 = run(false);
-  EXPECT_TRUE(documents().empty());
-  const ExportOutcome processor = run(true);
-  EXPECT_EQ(processor.hr, qbfc2.hr);
-  EXPECT_EQ(processor.number, qbfc2.number);
-  EXPECT_EQ(processor.source, qbfc2.source);
-  EXPECT_EQ(processor.description, qbfc2.description);
-  EXPECT_EQ(processor.result, qbfc2.result);
-  EXPECT_EQ(processor.boxes, qbfc2.boxes);
-  EXPECT_EQ(processor.requests, qbfc2.requests);
-  EXPECT_EQ(processor.company, qbfc2.company);
-  // Every request set went as a document of its own, and every one was valid.
-  EXPECT_TRUE(recorded_sets().empty());
-  EXPECT_EQ(documents().size(), processor.requests.size());
-  for (const json& document : documents())
+TEST_P(QB2000BackEnds, EveryBackEndAloneExportsAsQbfc2Does) {
+  const ExportOutcome qbfc2 = run(BackEnd::kQbfc2);
+  const ExportOutcome qbfc13 = run(BackEnd::kQbfc13);
+  const ExportOutcome processor = run(BackEnd::kRequestProcessor);
+  for (const auto& [name, other] :
+       {std::pair{"QBFC13", &qbfc13}, std::pair{"the request processor", &processor}}) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(other->hr, qbfc2.hr);
+    EXPECT_EQ(other->number, qbfc2.number);
+    EXPECT_EQ(other->source, qbfc2.source);
+    EXPECT_EQ(other->description, qbfc2.description);
+    EXPECT_EQ(other->result, qbfc2.result);
+    EXPECT_EQ(other->boxes, qbfc2.boxes);
+    EXPECT_EQ(other->requests, qbfc2.requests);
+    EXPECT_EQ(other->company, qbfc2.company);
+  }
+  // QBFC2's session manager is created for the export, and as often QBFC13's; the
+  // request processor is no session manager.
+  ASSERT_FALSE(qbfc2.created.empty());
+  EXPECT_EQ(qbfc2.created, json(qbfc2.created.size(), json("QBFC2.QBSessionManager")));
+  EXPECT_EQ(qbfc13.created, json(qbfc2.created.size(), json("QBFC13.QBSessionManager")));
+  EXPECT_TRUE(processor.created.empty()) << processor.created;
+  // QBFC13 creates its message sets for the case's version, with a duration's sign as
+  // an argument of its own, and makes the same session calls.
+  EXPECT_EQ(qbfc13.sets, as_newer_generation(qbfc2.sets, GetParam().newer_version));
+  EXPECT_EQ(qbfc13.calls, qbfc2.calls);
+  // Neither session manager reached the request processor; the request processor
+  // built no message sets and sent every request set as a document of its own, every
+  // one valid under the qbXML schema.
+  EXPECT_TRUE(qbfc2.documents.empty());
+  EXPECT_TRUE(qbfc13.documents.empty());
+  EXPECT_TRUE(processor.sets.empty());
+  EXPECT_EQ(processor.documents.size(), processor.requests.size());
+  for (const json& document : processor.documents)
     EXPECT_TRUE(document.at("valid").get<bool>())
         << document.at("problem").get<std::string>() << " in\n"
         << document.at("document").get<std::string>();
@@ -1733,6 +1628,19 @@ INSTANTIATE_TEST_SUITE_P(
     Cases, QB2000BackEnds,
     ::testing::Values(
         BackEndCase{"SmallPayPeriod", [](json&, json&) {}},
+        BackEndCase{"SessionOffering11First",
+                    [](json& company, json&) {
+                      company["qbxml_versions"] = {"1.1", "1.0"};
+                    }},
+        BackEndCase{"SessionOffering13",
+                    [](json& company, json&) {
+                      company["qbxml_versions"] = {"13.0", "1.0"};
+                    },
+                    IDYES, "13.0"},
+        BackEndCase{"VersionsHandedOutByReference", [](json&, json&) {}, IDYES, "1.1", true},
+        BackEndCase{"CanadianVersion",
+                    [](json& company, json&) { company["qbxml_versions"] = {"CA3.0"}; }, IDYES,
+                    "CA3.0"},
         BackEndCase{"MissingEmployeeAdded", missing_smith, IDYES},
         BackEndCase{"MissingEmployeeRefused", missing_smith, IDNO},
         BackEndCase{"MissingPayrollItem",
@@ -1750,10 +1658,24 @@ INSTANTIATE_TEST_SUITE_P(
                     }},
         BackEndCase{"TimeTrackingOff",
                     [](json& company, json&) { company["time_tracking"] = false; }},
+        // The edit totals name the card's key, "Jane,,Doe", which the company does not
+        // hold: QuickBooks refuses them.
         BackEndCase{"EditTotalsWithANegativeRest",
                     [](json&, json& period) {
                       json& card = period["cards"]["cards"][0];
                       card["EditREG"] = 2430;
+                    }},
+        // The company holds the edit totals' name: QuickBooks takes the two full days
+        // and refuses the negative rest.
+        BackEndCase{"EditTotalsOfANameTheCompanyHolds",
+                    [](json& company, json& period) {
+                      json card =
+                          card_on(period["cards"]["cards"][0], "Jane", "Doe", {"2004-03-01"});
+                      card["REG"] = 480;
+                      card["Days"][0]["REG"] = 480;
+                      card["EditREG"] = 2430;
+                      period["cards"]["cards"] = json::array({card});
+                      company["employees"].push_back("Jane,,Doe");
                     }},
         BackEndCase{"MarkupCharactersWithoutFirstName",
                     [](json& company, json& period) {
