@@ -15,6 +15,7 @@
 
 #include <oleauto.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -165,5 +166,23 @@ ComPtr<T> make(Arguments&&... arguments) {
   object.Attach(new T(std::forward<Arguments>(arguments)...));
   return object;
 }
+
+// The class factory of one of qbsim.dll's classes: `create` makes a new object and hands
+// out its interface `iid` (QueryInterface's result). The factories live as long as the
+// process, so their reference count is not kept; aggregation is refused.
+class ClassFactory final : public IClassFactory {
+ public:
+  using Create = std::function<HRESULT(REFIID iid, void** object)>;
+  explicit ClassFactory(Create create) : create_(std::move(create)) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
+  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override;
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+
+ private:
+  Create create_;
+};
 
 }  // namespace zorvat::qbsim

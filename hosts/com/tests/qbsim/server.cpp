@@ -52,47 +52,20 @@ std::wstring prog_id_of(int generation) {
   return L"QBFC" + std::to_wstring(generation) + L".QBSessionManager";
 }
 
-// Creates the control (generation 0) or QBFCn's session manager.
-class ClassFactory final : public IClassFactory {
- public:
-  explicit ClassFactory(int generation) : generation_(generation) {}
+ClassFactory control_factory([](REFIID iid, void** object) {
+  return make_simulator_control()->QueryInterface(iid, object);
+});
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    if (object == nullptr) return E_POINTER;
-    if (IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IClassFactory)) {
-      *object = static_cast<IClassFactory*>(this);
-      return S_OK;
-    }
-    *object = nullptr;
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
-  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
-    if (object == nullptr) return E_POINTER;
-    *object = nullptr;
-    if (outer != nullptr) return CLASS_E_NOAGGREGATION;
-    try {
-      if (generation_ == 0) return make_simulator_control()->QueryInterface(iid, object);
-      const std::string prog_id = zorvat::com::to_utf8(prog_id_of(generation_));
-      if (generation_ <= 2) return make_session_manager(prog_id)->QueryInterface(iid, object);
-      return make_newer_session_manager(prog_id, generation_)->QueryInterface(iid, object);
-    } catch (...) {
-      return E_OUTOFMEMORY;
-    }
-  }
-  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-
- private:
-  int generation_;
-};
-
-ClassFactory control_factory(0);
-
+// QBFCn's session manager, created under its ProgID.
 ClassFactory& session_manager_factory(int generation) {
   static std::vector<ClassFactory> factories = [] {
     std::vector<ClassFactory> made;
-    for (int each = 1; each <= kNewestGeneration; ++each) made.emplace_back(each);
+    for (int each = 1; each <= kNewestGeneration; ++each)
+      made.emplace_back([each](REFIID iid, void** object) {
+        const std::string prog_id = zorvat::com::to_utf8(prog_id_of(each));
+        if (each <= 2) return make_session_manager(prog_id)->QueryInterface(iid, object);
+        return make_newer_session_manager(prog_id, each)->QueryInterface(iid, object);
+      });
     return made;
   }();
   return factories[static_cast<std::size_t>(generation - 1)];
