@@ -230,6 +230,38 @@ json with_each_field_call(json sets, Change&& change) {
   return sets;
 }
 
+// --- How the cases change the small pay period's company and cards --------------------
+// Each takes the company and the pay period (whose "cards" the host hands the export).
+
+// John Q Smith is missing from the company.
+void company_without_smith(json& company, json&) {
+  company["employees"] = {"Doe, Jane"};
+}
+
+// The company lacks the Other Hourly Rate payroll item.
+void company_without_other_hourly_rate(json& company, json&) {
+  company["payroll_items"] = {"Regular Hourly Rate",          "Overtime Hourly Rate",
+                              "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
+                              "Holiday Hourly Rate",          "Sick Hourly Rate"};
+}
+
+// The QuickBooks user denies the export access to the company.
+void company_denying_access(json& company, json&) {
+  company["begin_session_failure"] = {{"number", -2147220448},
+                                      {"description", "The QuickBooks user has denied access."}};
+}
+
+// QuickBooks is not running and cannot be started for the session.
+void quickbooks_not_started(json& company, json&) {
+  company["begin_session_failure"] = {{"number", -2147220472},
+                                      {"description", "Could not start QuickBooks."}};
+}
+
+// The company's time tracking preference is off.
+void time_tracking_off(json& company, json&) {
+  company["time_tracking"] = false;
+}
+
 class QB2000Com : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -354,7 +386,7 @@ TEST_F(QB2000Com, CreatesEveryMessageSetForTheSessionsFirstVersion) {
 
 TEST_F(QB2000Com, AddsAMissingEmployeeWhenTheUserSaysYes) {
   json missing_smith = company();
-  missing_smith["employees"] = {"Doe, Jane"};
+  company_without_smith(missing_smith, period_);
   load_company(missing_smith);
   const CallResult result = execute(IDYES);
   ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
@@ -380,7 +412,7 @@ TEST_F(QB2000Com, AddsAMissingEmployeeWhenTheUserSaysYes) {
 
 TEST_F(QB2000Com, StopsWithDataExportAbortedWhenTheUserSaysNo) {
   json missing_smith = company();
-  missing_smith["employees"] = {"Doe, Jane"};
+  company_without_smith(missing_smith, period_);
   load_company(missing_smith);
   const CallResult result = execute(IDNO);
   ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
@@ -404,9 +436,7 @@ TEST_F(QB2000Com, StopsWithDataExportAbortedWhenTheUserSaysNo) {
 
 TEST_F(QB2000Com, ReportsMissingPayrollItemsAndStops) {
   json without_other = company();
-  without_other["payroll_items"] = {"Regular Hourly Rate",          "Overtime Hourly Rate",
-                                    "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
-                                    "Holiday Hourly Rate",          "Sick Hourly Rate"};
+  company_without_other_hourly_rate(without_other, period_);
   load_company(without_other);
   const CallResult result = execute();
   ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
@@ -422,8 +452,7 @@ TEST_F(QB2000Com, ReportsMissingPayrollItemsAndStops) {
 
 TEST_F(QB2000Com, ReturnsFalseWhenQuickBooksDeniesAccess) {
   json denying = company();
-  denying["begin_session_failure"] = {{"number", -2147220448},
-                                      {"description", "The QuickBooks user has denied access."}};
+  company_denying_access(denying, period_);
   load_company(denying);
   // Ending the session that never began passes quietly, so the denial stays the last
   // error the export caught.
@@ -437,7 +466,7 @@ TEST_F(QB2000Com, ReturnsFalseWhenQuickBooksDeniesAccess) {
 
 TEST_F(QB2000Com, RaisesTheTimeTrackingPreferenceError) {
   json without_time_tracking = company();
-  without_time_tracking["time_tracking"] = false;
+  time_tracking_off(without_time_tracking, period_);
   load_company(without_time_tracking);
   const CallResult result = execute();
   ASSERT_TRUE(result.raised()) << std::hex << result.hr;
@@ -456,8 +485,7 @@ TEST_F(QB2000Com, RaisesTheTimeTrackingPreferenceError) {
 
 TEST_F(QB2000Com, RaisesAnErrorWhenTheUserWillNotLaunchQuickBooks) {
   json not_running = company();
-  not_running["begin_session_failure"] = {{"number", -2147220472},
-                                          {"description", "Could not start QuickBooks."}};
+  quickbooks_not_started(not_running, period_);
   load_company(not_running);
   const CallResult result = execute(IDNO);
   ASSERT_EQ(boxes_.size(), 1u);
@@ -494,9 +522,8 @@ TEST_F(QB2000Com, LaunchesTheCompanyFilesProgramMinimisedWhenTheUserSaysYes) {
             ERROR_SUCCESS);
 
   json not_running = company();
+  quickbooks_not_started(not_running, period_);
   not_running["company_file"] = "";
-  not_running["begin_session_failure"] = {{"number", -2147220472},
-                                          {"description", "Could not start QuickBooks."}};
   load_company(not_running);
   std::string setup = setup_data();
   const std::string file = to_utf8(company_file.wstring());
@@ -786,7 +813,7 @@ TEST_F(QB2000Com, ANewerGenerationAloneSendsTheSampleAsQbfc2SendsIt) {
 
 TEST_F(QB2000Com, ANewerGenerationAddsAMissingEmployeeAsQbfc2Does) {
   json missing_smith = company();
-  missing_smith["employees"] = {"Doe, Jane"};
+  company_without_smith(missing_smith, period_);
   load_company(missing_smith);
   ASSERT_EQ(execute(IDYES).hr, S_OK);
   const json sets_through_qbfc2 = recorded_sets();
@@ -1231,14 +1258,19 @@ TEST_F(QB2000Com, TheWindowIsReadAgainAtEveryCall) {
   EXPECT_EQ(sent_fields(recorded_sets(), "TxnDate"), (std::vector<std::string>{"2030-01-01"}));
 }
 
-TEST_F(QB2000Com, SendsAccentedNamesAsTheyAre) {
-  const json model = period_.at("cards").at("cards").at(0);
-  period_["cards"]["cards"] =
+// Three cards of accented names, two of whom the company holds.
+void accented_names(json& company, json& period) {
+  const json model = period.at("cards").at("cards").at(0);
+  period["cards"]["cards"] =
       json::array({card_on(model, "José", "Peña", {"2004-03-01"}),
                    card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
                    card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
+  company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
+}
+
+TEST_F(QB2000Com, SendsAccentedNamesAsTheyAre) {
   json accented = company();
-  accented["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
+  accented_names(accented, period_);
   load_company(accented);
   const CallResult result = execute(IDYES);
   ASSERT_EQ(result.hr, S_OK) << result.number << " " << result.description;
@@ -1620,10 +1652,6 @@ TEST_P(QB2000BackEnds, EveryBackEndAloneExportsAsQbfc2Does) {
         << document.at("document").get<std::string>();
 }
 
-void missing_smith(json& company, json&) {
-  company["employees"] = {"Doe, Jane"};
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Cases, QB2000BackEnds,
     ::testing::Values(
@@ -1641,23 +1669,11 @@ INSTANTIATE_TEST_SUITE_P(
         BackEndCase{"CanadianVersion",
                     [](json& company, json&) { company["qbxml_versions"] = {"CA3.0"}; }, IDYES,
                     "CA3.0"},
-        BackEndCase{"MissingEmployeeAdded", missing_smith, IDYES},
-        BackEndCase{"MissingEmployeeRefused", missing_smith, IDNO},
-        BackEndCase{"MissingPayrollItem",
-                    [](json& company, json&) {
-                      company["payroll_items"] = {
-                          "Regular Hourly Rate",          "Overtime Hourly Rate",
-                          "Premuim Overtime Hourly Rate", "Vacation Hourly Rate",
-                          "Holiday Hourly Rate",          "Sick Hourly Rate"};
-                    }},
-        BackEndCase{"AccessDenied",
-                    [](json& company, json&) {
-                      company["begin_session_failure"] = {
-                          {"number", -2147220448},
-                          {"description", "The QuickBooks user has denied access."}};
-                    }},
-        BackEndCase{"TimeTrackingOff",
-                    [](json& company, json&) { company["time_tracking"] = false; }},
+        BackEndCase{"MissingEmployeeAdded", company_without_smith, IDYES},
+        BackEndCase{"MissingEmployeeRefused", company_without_smith, IDNO},
+        BackEndCase{"MissingPayrollItem", company_without_other_hourly_rate},
+        BackEndCase{"AccessDenied", company_denying_access},
+        BackEndCase{"TimeTrackingOff", time_tracking_off},
         // The edit totals name the card's key, "Jane,,Doe", which the company does not
         // hold: QuickBooks refuses them.
         BackEndCase{"EditTotalsWithANegativeRest",
@@ -1684,21 +1700,8 @@ INSTANTIATE_TEST_SUITE_P(
                           {card_on(period["cards"]["cards"][0], "", last, {"2004-03-01"})});
                       company["employees"] = {last};
                     }},
-        BackEndCase{"AccentedNames",
-                    [](json& company, json& period) {
-                      const json model = period["cards"]["cards"][0];
-                      period["cards"]["cards"] = json::array(
-                          {card_on(model, "José", "Peña", {"2004-03-01"}),
-                           card_on(model, "Renée", "Müller-Ñúñez", {"2004-03-01"}, "VAC"),
-                           card_on(model, "Grace", "O\u2019Neil", {"2004-03-01"}, "SIC")});
-                      company["employees"] = {"Peña, José", "Müller-Ñúñez, Renée"};
-                    }},
-        BackEndCase{"QuickBooksNotStartedAndNotLaunched",
-                    [](json& company, json&) {
-                      company["begin_session_failure"] = {
-                          {"number", -2147220472}, {"description", "Could not start QuickBooks."}};
-                    },
-                    IDNO},
+        BackEndCase{"AccentedNames", accented_names},
+        BackEndCase{"QuickBooksNotStartedAndNotLaunched", quickbooks_not_started, IDNO},
         BackEndCase{"NamePartsAtTheirLimits",
                     [](json&, json& period) {
                       json card = card_on(period["cards"]["cards"][0], std::string(25, 'F'),
