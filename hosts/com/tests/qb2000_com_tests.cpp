@@ -322,6 +322,23 @@ class QB2000Com : public ::testing::Test {
       EXPECT_NE(session_call.at("operation"), "BeginSession");
     }
   }
+  // The export's last session calls ended the session and closed the connection.
+  void expect_session_torn_down() const {
+    const json calls = session_calls();
+    ASSERT_GE(calls.size(), 2u);
+    EXPECT_EQ(calls[calls.size() - 2].at("operation"), "EndSession");
+    EXPECT_EQ(calls[calls.size() - 1].at("operation"), "CloseConnection");
+  }
+  // Opens a connection and a session of the current company on `manager`, as a client
+  // of the session manager does before creating message sets.
+  static void open_session(IDispatch* manager) {
+    ASSERT_EQ(call(manager, L"OpenConnection", DISPATCH_METHOD,
+                   {text_arg("Horalis"), text_arg("Horalis")})
+                  .hr,
+              S_OK);
+    ASSERT_EQ(call(manager, L"BeginSession", DISPATCH_METHOD, {text_arg(""), long_arg(2)}).hr,
+              S_OK);
+  }
   // The ProgIDs of the session managers created since the company was loaded.
   json created_session_managers() const {
     return json::parse(get(quickbooks_.Get(), L"CreatedSessionManagers").text());
@@ -428,10 +445,7 @@ TEST_F(QB2000Com, StopsWithDataExportAbortedWhenTheUserSaysNo) {
   ASSERT_EQ(sent.size(), 2u);
   EXPECT_EQ(sent[0], expected_sets()[0]);
   EXPECT_EQ(sent[1], expected_sets()[1]);
-  const json calls = session_calls();
-  ASSERT_GE(calls.size(), 2u);
-  EXPECT_EQ(calls[calls.size() - 2].at("operation"), "EndSession");
-  EXPECT_EQ(calls[calls.size() - 1].at("operation"), "CloseConnection");
+  expect_session_torn_down();
 }
 
 TEST_F(QB2000Com, ReportsMissingPayrollItemsAndStops) {
@@ -477,10 +491,7 @@ TEST_F(QB2000Com, RaisesTheTimeTrackingPreferenceError) {
             "Please enable Time Tracking under QuickBooks Company Preferences.");
   // The first day's message set was the last one sent; the session was torn down.
   EXPECT_EQ(recorded_sets().size(), 3u);
-  const json calls = session_calls();
-  ASSERT_GE(calls.size(), 2u);
-  EXPECT_EQ(calls[calls.size() - 2].at("operation"), "EndSession");
-  EXPECT_EQ(calls[calls.size() - 1].at("operation"), "CloseConnection");
+  expect_session_torn_down();
 }
 
 TEST_F(QB2000Com, RaisesAnErrorWhenTheUserWillNotLaunchQuickBooks) {
@@ -689,10 +700,7 @@ TEST_F(QB2000Com, StopsBeforeSendingANameOverItsLimit) {
   ASSERT_EQ(sent.size(), 2u);
   EXPECT_EQ(sent[0], expected_sets()[0]);
   EXPECT_EQ(sent[1], expected_sets()[1]);
-  const json calls = session_calls();
-  ASSERT_GE(calls.size(), 2u);
-  EXPECT_EQ(calls[calls.size() - 2].at("operation"), "EndSession");
-  EXPECT_EQ(calls[calls.size() - 1].at("operation"), "CloseConnection");
+  expect_session_torn_down();
 }
 
 // Only the 64-bit DLL has this case: the 32-bit one loads the 32-bit session manager.
@@ -931,10 +939,7 @@ TEST_F(QB2000Com, ANewerGenerationWithoutTypeInformationIsRefusedClearly) {
             "export does not know how to call it");
   // Nothing was sent, and the session was torn down.
   EXPECT_TRUE(recorded_sets().empty());
-  const json calls = session_calls();
-  ASSERT_GE(calls.size(), 2u);
-  EXPECT_EQ(calls[calls.size() - 2].at("operation"), "EndSession");
-  EXPECT_EQ(calls[calls.size() - 1].at("operation"), "CloseConnection");
+  expect_session_torn_down();
 }
 
 TEST_F(QB2000Com, TheNewerFakeRefusesTheCallShapesItsLibraryRefuses) {
@@ -944,12 +949,7 @@ TEST_F(QB2000Com, TheNewerFakeRefusesTheCallShapesItsLibraryRefuses) {
   HRESULT created = S_OK;
   const ComPtr<IDispatch> manager = create_object(L"QBFC13.QBSessionManager", &created);
   ASSERT_TRUE(manager) << std::hex << created;
-  ASSERT_EQ(call(manager.Get(), L"OpenConnection", DISPATCH_METHOD,
-                 {text_arg("Horalis"), text_arg("Horalis")})
-                .hr,
-            S_OK);
-  ASSERT_EQ(call(manager.Get(), L"BeginSession", DISPATCH_METHOD, {text_arg(""), long_arg(2)}).hr,
-            S_OK);
+  ASSERT_NO_FATAL_FAILURE(open_session(manager.Get()));
   // The country code comes first: the version alone is one argument short.
   EXPECT_EQ(
       call(manager.Get(), L"CreateMsgSetRequest", DISPATCH_METHOD, {short_arg(13), short_arg(0)})
@@ -1008,12 +1008,7 @@ TEST_F(QB2000Com, TheFakeRefusesTheCallShapesTheRealLibraryRefuses) {
   HRESULT created = S_OK;
   const ComPtr<IDispatch> manager = create_object(kSessionManagerProgId, &created);
   ASSERT_TRUE(manager);
-  ASSERT_EQ(call(manager.Get(), L"OpenConnection", DISPATCH_METHOD,
-                 {text_arg("Horalis"), text_arg("Horalis")})
-                .hr,
-            S_OK);
-  ASSERT_EQ(call(manager.Get(), L"BeginSession", DISPATCH_METHOD, {text_arg(""), long_arg(2)}).hr,
-            S_OK);
+  ASSERT_NO_FATAL_FAILURE(open_session(manager.Get()));
 
   // QBXMLVersionsForSession is an array of strings, not an object with Count.
   const CallResult versions =
